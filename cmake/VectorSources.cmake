@@ -1,0 +1,30 @@
+# Wide vectors: a source named with claribox_vector_sources() is compiled once for each vector class below, with the
+# class's instruction set, into a namespace of its own (src/simd/Vector.h). src/simd/VectorClass.h chooses at run time.
+set(CLARIBOX_VECTOR_CLASSES Portable SSE2 AVX2 AVX512)
+set(CLARIBOX_VECTOR_FLAGS_Portable "")
+set(CLARIBOX_VECTOR_FLAGS_SSE2 -msse2 -mfpmath=sse)
+set(CLARIBOX_VECTOR_FLAGS_AVX2 -mavx2 -mfma -mfpmath=sse)
+set(CLARIBOX_VECTOR_FLAGS_AVX512 -mavx512f -mavx512bw -mavx512dq -mavx512vl -mfma -mfpmath=sse -mprefer-vector-width=512)
+
+# Paths are relative to the calling folder.
+function(claribox_vector_sources)
+  foreach(source IN LISTS ARGN)
+    set_property(GLOBAL APPEND PROPERTY CLARIBOX_VECTOR_SOURCES ${CMAKE_CURRENT_SOURCE_DIR}/${source})
+  endforeach()
+endfunction()
+
+# Sets CLARIBOX_ALL_OBJECTS to the objects of `plain_objects` and of every vector class.
+function(claribox_add_vector_objects plain_objects)
+  get_property(sources GLOBAL PROPERTY CLARIBOX_VECTOR_SOURCES)
+  set(all $<TARGET_OBJECTS:${plain_objects}>)
+  foreach(class IN LISTS CLARIBOX_VECTOR_CLASSES)
+    set(target claribox_vector_${class})
+    add_library(${target} OBJECT ${sources})
+    target_link_libraries(${target} PRIVATE claribox_flags)
+    target_include_directories(${target} PRIVATE include src)
+    target_compile_definitions(${target} PRIVATE CLARIBOX_VECTOR_CLASS=${class} CLARIBOX_VECTOR_${class})
+    target_compile_options(${target} PRIVATE ${CLARIBOX_VECTOR_FLAGS_${class}})
+    list(APPEND all $<TARGET_OBJECTS:${target}>)
+  endforeach()
+  set(CLARIBOX_ALL_OBJECTS ${all} PARENT_SCOPE)
+endfunction()

@@ -1,0 +1,80 @@
+// Blur and deblur of a picture in the host's own memory.
+#pragma once
+
+#include "ChMatrix.h"
+#include "Export.h"
+
+/// Layout of one packed pixel. A pixel operation given any other value leaves the caller's pixels as they were.
+enum FoPixelFmt : int {
+    FoPixelFmt_BGR24 = 0,  ///< 3 bytes: blue, green, red
+    FoPixelFmt_BGRX32 = 1, ///< 4 bytes: blue, green, red, and one that every operation leaves alone
+};
+
+/// Holds a picture size and the parameters of the focus operations, and no pixels.
+///
+/// Order of use: construct, `SetSize`, set parameters, call an operation; a new size may be set between calls. Setters
+/// store what they are given without a test. Nothing is reported: sizes, pointers and parameters are the host's to
+/// keep right. One object serves one thread at a time; separate objects may work at once.
+///
+/// All pixel operations share three arguments: `pixels`, the first byte of the top row, read and written back in
+/// place; `format`; and `pitch`, the distance in bytes from one row to the next, which may be negative for pictures
+/// stored bottom up. Padding between rows is never touched.
+class CLARIBOX_API CImageFocus {
+public:
+    /// Radius 3, noise factor 0.01, motion length 15, motion degree 30. The size is unset.
+    CImageFocus();
+    CImageFocus(const CImageFocus& other);
+    CImageFocus& operator=(const CImageFocus& other);
+    virtual ~CImageFocus();
+
+    /// Sets the picture size in pixels.
+    void SetSize(int width, int height);
+
+    /// Radius of the focus kernels in pixels: 1 or more for `Blur`; `DeBlur` clamps it to 1..10 and stores that back.
+    void SetRadius(int radius);
+    int GetRadius() const;
+
+    /// Each deblurring operation writes its own noise factor here before using it, so that a value set by the host
+    /// reaches no arithmetic and only `GetNoiseFactor` shows it.
+    void SetNoiseFactor(float noiseFactor);
+    double GetNoiseFactor() const;
+
+    /// Length of motion in pixels, 1 or more and below the picture's smaller side.
+    void SetMotionLength(int length);
+    int GetMotionLength() const;
+
+    /// Direction of motion in whole degrees, counter-clockwise from the right.
+    void SetMotionDegree(int degree);
+    int GetMotionDegree() const;
+
+    /// Blurs with a bell of side 2*radius+1 that falls to one half at a distance of 2*radius. From radius 6 on, bright
+    /// areas wrap at 32 bits and turn dark.
+    void Blur(unsigned char* pixels, FoPixelFmt format, int pitch);
+
+    /// Smears along the set length and degree of motion.
+    void MotionBlur(unsigned char* pixels, FoPixelFmt format, int pitch);
+
+    /// Sharpens an out-of-focus picture by a spatial deconvolution kernel for a disc of 0.66*radius. Clamps the radius
+    /// to 1..10, stores it back, and stores the noise factor it used. Runs a thread a colour plane where the machine
+    /// has more than one processor; the bytes are the same either way.
+    void DeBlur(unsigned char* pixels, FoPixelFmt format, int pitch);
+
+private:
+    void ConvolvePlane(unsigned char* plane, ChMatrix<float>& kernel);
+    void ConvolvePlane_Mask(unsigned char* plane, ChMatrix<float>& kernel, unsigned char* mask);
+    void DeBlur_Deconv(unsigned char* first, unsigned char* second, unsigned char* third);
+    void DeBlur_Deconv_MT(unsigned char* first, unsigned char* second, unsigned char* third);
+
+    int m_Width;
+    int m_Height;
+    int m_Radius = 3;
+    float m_NoiseFactor = 0.01f;
+    float m_Correlation = 0.5f; // carried and copied; no operation reads it
+    int m_MotionLength = 15;
+    int m_MotionDegree = 30;
+    int m_EstLeft = 0;
+    int m_EstTop = 0;
+    int m_EstSize = 512;
+    int m_EstBlock = 8;
+    int m_GuessedDegree = 0;
+};
