@@ -1,0 +1,82 @@
+// A host as an outsider writes it: knows the installed headers and the library, and nothing of the tree.
+#include <claribox/CImageFocus.h>
+#include <claribox/ChFunctions.h>
+
+#include "readme_example.h"
+
+#include <cmath>
+#include <cstdio>
+#include <vector>
+
+namespace {
+
+bool Expect(bool held, const char* what) {
+    if (!held) {
+        std::fprintf(stderr, "failed: %s\n", what);
+    }
+    return held;
+}
+
+// One white pixel under a blur of radius 1. The coefficients 65536, 55108 and 46340 (2^-(r^2/4) in 16.16, truncated)
+// sum to 471328, so that 255 spreads to 35 on the spot, 29 beside and 25 across, and nowhere else.
+bool BlurSpreadsOnePixel() {
+    constexpr int width = 21, height = 15, pitch = width * 4 + 12, x = 9, y = 6;
+    std::vector<unsigned char> pixels(pitch * height, 0);
+    for (int channel = 0; channel < 3; ++channel) {
+        pixels[y * pitch + x * 4 + channel] = 255;
+    }
+    CImageFocus focus;
+    focus.SetSize(width, height);
+    focus.SetRadius(1);
+    focus.Blur(pixels.data(), FoPixelFmt_BGRX32, pitch);
+
+    std::vector<unsigned char> expected(pixels.size(), 0);
+    const int spread[3] = {35, 29, 25}; // by |dx| + |dy|
+    for (int dy = -1; dy <= 1; ++dy) {
+        for (int dx = -1; dx <= 1; ++dx) {
+            for (int channel = 0; channel < 3; ++channel) {
+                const int value = spread[std::abs(dx) + std::abs(dy)];
+                expected[(y + dy) * pitch + (x + dx) * 4 + channel] = static_cast<unsigned char>(value);
+            }
+        }
+    }
+    return Expect(pixels == expected, "Blur spreads one white pixel to 35, 29 and 25");
+}
+
+// An edge gains contrast: dark falls on its side, bright rises on the other, and flat parts stay.
+bool ReadmeExampleSharpensAnEdge() {
+    constexpr int width = 40, height = 40, pitch = width * 3;
+    std::vector<unsigned char> pixels(pitch * height);
+    for (int k = 0; k < pitch * height; ++k) {
+        pixels[k] = k % pitch < pitch / 2 ? 80 : 160;
+    }
+    sharpen(pixels.data(), width, height, pitch);
+    const unsigned char* row = pixels.data() + 20 * pitch;
+    return Expect(row[19 * 3] < 75 && row[20 * 3] > 165, "the README's example sharpens an edge") &&
+           Expect(row[0] == 80 || row[0] == 79, "the README's example leaves flat parts alone");
+}
+
+// The matrix is compiled into the host, the builder into the library: both must see the same fields.
+bool MatrixCrossesTheBorder() {
+    ChMatrix<float> psf;
+    ChMakeGaussianPSF(psf, 5, 7, 2.0);
+    psf.Normalize();
+    double sum = 0.0;
+    for (std::size_t k = 0; k < psf.Count(); ++k) {
+        sum += static_cast<double>(psf.m_Data[k]);
+    }
+    return Expect(psf.m_Rows == 5 && psf.m_Cols == 7, "the kernel has 5 rows and 7 columns") &&
+           Expect(std::abs(sum - 1.0) < 1e-6, "a normalised kernel sums to 1");
+}
+
+} // namespace
+
+int main() {
+    const bool held[] = {BlurSpreadsOnePixel(), ReadmeExampleSharpensAnEdge(), MatrixCrossesTheBorder()};
+    for (const bool one : held) {
+        if (!one) {
+            return 1;
+        }
+    }
+    return 0;
+}
