@@ -1,0 +1,63 @@
+#include "processor/ProcessorCensus.h"
+#include "processor/ProcessorPort.h"
+
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <sched.h>
+
+namespace {
+
+using processor::MachinePort;
+using processor::ProcessorSet;
+
+TEST(LinuxPort, SendsTheCallerToEachProcessorAndBack) {
+    processor::ProcessorPort& port = MachinePort();
+    ProcessorSet process;
+    ProcessorSet system;
+    ASSERT_TRUE(port.ReadAffinity(process, system));
+    ASSERT_TRUE(process.any());
+    EXPECT_GE(system.count(), static_cast<std::size_t>(port.ProcessorCount()));
+    for (std::size_t number = 0; number < process.size(); ++number) {
+        if (!process[number]) {
+            continue;
+        }
+        SCOPED_TRACE(number);
+        const ProcessorSet alone = ProcessorSet().set(number);
+        ASSERT_TRUE(port.SetAffinity(alone));
+        port.Yield();
+        EXPECT_EQ(sched_getcpu(), static_cast<int>(number));
+        ProcessorSet confined;
+        ProcessorSet whole;
+        EXPECT_TRUE(port.ReadAffinity(confined, whole));
+        EXPECT_EQ(confined, alone);
+        EXPECT_EQ(whole == alone, port.ProcessorCount() == 1);
+        EXPECT_FALSE(port.SetAffinity(ProcessorSet())); // refused, and changes nothing
+        EXPECT_TRUE(port.ReadAffinity(confined, whole));
+        EXPECT_EQ(confined, alone);
+        EXPECT_TRUE(port.SetAffinity(process));
+    }
+    ProcessorSet after;
+    ASSERT_TRUE(port.ReadAffinity(after, system));
+    EXPECT_EQ(after, process);
+}
+
+TEST(LinuxPort, ClearsTheRegistersOfALeafThatIsNotThere) {
+    processor::CpuidRegisters registers;
+    ASSERT_TRUE(MachinePort().ReadCpuid(0, 0, registers));
+    ASSERT_NE(registers.ebx, 0U);
+    EXPECT_FALSE(MachinePort().ReadCpuid(registers.eax + 1, 0, registers));
+    EXPECT_EQ(registers.eax | registers.ebx | registers.ecx | registers.edx, 0U);
+}
+
+TEST(Census, CountsOfThisMachineStandAfterLoad) {
+    int packages = 99;
+    int coresPerPackage = 99;
+    int threadsPerCore = 99;
+    CountProcessors(packages, coresPerPackage, threadsPerCore);
+    EXPECT_EQ(CensusPackages, packages);
+    EXPECT_EQ(CensusCoresPerPackage, coresPerPackage);
+    EXPECT_EQ(CensusThreadsPerCore, threadsPerCore);
+    EXPECT_GE(coresPerPackage, 1);
+}
+
+} // namespace
