@@ -6,7 +6,8 @@
 //     EXPECT_TRUE(plane.GuardsIntact());
 //     EXPECT_TRUE(SameBytes(expected, plane, width));         // prints the row and column of the first difference
 //
-// Guards catch what a sanitizer cannot see: writes of code compiled without it, and writes into row padding.
+// Guards catch stray writes in every build; under the address sanitizer they are also poisoned, so that stray reads
+// fail as well.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -19,6 +20,20 @@
 #include <string>
 #include <type_traits>
 #include <vector>
+
+#if defined(__SANITIZE_ADDRESS__)
+#define CLARIBOX_TEST_POISON 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define CLARIBOX_TEST_POISON 1
+#endif
+#endif
+#if defined(CLARIBOX_TEST_POISON)
+#include <sanitizer/asan_interface.h>
+#else
+#define ASAN_POISON_MEMORY_REGION(address, size) (static_cast<void>(address), static_cast<void>(size))
+#define ASAN_UNPOISON_MEMORY_REGION(address, size) (static_cast<void>(address), static_cast<void>(size))
+#endif
 
 /// `count` elements that start `misalignment` bytes past a multiple of 64, between guards of `guardBytes` bytes. With
 /// a misalignment that is no multiple of `alignof(T)`, hand `data()` only to code that takes any address; `Read` and
@@ -38,7 +53,9 @@ public:
             m_Block[k] = Guard(k);
         }
         std::memset(bytes(), 0, size_bytes());
+        Poison();
     }
+    ~GuardedBuffer() { ASAN_UNPOISON_MEMORY_REGION(m_Block.data(), m_Block.size()); }
     GuardedBuffer(const GuardedBuffer&) = delete;
     GuardedBuffer& operator=(const GuardedBuffer&) = delete;
 
@@ -58,6 +75,23 @@ public:
 
     /// Whether every byte outside the elements is as it was, and if not, which one changed first.
     ::testing::AssertionResult GuardsIntact() const {
+        ASAN_UNPOISON_MEMORY_REGION(m_Block.data(), m_Block.size());
+        const ::testing::AssertionResult result = CompareGuards();
+        Poison();
+        return result;
+    }
+
+private:
+    // Differs from byte to byte, so that a guard shifted or copied over another shows as well.
+    static unsigned char Guard(std::size_t k) { return static_cast<unsigned char>(0xA5u ^ (k * 29u)); }
+
+    void Poison() const {
+        const std::size_t end = m_Start + size_bytes();
+        ASAN_POISON_MEMORY_REGION(m_Block.data(), m_Start);
+        ASAN_POISON_MEMORY_REGION(m_Block.data() + end, m_Block.size() - end);
+    }
+
+    ::testing::AssertionResult CompareGuards() const {
         for (std::size_t k = 0; k < m_Block.size(); ++k) {
             if (k == m_Start && m_Count > 0) {
                 k = m_Start + size_bytes();
@@ -70,10 +104,6 @@ public:
         }
         return ::testing::AssertionSuccess();
     }
-
-private:
-    // Differs from byte to byte, so that a guard shifted or copied over another shows as well.
-    static unsigned char Guard(std::size_t k) { return static_cast<unsigned char>(0xA5u ^ (k * 29u)); }
 
     std::size_t m_Count;
     std::vector<unsigned char> m_Block;

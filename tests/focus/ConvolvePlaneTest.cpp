@@ -1,0 +1,214 @@
+// The spatial filter of every vector class against its plain form, bit for bit.
+#include "common/GuardedBuffer.h"
+#include "common/VectorClassTest.h"
+#include "focus/ConvolutionRows.h"
+#include "focus/QuantisedKernel.h"
+#include "focus/TestKernels.h"
+#include "reference/convolve_slow.h"
+
+#include <claribox/CImageFocus.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace {
+
+enum class Fill { Random, AllZero, AllWhite, Checkerboard };
+
+struct Size {
+    int width;
+    int height;
+    Fill fill = Fill::Random;
+};
+
+struct Case {
+    std::size_t kernel; // index into the kernels
+    Size size;
+    reference::Plane source;
+    reference::Plane expected;
+};
+
+reference::Plane MakePlane(const Size& size, std::uint32_t seed) {
+    reference::Plane plane(static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height));
+    FillRandomBytes(plane, seed);
+    if (size.fill != Fill::Random) {
+        for (std::size_t k = 0; k < plane.size(); ++k) {
+            const auto columns = static_cast<std::size_t>(size.width);
+            const bool white = size.fill == Fill::AllWhite || (k % columns + k / columns) % 2 == 1;
+            plane[k] = size.fill != Fill::AllZero && white ? 255 : 0;
+        }
+    }
+    return plane;
+}
+
+// Pictures smaller than the kernel, smaller than its half, with none, one and two interior columns and rows, and large
+// enough to fill vectors, to cross from one column tile to the next, and to go round a ring of rows several times.
+std::vector<Size> SizesFor(const ChMatrix<float>& kernel) {
+    const int kr = kernel.m_Rows / 2;
+    const int kc = kernel.m_Cols / 2;
+    std::vector<Size> sizes = {
+        {1, 1},
+        {1, 2 * kr + 3},
+        {2 * kc + 3, 1},
+        {std::max(kc, 1), kr + 1},
+        {kc / 2 + 1, 2 * kr + 5},
+        {2 * kc + 5, kr / 2 + 1},
+        {std::max(2 * kc, 1), std::max(2 * kr, 1)},
+        {2 * kc + 1, 2 * kr + 1},
+        {2 * kc + 2, 2 * kr + 2},
+        {131, 2 * kr + 9},
+    };
+    if (kernel.Count() <= 31 * 31) {
+        const Size larger[] = {
+            {515, 2 * kr + 4},
+            {1037, 2 * kr + 2},
+            {19, 2 * kr + 120},
+            {67, 2 * kr + 9, Fill::AllZero},
+            {67, 2 * kr + 9, Fill::AllWhite},
+            {67, 2 * kr + 9, Fill::Checkerboard},
+        };
+        sizes.insert(sizes.end(), std::begin(larger), std::end(larger));
+    }
+    return sizes;
+}
+
+// Made once for all vector classes: the plain form takes most of the time.
+struct Cases {
+    std::vector<TestKernel> kernels = AllTestKernels();
+    std::vector<Case> rows;
+
+    Cases() {
+        for (std::size_t k = 0; k < kernels.size(); ++k) {
+            for (const Size& size : SizesFor(kernels[k].matrix)) {
+                Add(k, size);
+            }
+        }
+        // Widths about multiples of the column tile, in one kernel for each form of the filter.
+        for (const char* name :
+             {"blur of radius 3", "deblur of radius 3", "motion of length 5, degree 225", "17 bits"}) {
+            const auto kernel = std::find_if(kernels.begin(), kernels.end(), [&](auto& k) { return k.name == name; });
+            const auto index = static_cast<std::size_t>(kernel - kernels.begin());
+            for (const int width : {255, 256, 257, 511, 512, 513, 514, 518, 1023, 1024, 1025, 1031, 1536}) {
+                Add(index, {width, 12});
+            }
+            Add(index, {700, 300});
+        }
+    }
+
+    void Add(std::size_t kernel, const Size& size) {
+        Case row{kernel, size, MakePlane(size, static_cast<std::uint32_t>(rows.size())), {}};
+        row.expected = reference::ConvolvePlane(row.source, size.width, size.height, kernels.at(kernel).matrix);
+        rows.push_back(std::move(row));
+    }
+};
+
+class ConvolvePlaneTest : public VectorClassTest {};
+
+TEST_P(ConvolvePlaneTest, EqualsThePlainForm) {
+    static Cases cases;
+    int triedAfterFailure = 0;
+    for (std::size_t c = 0; c < cases.rows.size(); ++c) {
+        const auto& [kernelIndex, size, source, expected] = cases.rows[c];
+        TestKernel& kernel = cases.kernels[kernelIndex];
+        GuardedBuffer<std::uint8_t> plane(source.size(), c % 7);
+        std::copy(source.begin(), source.end(), plane.data());
+        CImageFocus focus;
+        focus.SetSize(size.width, size.height);
+        focus.ConvolvePlane(plane.data(), kernel.matrix);
+        EXPECT_TRUE(SameBytes(expected.data(), plane.data(), plane.size(), static_cast<std::size_t>(size.width)))
+            << kernel.name << ", kernel of " << kernel.matrix.m_Rows << " rows and " << kernel.matrix.m_Cols
+            << " columns, picture of " << size.width << " by " << size.height << ", fill "
+            << static_cast<int>(size.fill) << ", seed " << c;
+        EXPECT_TRUE(plane.GuardsIntact()) << kernel.name << ", " << size.width << " by " << size.height;
+        triedAfterFailure += HasFailure() ? 1 : 0;
+        ASSERT_LT(triedAfterFailure, 10) << "further cases were not tried";
+    }
+}
+
+// The library multiplies by reciprocals; here it meets the multiples of a divisor and their neighbours, where a
+// quotient that is off by the least amount shows, and the ends of 32 bits.
+TEST_P(ConvolvePlaneTest, QuotientsAreExact) {
+    constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
+    std::vector<std::int32_t> divisors = {1, 3, 7, 65535, 65536, 65537, 46341, 0x7FFFFFFF, -0x7FFFFFFF, kLowest};
+    std::mt19937 generator(5);
+    for (int k = 0; k < 2000; ++k) {
+        divisors.push_back(static_cast<std::int32_t>(generator() >> (generator() % 24)) | 1);
+    }
+    for (const std::int32_t divisor : divisors) {
+        std::vector<std::int32_t> numerators = {0, 1, -1, 0x7FFFFFFF, -0x7FFFFFFF, kLowest};
+        for (const std::int64_t quotient : {1, 2, 3, 49, 127, 199, 200, 254, 255, 256, 65535, 1000003, -1, -20, -255}) {
+            for (std::int64_t off = -1; off <= 1; ++off) {
+                numerators.push_back(static_cast<std::int32_t>(quotient * divisor + off)); // wraps, which is as good
+            }
+        }
+        if (divisor == -1) {
+            std::erase(numerators, kLowest); // the one quotient that has no result
+        }
+        const int count = static_cast<int>(numerators.size());
+        std::vector<std::int32_t> expected = numerators;
+        for (std::int32_t& value : expected) {
+            value /= divisor;
+        }
+        const auto slack = static_cast<std::size_t>(focus::kRowSlack);
+        const std::vector<double> reciprocals(numerators.size() + slack, focus::Reciprocal(divisor));
+        std::vector<std::int32_t> actual = numerators;
+        actual.resize(numerators.size() + slack);
+        focus::ActiveConvolutionRows().Divide(actual.data(), reciprocals.data(), count);
+        actual.resize(numerators.size());
+        ASSERT_EQ(actual, expected) << "divisor " << divisor;
+    }
+}
+
+CLARIBOX_INSTANTIATE_FOR_VECTOR_CLASSES(ConvolvePlaneTest);
+
+// What the definition gives, worked out by hand, so that filter and plain form cannot be wrong together.
+struct KnownAnswer {
+    const char* what;
+    int width;
+    int height;
+    reference::Plane source;
+    int rows;
+    int cols;
+    std::vector<int> coefficients; // in 65536ths
+    reference::Plane expected;
+};
+
+TEST(ConvolvePlane, KnownAnswersHoldForFilterAndPlainForm) {
+    const KnownAnswer rows[] = {
+        // (10 + 20 + 40 + 50) / 4, (10 + ... + 60) / 6 and so on: only samples inside the picture weigh.
+        {"box over a border",
+         3,
+         2,
+         {10, 20, 30, 40, 50, 60},
+         3,
+         3,
+         std::vector<int>(9, 7281),
+         {30, 35, 40, 30, 35, 40}},
+        {"correlation, not flipped", 3, 1, {10, 20, 40}, 1, 3, {65536, 131072, 0}, {10, 16, 33}},
+        {"even side reaches further left", 4, 1, {4, 8, 100, 200}, 1, 2, {65536, 65536}, {4, 6, 54, 150}},
+        {"sum of weights is free", 2, 1, {90, 30}, 1, 3, {0, 131072, 65536}, {70, 30}},
+        {"truncates, does not round", 2, 1, {200, 197}, 1, 3, {0, 65535, 1}, {199, 197}},
+        {"overshoot clamps", 3, 1, {100, 200, 100}, 1, 3, {-65536, 196608, -65536}, {50, 255, 50}},
+        {"undershoot clamps", 3, 1, {200, 100, 200}, 1, 3, {-65536, 196608, -65536}, {250, 0, 250}},
+        {"negative sum of weights", 3, 1, {10, 20, 40}, 1, 3, {-65536, -65536, -65536}, {15, 23, 30}},
+        // 255 * 2^24 wraps to -2^24 and 128 * 2^24 to -2^31; the quotients are -1 and -128.
+        {"one product wraps", 3, 1, {255, 128, 127}, 1, 1, {1 << 24}, {0, 0, 127}},
+        // The weights wrap to -2^30 in the middle and to -2^31 at the ends, the products to 2^30, -2^30 and -2^31.
+        {"sum of weights wraps", 3, 1, {1, 0, 2}, 1, 3, {1 << 30, 1 << 30, 1 << 30}, {0, 1, 1}}};
+    for (const KnownAnswer& row : rows) {
+        ChMatrix<float> kernel = FixedPointKernel(row.rows, row.cols, row.coefficients);
+        EXPECT_EQ(reference::ConvolvePlane(row.source, row.width, row.height, kernel), row.expected) << row.what;
+        CImageFocus focus;
+        focus.SetSize(row.width, row.height);
+        reference::Plane plane = row.source;
+        focus.ConvolvePlane(plane.data(), kernel);
+        EXPECT_EQ(plane, row.expected) << row.what;
+    }
+}
+
+} // namespace
