@@ -60,6 +60,8 @@ public:
     void DeBlur(unsigned char* pixels, FoPixelFmt format, int pitch);
 
 private:
+    friend struct FoConvolveJob;
+
     void ConvolvePlane(unsigned char* plane, ChMatrix<float>& kernel);
     void ConvolvePlane_Mask(unsigned char* plane, ChMatrix<float>& kernel, unsigned char* mask);
     void DeBlur_Deconv(unsigned char* first, unsigned char* second, unsigned char* third);

@@ -1,0 +1,60 @@
+#include "PlaneSet.h"
+
+#include "PackedPixels.h"
+
+#include <algorithm>
+
+namespace focus {
+namespace {
+
+constexpr int kAlignment = 64;
+constexpr std::size_t kStagger = 128;
+
+// Calls work(address of packed row, planes of the row) for each row, top first. The walk goes by byte offsets, since a
+// pitch may be negative and the address behind the last row need not exist.
+template <typename Pixel, typename Work>
+void ForEachRow(Pixel* pixels, int pitch, unsigned char* const (&planes)[3], int width, int height, Work work) {
+    for (int y = 0; y < height; ++y) {
+        const std::size_t start = static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
+        const PlaneRow row = {planes[0] + start, planes[1] + start, planes[2] + start};
+        work(pixels + static_cast<std::ptrdiff_t>(y) * pitch, row);
+    }
+}
+
+} // namespace
+
+FoPlaneSet::FoPlaneSet(int width, int height) : m_width(width), m_height(height) {
+    const std::size_t samples =
+        static_cast<std::size_t>(std::max(width, 0)) * static_cast<std::size_t>(std::max(height, 0));
+    for (std::size_t k = 0; k < 3; ++k) {
+        m_planes[k] = static_cast<unsigned char*>(ChAlignedAlloc(samples + k * kStagger, kAlignment)) + k * kStagger;
+    }
+}
+
+FoPlaneSet::~FoPlaneSet() {
+    for (std::size_t k = 0; k < 3; ++k) {
+        ChAlignedFree(m_planes[k] - k * kStagger);
+    }
+}
+
+void FoPlaneSet::Split(const unsigned char* pixels, FoPixelFmt format, int pitch) {
+    const PackedPixelRows& rows = ActivePackedPixelRows();
+    if (format != FoPixelFmt_BGR24 && format != FoPixelFmt_BGRX32) {
+        return;
+    }
+    const auto split = format == FoPixelFmt_BGR24 ? rows.SplitBGR24 : rows.SplitBGRX32;
+    ForEachRow(pixels, pitch, m_planes, m_width, m_height,
+               [&](const unsigned char* packed, const PlaneRow& row) { split(packed, row, m_width); });
+}
+
+void FoPlaneSet::Merge(unsigned char* pixels, FoPixelFmt format, int pitch) const {
+    const PackedPixelRows& rows = ActivePackedPixelRows();
+    if (format != FoPixelFmt_BGR24 && format != FoPixelFmt_BGRX32) {
+        return;
+    }
+    const auto merge = format == FoPixelFmt_BGR24 ? rows.MergeBGR24 : rows.MergeBGRX32;
+    ForEachRow(pixels, pitch, m_planes, m_width, m_height,
+               [&](unsigned char* packed, const PlaneRow& row) { merge(packed, row, m_width); });
+}
+
+} // namespace focus

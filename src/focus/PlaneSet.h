@@ -1,0 +1,36 @@
+// The working form of a picture: three byte planes for the length of one call.
+#pragma once
+
+#include <claribox/CImageFocus.h>
+
+#include <cstdint>
+
+namespace focus {
+
+/// Red, green and blue planes of width by height bytes, row y starting at byte y * width. The blocks come from
+/// ChAlignedAlloc at alignment 64, and the planes start 0, 128 and 256 bytes into them, so that three workers on the
+/// same row do not meet in the same cache sets. Contents are undefined until Split().
+class FoPlaneSet {
+public:
+    FoPlaneSet(int width, int height);
+    ~FoPlaneSet();
+    FoPlaneSet(const FoPlaneSet&) = delete;
+    FoPlaneSet& operator=(const FoPlaneSet&) = delete;
+
+    /// Takes packed pixels apart; nothing happens for a format that is not known.
+    void Split(const unsigned char* pixels, FoPixelFmt format, int pitch);
+
+    /// Writes the planes over packed pixels, all but the fourth byte; nothing happens for a format that is not known.
+    void Merge(unsigned char* pixels, FoPixelFmt format, int pitch) const;
+
+    unsigned char* First() const { return m_planes[0]; }
+    unsigned char* Second() const { return m_planes[1]; }
+    unsigned char* Third() const { return m_planes[2]; }
+
+private:
+    int m_width;
+    int m_height;
+    unsigned char* m_planes[3];
+};
+
+} // namespace focus

@@ -1,0 +1,47 @@
+// A kernel in 16.16 fixed point, as the spatial filter uses it.
+#pragma once
+
+#include <claribox/ChMatrix.h>
+
+#include <cstdint>
+#include <vector>
+
+namespace focus {
+
+/// Integer coefficients of a kernel, row after row: each is 65536 times the float, truncated toward zero. Their sum
+/// is the divisor of the filter, so that a kernel needs no normalisation. All sums wrap at 32 bits.
+class QuantisedKernel {
+public:
+    explicit QuantisedKernel(const ChMatrix<float>& kernel);
+
+    int Rows() const { return m_rows; }
+    int Cols() const { return m_cols; }
+
+    /// Rows above and columns left of the pixel under the kernel; an even side reaches one less below or right.
+    int RowsAbove() const { return m_rows / 2; }
+    int ColsLeft() const { return m_cols / 2; }
+
+    std::int32_t At(int row, int col) const {
+        return m_coefficients[static_cast<std::size_t>(row) * static_cast<std::size_t>(m_cols) +
+                              static_cast<std::size_t>(col)];
+    }
+
+    /// True if both sides are odd and the kernel equals its mirror images left to right and top to bottom.
+    bool IsMirrored() const;
+
+    /// Sets `reciprocals[x]`, for each of `width` pixels of a row, to the reciprocal of the sum of the weights that
+    /// lie inside the picture, when kernel rows `firstRow` up to but not including `lastRow` do. See Reciprocal().
+    void FillReciprocals(int firstRow, int lastRow, int width, double* reciprocals) const;
+
+private:
+    int m_rows;
+    int m_cols;
+    std::vector<std::int32_t> m_coefficients;
+};
+
+/// A factor r such that n * r, truncated toward zero, is the integer quotient n / divisor for every 32-bit n: the
+/// nearest double of 1/divisor, raised by 2^-50 of itself so that exact multiples never fall short. The error stays
+/// below 2^31 * 2^-49 / |divisor| and so below the distance to the next multiple. A divisor of 0 gives 0.
+double Reciprocal(std::int32_t divisor);
+
+} // namespace focus
