@@ -11,57 +11,49 @@ using namespace simd::CLARIBOX_VECTOR_CLASS;
 
 constexpr int kBlock = 4; // vectors of sums that one pass keeps in registers
 
-void FoldRows(const MirroredRows& rows, std::int16_t* __restrict pairs, std::uint16_t* __restrict columnSums,
-              int count) {
-    const std::uint8_t* const above0 = rows.above[0];
-    const std::uint8_t* const above1 = rows.above[1];
-    const std::uint8_t* const below0 = rows.below[0];
-    const std::uint8_t* const below1 = rows.below[1];
-    for (int x = 0; x < count; ++x) {
-        const int first = above0[x] + below0[x];
-        const int second = above1[x] + below1[x];
-        pairs[2 * x] = static_cast<std::int16_t>(first);
-        pairs[2 * x + 1] = static_cast<std::int16_t>(second);
-        columnSums[x] = static_cast<std::uint16_t>(columnSums[x] + first + second);
+void FoldRows(const MirroredRows& rows, std::uint32_t* pairs, int count) {
+    for (int x = 0; x < count; x += kLanes<std::uint32_t>) {
+        const U32 first = LoadWidenedU8(rows.above[0] + x) + LoadWidenedU8(rows.below[0] + x);
+        const U32 second = LoadWidenedU8(rows.above[1] + x) + LoadWidenedU8(rows.below[1] + x);
+        Store(pairs + x, first | second << 16);
     }
 }
 
-void BoxSums(const std::uint16_t* columnSums, int width, std::uint16_t* box, int count) {
-    for (int x = 0; x < count; x += kLanes<std::uint16_t>) {
-        U16 sum = {};
-        for (int j = 0; j < width; ++j) {
-            sum += Load<U16>(columnSums + x + j);
+template <bool addBox>
+void SumFoldedBlock(const FoldedSums& folded, const std::uint32_t* pairs, std::int32_t* sums) {
+    I32 sum[kBlock] = {};
+    I16 box[kBlock] = {}; // sums of all folded samples, of even and odd rows apart, modulo 2^16
+    const std::uint32_t* coefficients = folded.coefficients;
+    for (int p = 0; p < folded.pairCount; ++p, pairs += folded.pairStride) {
+        const std::uint32_t* middle = pairs + folded.half;
+        for (int j = 0; j <= folded.half; ++j) {
+            const I16 weights = reinterpret_cast<I16>(U32{} + *coefficients++);
+            for (int k = 0; k < kBlock; ++k) {
+                const std::uint32_t* at = middle + k * kLanes<std::uint32_t>;
+                I16 samples = Load<I16>(at + j);
+                if (j > 0) {
+                    samples += Load<I16>(at - j);
+                }
+                sum[k] = WrappingAdd(sum[k], MultiplyAddPairs(samples, weights));
+                if (addBox) {
+                    box[k] = WrappingAdd(box[k], samples);
+                }
+            }
         }
-        Store(box + x, sum);
+    }
+    for (int k = 0; k < kBlock; ++k) {
+        if (addBox) {
+            const U32 both = reinterpret_cast<U32>(box[k]);
+            sum[k] = WrappingAdd(sum[k], reinterpret_cast<I32>((both << 16) + (both & 0xFFFF0000u)));
+        }
+        Store(sums + k * kLanes<std::int32_t>, sum[k]);
     }
 }
 
 void SumFolded(const FoldedSums& folded, std::int32_t* sums, int count) {
+    const auto sumBlock = folded.addBox ? SumFoldedBlock<true> : SumFoldedBlock<false>;
     for (int x = 0; x < count; x += kBlock * kLanes<std::int32_t>) {
-        U32 sum[kBlock] = {};
-        for (int k = 0; k < kBlock && folded.box != nullptr; ++k) {
-            sum[k] = LoadWidenedU16(folded.box + x + k * kLanes<std::int32_t>) << 16;
-        }
-        const std::int16_t* coefficients = folded.coefficients;
-        for (int p = 0; p < folded.pairCount; ++p) {
-            const std::int16_t* middle = folded.pairs + p * folded.pairStride + 2 * (folded.half + x);
-            for (int j = 0; j <= folded.half; ++j, coefficients += 2) {
-                std::int32_t both;
-                __builtin_memcpy(&both, coefficients, sizeof both);
-                const I16 weights = reinterpret_cast<I16>(I32{} + both);
-                for (int k = 0; k < kBlock; ++k) {
-                    const std::int16_t* at = middle + k * kLanes<std::int16_t>;
-                    I16 samples = Load<I16>(at + 2 * j);
-                    if (j > 0) {
-                        samples += Load<I16>(at - 2 * j);
-                    }
-                    sum[k] += reinterpret_cast<U32>(MultiplyAddPairs(samples, weights));
-                }
-            }
-        }
-        for (int k = 0; k < kBlock; ++k) {
-            Store(sums + x + k * kLanes<std::int32_t>, sum[k]);
-        }
+        sumBlock(folded, folded.pairs + x, sums + x);
     }
 }
 
@@ -80,15 +72,18 @@ void SumTaps(const Tap* taps, int tapCount, std::int32_t* sums, int count) {
     }
 }
 
-void Divide(std::int32_t* __restrict values, const double* __restrict reciprocals, int count) {
+void PackQuotients(const std::int32_t* __restrict sums, const double* __restrict reciprocals,
+                   std::uint8_t* __restrict samples, int count) {
     for (int x = 0; x < count; ++x) {
-        const double quotient = static_cast<double>(values[x]) * reciprocals[x];
-        values[x] = static_cast<std::int32_t>(quotient < 2147483647.0 ? quotient : 2147483647.0);
+        double quotient = static_cast<double>(sums[x]) * reciprocals[x];
+        quotient = quotient > 0.0 ? quotient : 0.0;
+        quotient = quotient < 255.0 ? quotient : 255.0;
+        samples[x] = static_cast<std::uint8_t>(static_cast<std::int32_t>(quotient));
     }
 }
 
 } // namespace
 
-const ConvolutionRows kConvolutionRows = {FoldRows, BoxSums, SumFolded, SumTaps, Divide};
+const ConvolutionRows kConvolutionRows = {FoldRows, SumFolded, SumTaps, PackQuotients};
 
 } // namespace focus::CLARIBOX_VECTOR_CLASS

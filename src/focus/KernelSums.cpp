@@ -27,44 +27,34 @@ bool MirroredSums::Serves(const QuantisedKernel& kernel) {
 
 MirroredSums::MirroredSums(const QuantisedKernel& kernel)
     : m_halfRows(kernel.RowsAbove()), m_halfCols(kernel.ColsLeft()), m_hasBox(!FitsInto16Bits(kernel, 0)) {
-    const std::int32_t base = m_hasBox ? kBoxCoefficient : 0;
-    const int pairCount = m_halfRows / 2 + 1;
-    for (int pair = 0; pair < pairCount; ++pair) {
+    // Coefficient at distance (i, j) from the middle, as 16 bits; 0 for the row that an even count lacks.
+    const auto remainder = [&](int i, int j) {
+        const std::int32_t base = m_hasBox ? kBoxCoefficient : 0;
+        return i <= m_halfRows ? static_cast<std::uint16_t>(kernel.At(m_halfRows + i, m_halfCols + j) - base)
+                               : std::uint16_t{0};
+    };
+    for (int pair = 0; pair < PairCount(); ++pair) {
         for (int j = 0; j <= m_halfCols; ++j) {
-            for (const int i : {2 * pair, 2 * pair + 1}) {
-                const std::int32_t coefficient = i <= m_halfRows ? kernel.At(m_halfRows + i, m_halfCols + j) - base : 0;
-                m_coefficients.push_back(static_cast<std::int16_t>(coefficient));
-            }
+            m_coefficients.push_back(remainder(2 * pair, j) | std::uint32_t{remainder(2 * pair + 1, j)} << 16);
         }
     }
-    const std::size_t columns = static_cast<std::size_t>(kTileColumns + 2 * m_halfCols + kRowSlack);
-    m_pairs.resize(2 * columns * static_cast<std::size_t>(pairCount));
-    m_columnSums.resize(columns);
-    m_box.resize(columns);
+    m_pairs.resize(static_cast<std::size_t>(PairStride()) * static_cast<std::size_t>(PairCount()));
 }
 
 void MirroredSums::operator()(const RowRing& ring, int y, int x, int count, std::int32_t* sums) {
-    const std::uint8_t* const outside = ring.Row(-1) + x - m_halfCols;
-    const int columns = count + 2 * m_halfCols;
-    const int pairCount = m_halfRows / 2 + 1;
-    const int pairStride = 2 * (kTileColumns + 2 * m_halfCols + kRowSlack);
-    std::fill_n(m_columnSums.begin(), columns, std::uint16_t{0});
-    for (int pair = 0; pair < pairCount; ++pair) {
+    const auto rowAt = [&](int row) { return ring.Row(row) + x - m_halfCols; };
+    const std::uint8_t* const zeros = rowAt(-1);
+    for (int pair = 0; pair < PairCount(); ++pair) {
         MirroredRows rows;
         for (int k = 0; k < 2; ++k) {
             const int i = 2 * pair + k;
-            const bool exists = i <= m_halfRows;
-            rows.above[k] = exists ? ring.Row(y - i) + x - m_halfCols : outside;
-            rows.below[k] = exists && i > 0 ? ring.Row(y + i) + x - m_halfCols : outside;
+            rows.above[k] = i <= m_halfRows ? rowAt(y - i) : zeros;
+            rows.below[k] = i <= m_halfRows && i > 0 ? rowAt(y + i) : zeros;
         }
-        m_rows.FoldRows(rows, m_pairs.data() + pair * pairStride, m_columnSums.data(), columns);
+        m_rows.FoldRows(rows, m_pairs.data() + pair * PairStride(), count + 2 * m_halfCols);
     }
-    if (m_hasBox) {
-        m_rows.BoxSums(m_columnSums.data(), 2 * m_halfCols + 1, m_box.data(), count);
-    }
-    const FoldedSums folded = {
-        m_pairs.data(), pairStride, pairCount, m_halfCols, m_coefficients.data(), m_hasBox ? m_box.data() : nullptr};
-    m_rows.SumFolded(folded, sums, count);
+    m_rows.SumFolded({m_pairs.data(), PairStride(), PairCount(), m_halfCols, m_coefficients.data(), m_hasBox}, sums,
+                     count);
 }
 
 TapSums::TapSums(const QuantisedKernel& kernel) {

@@ -16,7 +16,7 @@ inline constexpr int kTileColumns = 512;
 /// Sums for kernels that equal their mirror images, as those of focus are. Samples at mirrored places are added first,
 /// two kernel rows at a time, and then meet their common coefficient in a 16-bit multiply-add: an eighth of the
 /// multiplications. A blur's coefficients lie between 0.7 and 1 and need 17 bits; they are split as 65536 plus a
-/// 16-bit remainder, and the first part is a plain box sum.
+/// 16-bit remainder, and the first part is a plain sum of the samples.
 class MirroredSums {
 public:
     /// True if the kernel is mirrored and its coefficients, or what is left of them after 65536, fit into 16 bits.
@@ -28,13 +28,14 @@ public:
     void operator()(const RowRing& ring, int y, int x, int count, std::int32_t* sums);
 
 private:
+    int PairCount() const { return m_halfRows / 2 + 1; }
+    int PairStride() const { return kTileColumns + 2 * m_halfCols + kRowSlack; }
+
     int m_halfRows;
     int m_halfCols;
     bool m_hasBox;
-    std::vector<std::int16_t> m_coefficients;
-    std::vector<std::int16_t> m_pairs;
-    std::vector<std::uint16_t> m_columnSums;
-    std::vector<std::uint16_t> m_box;
+    std::vector<std::uint32_t> m_coefficients;
+    std::vector<std::uint32_t> m_pairs;
     const ConvolutionRows& m_rows = ActiveConvolutionRows();
 };
 

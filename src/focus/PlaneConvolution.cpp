@@ -3,7 +3,8 @@
 // The result at a pixel is the sum of integer coefficient times sample over the part of the kernel that lies inside
 // the picture, divided by the sum of those coefficients: interior pixels and the border differ in the divisor alone,
 // since samples outside count as zero. Products and sums wrap at 32 bits, quotients truncate toward zero, and the only
-// clamp is that of KernelTable.PackS32ToU8. Rows are finished from the top down, over a ring of copies of the source.
+// clamp is the saturation of KernelTable.PackS32ToU8, made in the same pass as the division. Rows are finished from the
+// top down, over a ring of copies of the source.
 #include <claribox/CImageFocus.h>
 
 #include "KernelSums.h"
@@ -22,16 +23,14 @@ struct Plane {
     std::size_t RowStart(int y) const { return static_cast<std::size_t>(y) * static_cast<std::size_t>(width); }
 };
 
-// Packs the quotients of columns x .. x + count - 1 of row y into the plane.
-void WriteRow(const Plane& plane, int y, int x, int count, std::int32_t* quotients) {
-    const std::size_t start = plane.RowStart(y) + static_cast<std::size_t>(x);
-    for (int k = 0; plane.mask != nullptr && k < count; ++k) {
-        const std::size_t at = start + static_cast<std::size_t>(k);
-        if (plane.mask[at] == 0) {
-            quotients[k] = plane.samples[at];
-        }
+// Brings back the samples of row y that the mask keeps, from their copy in the ring.
+void RestoreMasked(const Plane& plane, const RowRing& ring, int y) {
+    const std::uint8_t* const mask = plane.mask + plane.RowStart(y);
+    std::uint8_t* const samples = plane.samples + plane.RowStart(y);
+    const std::uint8_t* const source = ring.Row(y);
+    for (int x = 0; x < plane.width; ++x) {
+        samples[x] = mask[x] == 0 ? source[x] : samples[x];
     }
-    KernelTable.PackS32ToU8(quotients, plane.samples + start, static_cast<std::uint32_t>(count));
 }
 
 template <typename Sums>
@@ -61,8 +60,11 @@ void ConvolveWith(Sums sumsOf, const QuantisedKernel& kernel, const Plane& plane
         for (int x = 0; x < plane.width; x += kTileColumns) {
             const int count = std::min(kTileColumns, plane.width - x);
             sumsOf(ring, y, x, count, sums.data());
-            rows.Divide(sums.data(), reciprocals.data() + x, count);
-            WriteRow(plane, y, x, count, sums.data());
+            rows.PackQuotients(sums.data(), reciprocals.data() + x,
+                               plane.samples + plane.RowStart(y) + static_cast<std::size_t>(x), count);
+        }
+        if (plane.mask != nullptr) {
+            RestoreMasked(plane, ring, y);
         }
     }
 }

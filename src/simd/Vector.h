@@ -65,23 +65,22 @@ inline U32 LoadWidenedU8(const std::uint8_t* address) {
         _mm512_maskz_cvtepu8_epi32(0xFFFF, _mm_loadu_si128(reinterpret_cast<const __m128i*>(address))));
 #elif defined(CLARIBOX_VECTOR_AVX2)
     return reinterpret_cast<U32>(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(address))));
+#elif defined(CLARIBOX_VECTOR_SSE2)
+    const __m128i zero = _mm_setzero_si128();
+    const __m128i bytes = _mm_loadu_si32(address);
+    return reinterpret_cast<U32>(_mm_unpacklo_epi16(_mm_unpacklo_epi8(bytes, zero), zero));
 #else
     using Bytes = VectorOf<std::uint8_t, kLanes<std::uint32_t>>::Type;
     return __builtin_convertvector(Load<Bytes>(address), U32);
 #endif
 }
 
-/// The `kLanes<std::uint32_t>` 16-bit numbers at any address, widened.
-inline U32 LoadWidenedU16(const std::uint16_t* address) {
-#if defined(CLARIBOX_VECTOR_AVX512)
-    return reinterpret_cast<U32>(
-        _mm512_maskz_cvtepu16_epi32(0xFFFF, _mm256_loadu_si256(reinterpret_cast<const __m256i*>(address))));
-#elif defined(CLARIBOX_VECTOR_AVX2)
-    return reinterpret_cast<U32>(_mm256_cvtepu16_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(address))));
-#else
-    using Halves = VectorOf<std::uint16_t, kLanes<std::uint32_t>>::Type;
-    return __builtin_convertvector(Load<Halves>(address), U32);
-#endif
+/// a + b in unsigned arithmetic, which wraps.
+inline I32 WrappingAdd(I32 a, I32 b) {
+    return reinterpret_cast<I32>(reinterpret_cast<U32>(a) + reinterpret_cast<U32>(b));
+}
+inline I16 WrappingAdd(I16 a, I16 b) {
+    return reinterpret_cast<I16>(reinterpret_cast<U16>(a) + reinterpret_cast<U16>(b));
 }
 
 /// Lane k of the result is a[2k]*b[2k] + a[2k+1]*b[2k+1] in 32 bits.
