@@ -124,6 +124,7 @@ TEST(FocusOperations, ForeignFormatsLeaveThePixels) {
             focus.SetSize(40, 40);
             job.Run(focus, pixels.data(), static_cast<FoPixelFmt>(format), 160);
             EXPECT_TRUE(SameBytes(before, pixels)) << job << ", format " << format;
+            job.Run(focus, nullptr, static_cast<FoPixelFmt>(format), 160); // not even read
         }
     }
 }

@@ -53,6 +53,8 @@ constexpr NoiseRow kNoiseRows[] = {
     {"just below 16 bits", 5, 5, -32770, -32766, Mirror::Both},
     {"constant part and 16 bits", 9, 9, 32768, 98303, Mirror::Both},
     {"constant part and just more", 9, 9, 98300, 98306, Mirror::Both},
+    {"16 bits but for 32768", 5, 5, 0, 32768, Mirror::Both},
+    {"constant part and 16 bits but for 98304", 5, 5, 40000, 98304, Mirror::Both},
     {"17 bits", 9, 9, -65536, 65535, Mirror::Both},
     {"about a unit", 7, 7, 65534, 65538, Mirror::Both},
     {"32768 alone", 5, 5, -32768, -32768, Mirror::Both},
