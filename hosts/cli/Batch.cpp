@@ -1,0 +1,166 @@
+#include "Batch.h"
+
+#include "Errors.h"
+#include "Memory.h"
+#include "Messages.h"
+#include "OutputFile.h"
+#include "Picture.h"
+#include "PictureWriter.h"
+#include "Plan.h"
+#include "Signals.h"
+
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
+namespace cli {
+namespace {
+
+class Batch {
+public:
+    Batch(const PixelOperation& operation, const Settings& settings, std::vector<Task> tasks)
+        : m_Operation(operation), m_Settings(settings), m_Tasks(std::move(tasks)), m_Messages(m_Tasks.size()),
+          m_Budget(FreeBytes()) {}
+
+    int Run();
+
+private:
+    void Work();
+    void Do(const Task& task);
+    void Refuse(const Task& task, const std::string& why);
+    void Tell(const Task& task, const std::vector<std::string>& losses);
+    void Process(const Task& task);
+    int Summarise();
+
+    const PixelOperation& m_Operation;
+    const Settings& m_Settings;
+    const std::vector<Task> m_Tasks;
+    Messages m_Messages;
+    MemoryBudget m_Budget;
+    std::atomic<std::size_t> m_Next = 0;
+    std::atomic<std::size_t> m_Written = 0;
+    std::atomic<std::size_t> m_Failed = 0;
+};
+
+int Batch::Run() {
+    for (const Task& task : m_Tasks) {
+        if (!task.problem.empty()) {
+            Refuse(task, task.problem);
+        }
+    }
+    const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
+    const std::size_t wanted = m_Settings.jobs == 0 ? processors : static_cast<std::size_t>(m_Settings.jobs);
+    std::vector<std::jthread> helpers;
+    for (std::size_t k = 1; k < std::min(wanted, m_Tasks.size()); ++k) {
+        helpers.emplace_back([this] { Work(); });
+    }
+    Work();
+    helpers.clear(); // joins
+    return Summarise();
+}
+
+void Batch::Work() {
+    for (std::size_t k = m_Next++; k < m_Tasks.size() && !InterruptRequested(); k = m_Next++) {
+        if (m_Tasks[k].problem.empty()) {
+            Do(m_Tasks[k]);
+        }
+    }
+}
+
+void Batch::Do(const Task& task) {
+    try {
+        Process(task);
+        ++m_Written;
+        m_Messages.Step();
+    } catch (const Interrupted&) {
+        // counted as neither
+    } catch (const std::bad_alloc&) {
+        Refuse(task, "memory ran out; free some or take fewer --jobs");
+    } catch (const std::exception& error) {
+        Refuse(task, error.what());
+    }
+}
+
+void Batch::Refuse(const Task& task, const std::string& why) {
+    ++m_Failed;
+    m_Messages.Error(task.input, why);
+    m_Messages.Step();
+}
+
+void Batch::Tell(const Task& task, const std::vector<std::string>& losses) {
+    if (losses.empty()) {
+        return;
+    }
+    std::string text;
+    for (const std::string& loss : losses) {
+        text += (text.empty() ? "" : ", ") + loss;
+    }
+    if (m_Settings.strict) {
+        throw PictureError(text + ", which --strict refuses");
+    }
+    m_Messages.Warning(task.input, text);
+}
+
+/// What libvips throws, in our words.
+template <typename Step>
+auto Try(const std::string& what, Step step) {
+    try {
+        return step();
+    } catch (const vips::VError&) {
+        throw PictureError(what + " (" + VipsComplaint() + ")");
+    }
+}
+
+void Batch::Process(const Task& task) {
+    StopIfInterrupted();
+    Picture picture =
+        Try("is no picture that can be read, such as JPEG, PNG, TIFF or WebP", [&] { return Picture(task.input); });
+    if (const std::string misfit = m_Operation.misfit(m_Settings, picture.SmallerSide()); !misfit.empty()) {
+        throw PictureError(misfit);
+    }
+    const PictureWriter writer = IsDevice(task.output) ? PictureWriter(picture.Image()) : PictureWriter(task.output);
+    std::vector<std::string> losses = picture.Losses();
+    std::ranges::move(writer.Losses(picture.Image()), std::back_inserter(losses));
+    Tell(task, losses);
+
+    const PictureShape shape = picture.Shape();
+    const std::int64_t needed = EstimateBytes(shape, m_Operation.workingBytes(m_Settings, shape.pixels), writer.Name());
+    const MemoryBudget::Share share(m_Budget, needed);
+    StopIfInterrupted();
+    Try("cannot be read to its end, it may be damaged or cut short", [&] { picture.Decode(); });
+    StopIfInterrupted();
+    picture.Apply([&](const PackedPixels& pixels) { m_Operation.apply(m_Settings, pixels); });
+    StopIfInterrupted();
+    OutputFile output(task.output, m_Settings.force);
+    Try("its output '" + task.output + "' cannot be written",
+        [&] { writer.Write(picture.Image(), output.WritePath(), m_Settings.quality); });
+    StopIfInterrupted();
+    output.Commit();
+}
+
+int Batch::Summarise() {
+    m_Messages.EndProgress();
+    const std::size_t left = m_Tasks.size() - m_Written - m_Failed;
+    if (m_Tasks.size() > 1 || left > 0) {
+        const auto count = [](std::size_t number) { return std::to_string(number); };
+        m_Messages.Error("", std::string(left > 0 ? "interrupted: " : "") + count(m_Written) + " of " +
+                                 count(m_Tasks.size()) + " pictures written, " + count(m_Failed) + " failed" +
+                                 (left > 0 ? ", " + count(left) + " not done" : ""));
+    }
+    if (left > 0) {
+        return ExitInterrupted;
+    }
+    return m_Failed > 0 ? ExitPictureFailed : ExitDone;
+}
+
+} // namespace
+
+int RunBatch(const Verb& verb, const PixelOperation& operation, const Settings& settings) {
+    std::vector<Task> tasks = PlanTasks(settings);
+    if (const std::string caution = operation.caution(settings); !caution.empty()) {
+        Messages().Warning(verb.name, caution);
+    }
+    return Batch(operation, settings, std::move(tasks)).Run();
+}
+
+} // namespace cli

@@ -1,0 +1,19 @@
+// The texts made from the table of verbs: help lines and the manual page.
+#pragma once
+
+#include "Verbs.h"
+
+#include <string>
+
+namespace cli {
+
+/// "1 to 50: radius of ...", or the bare help of an option that is no number.
+std::string RangeAndHelp(const OptionRow& row);
+
+/// One line on what each exit status means.
+std::string ExitStatusHelp();
+
+/// The manual page in roff, section 1.
+std::string ManPage();
+
+} // namespace cli

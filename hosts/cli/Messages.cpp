@@ -1,0 +1,60 @@
+#include "Messages.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+
+namespace cli {
+
+Messages::Messages(std::size_t steps) : m_Steps(steps), m_ShowBar(steps > 1 && isatty(STDERR_FILENO)) {
+    Draw();
+}
+
+Messages::~Messages() {
+    EndProgress();
+}
+
+void Messages::Error(const std::string& subject, const std::string& text) {
+    WriteLine("claribox: " + (subject.empty() ? "" : subject + ": ") + text);
+}
+
+void Messages::Warning(const std::string& subject, const std::string& text) {
+    Error(subject, "warning: " + text);
+}
+
+void Messages::Step() {
+    const std::lock_guard lock(m_Mutex);
+    ++m_Done;
+    Draw();
+}
+
+void Messages::EndProgress() {
+    const std::lock_guard lock(m_Mutex);
+    Erase();
+    m_ShowBar = false;
+}
+
+void Messages::WriteLine(const std::string& line) {
+    const std::lock_guard lock(m_Mutex);
+    Erase();
+    std::fprintf(stderr, "%s\n", line.c_str());
+    Draw();
+}
+
+void Messages::Draw() {
+    if (m_ShowBar) {
+        constexpr std::size_t width = 40;
+        const std::size_t filled = width * m_Done / m_Steps;
+        const std::string bar = std::string(filled, '#') + std::string(width - filled, '.');
+        std::fprintf(stderr, "\r[%s] %zu of %zu", bar.c_str(), m_Done, m_Steps);
+        std::fflush(stderr);
+    }
+}
+
+void Messages::Erase() {
+    if (m_ShowBar) {
+        std::fprintf(stderr, "\r\033[K");
+    }
+}
+
+} // namespace cli

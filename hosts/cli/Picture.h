@@ -1,0 +1,54 @@
+// One picture: read through libvips, upright and of 8 bits a sample, and worked on in place.
+#pragma once
+
+#include "Memory.h"
+#include "PackedPixels.h"
+
+#include <vips/vips8>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace cli {
+
+/// Not for use from two threads at once. What fails throws `PictureError` or `vips::VError`.
+class Picture {
+public:
+    /// Reads the header only. Refuses pictures of one pixel, those whose bytes cannot be counted in 32 bits, and what
+    /// is neither greyscale nor colour.
+    explicit Picture(const std::string& path);
+
+    int SmallerSide() const;
+    PictureShape Shape() const;
+
+    /// What the 8-bit upright picture lacks of the stored one, a sentence each; empty for most pictures.
+    const std::vector<std::string>& Losses() const { return m_Losses; }
+
+    /// Reads the pixels. A damaged or truncated file is an error.
+    void Decode();
+
+    /// Has `operation` work on the decoded pixels. Greyscale is spread over three channels for it and taken back from
+    /// the first of them.
+    void Apply(const std::function<void(const PackedPixels&)>& operation);
+
+    /// The picture of 1 to 4 bands (grey, grey and alpha, colour, colour and alpha) with all its metadata. Its pixels
+    /// may be read once before `Decode` and freely after.
+    const vips::VImage& Image() const { return m_Image; }
+
+private:
+    void RefuseUnfitSizes() const;
+    void ReduceToEightBits();
+    void ConvertToRgbOrGrey();
+
+    // The image keeps all it was read with: building a new one around the pixels would lose most fields.
+    vips::VImage m_Image;
+    std::vector<std::string> m_Losses;
+    int m_StoredBytesPerPixel;
+    bool m_Turned;
+};
+
+/// What libvips says went wrong, in one line. It is then forgotten, so that the next fault starts anew.
+std::string VipsComplaint();
+
+} // namespace cli

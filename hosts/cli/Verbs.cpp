@@ -1,0 +1,165 @@
+#include "Verbs.h"
+
+#include "Info.h"
+
+#include <claribox/ChFunctions.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace cli {
+namespace {
+
+constexpr int LargestQuality = 100;
+constexpr int LargestJobs = 256;
+constexpr int LargestDeblurRadius = 10;
+constexpr int LargestBlurRadius = 50;
+
+/// The largest radius at which no sum of `CImageFocus::Blur` can pass 2^31, whatever the picture.
+constexpr int LargestSafeBlurRadius = 5;
+
+/// The kernel's (2 * length + 1)^2 elements are counted in 32 bits.
+constexpr int LargestLength = 23169;
+
+constexpr int LargestDegree = 360;
+
+std::string SideMisfit(const char* option, int value, int largest) {
+    if (value <= largest) {
+        return {};
+    }
+    return std::string(option) + " " + std::to_string(value) + " is too large for this picture; " +
+           (largest > 0 ? "give at most " + std::to_string(largest) : "no value fits so small a picture");
+}
+
+std::string RadiusMisfit(const Settings& settings, int smallerSide) {
+    return SideMisfit("--radius", settings.radius, smallerSide);
+}
+
+std::string LengthMisfit(const Settings& settings, int smallerSide) {
+    return SideMisfit("--length", settings.length, smallerSide - 1);
+}
+
+/// Three byte planes, and a kernel of the given half-size as floats and as integers.
+std::int64_t PlanesAndKernel(std::int64_t pixels, std::int64_t half) {
+    const std::int64_t side = 2 * half + 1;
+    return 3 * pixels + 2 * 4 * side * side;
+}
+
+std::int64_t RadiusWorkingBytes(const Settings& settings, std::int64_t pixels) {
+    return PlanesAndKernel(pixels, settings.radius);
+}
+
+std::int64_t LengthWorkingBytes(const Settings& settings, std::int64_t pixels) {
+    return PlanesAndKernel(pixels, settings.length);
+}
+
+std::string NoCaution(const Settings&) {
+    return {};
+}
+
+/// From radius 6 on the sum under the kernel can pass 2^31, which the library defines to wrap: the pixel turns black.
+/// The smallest constant sample for which it does follows from the kernel, quantised to 16 fractional bits.
+std::string BlurCaution(const Settings& settings) {
+    if (settings.radius <= LargestSafeBlurRadius) {
+        return {};
+    }
+    const int side = 2 * settings.radius + 1;
+    ChMatrix<float> kernel;
+    ChMakeGaussianPSF(kernel, side, side, 2.0 * settings.radius);
+    std::int64_t weights = 0;
+    for (int i = 0; i < side; ++i) {
+        for (int j = 0; j < side; ++j) {
+            weights += static_cast<std::int64_t>(kernel.At(i, j) * 65536.0f);
+        }
+    }
+    const std::int64_t lowest = ((std::int64_t{1} << 31) + weights - 1) / weights;
+    return "--radius " + std::to_string(settings.radius) + ": areas with samples of " + std::to_string(lowest) +
+           " and more can turn black, because sums wrap at 32 bits; the largest radius without this is " +
+           std::to_string(LargestSafeBlurRadius);
+}
+
+CImageFocus SizedFor(const PackedPixels& pixels) {
+    CImageFocus focus;
+    focus.SetSize(pixels.width, pixels.height);
+    return focus;
+}
+
+void Blur(const Settings& settings, const PackedPixels& pixels) {
+    CImageFocus focus = SizedFor(pixels);
+    focus.SetRadius(settings.radius);
+    focus.Blur(pixels.data, pixels.format, pixels.pitch);
+}
+
+void MotionBlur(const Settings& settings, const PackedPixels& pixels) {
+    CImageFocus focus = SizedFor(pixels);
+    focus.SetMotionLength(settings.length);
+    focus.SetMotionDegree(settings.degree);
+    focus.MotionBlur(pixels.data, pixels.format, pixels.pitch);
+}
+
+void DeBlur(const Settings& settings, const PackedPixels& pixels) {
+    CImageFocus focus = SizedFor(pixels);
+    focus.SetRadius(settings.radius);
+    focus.DeBlur(pixels.data, pixels.format, pixels.pitch);
+}
+
+/// The options of every verb that writes pictures, after its own.
+std::vector<OptionRow> WithPictureOptions(std::vector<OptionRow> own) {
+    const std::vector<OptionRow> common = {
+        {"IN", "PICTURE...", "pictures to read: JPEG, PNG, TIFF, WebP and whatever else libvips reads",
+         &Settings::inputs, true},
+        {"-o,--output", "OUT", "file to write; with several pictures the folder to write them into", &Settings::output,
+         true},
+        {"--quality", "N", "quality of JPEG and other lossy formats",
+         WholeNumber{&Settings::quality, 1, LargestQuality}},
+        {"--jobs", "N", "pictures at once, fewer where memory is short; 0 for one a processor",
+         WholeNumber{&Settings::jobs, 0, LargestJobs}},
+        {"--force", "", "replace existing files, though never one of the pictures read", &Settings::force},
+        {"--strict", "", "refuse a picture that could only be written with a loss, such as 16 bits reduced to 8",
+         &Settings::strict},
+    };
+    own.insert(own.end(), common.begin(), common.end());
+    return own;
+}
+
+const std::vector<Verb>& Table() {
+    static const std::vector<Verb> table = {
+        {"blur", "blur pictures",
+         WithPictureOptions({{"--radius", "N", "radius of the blur in pixels, at most the picture's smaller side",
+                              WholeNumber{&Settings::radius, 1, LargestBlurRadius}}}),
+         PixelOperation{Blur, RadiusMisfit, RadiusWorkingBytes, BlurCaution}},
+        {"motion-blur", "smear pictures along a line, as a moving camera does",
+         WithPictureOptions({{"--length", "N", "length of the motion in pixels, below the picture's smaller side",
+                              WholeNumber{&Settings::length, 1, LargestLength}},
+                             {"--degree", "N", "direction of the motion, counter-clockwise from the right",
+                              WholeNumber{&Settings::degree, -LargestDegree, LargestDegree}}}),
+         PixelOperation{MotionBlur, LengthMisfit, LengthWorkingBytes, NoCaution}},
+        {"deblur", "sharpen out-of-focus pictures",
+         WithPictureOptions({{"--radius", "N", "radius of the defocus in pixels, at most the picture's smaller side",
+                              WholeNumber{&Settings::radius, 1, LargestDeblurRadius}}}),
+         PixelOperation{DeBlur, RadiusMisfit, RadiusWorkingBytes, NoCaution}},
+        {"info", "print the version and what is known of the processor", {}, PrintInfo},
+    };
+    return table;
+}
+
+} // namespace
+
+std::span<const Verb> Verbs() {
+    return Table();
+}
+
+const Verb* FindVerb(const std::string& name) {
+    const auto found = std::ranges::find_if(Table(), [&](const Verb& verb) { return name == verb.name; });
+    return found == Table().end() ? nullptr : &*found;
+}
+
+std::string VerbNames() {
+    std::string names;
+    for (const Verb& verb : Table()) {
+        names += (names.empty() ? "" : ", ") + std::string(verb.name);
+    }
+    return names;
+}
+
+} // namespace cli

@@ -1,0 +1,65 @@
+// The verbs of the command as data: what each is called, which options it takes and what it does. The parser, the help
+// and the manual page are all made from this table; a new operation is a row here and a function beside it.
+#pragma once
+
+#include "PackedPixels.h"
+#include "Settings.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace cli {
+
+/// A whole number from `low` to `high`.
+struct WholeNumber {
+    int Settings::*field;
+    int low;
+    int high;
+};
+
+using Target =
+    std::variant<WholeNumber, bool Settings::*, std::string Settings::*, std::vector<std::string> Settings::*>;
+
+struct OptionRow {
+    const char* name; ///< "--radius", "-o,--output", or "IN" for the pictures themselves
+    const char* metavar;
+    const char* help; ///< range and default of a whole number are added by the parser
+    Target target;
+    bool required = false;
+};
+
+/// An operation on the pixels of one picture.
+struct PixelOperation {
+    /// Works in place.
+    void (*apply)(const Settings& settings, const PackedPixels& pixels);
+
+    /// Says why a picture of this smaller side does not suit the settings; empty if it does.
+    std::string (*misfit)(const Settings& settings, int smallerSide);
+
+    /// Bytes the library allocates meanwhile for a picture of that many pixels.
+    std::int64_t (*workingBytes)(const Settings& settings, std::int64_t pixels);
+
+    /// What the user should know about these settings whatever the picture; empty for nothing.
+    std::string (*caution)(const Settings& settings);
+};
+
+struct Verb {
+    const char* name;
+    const char* summary;
+    std::vector<OptionRow> options;
+    std::variant<PixelOperation, int (*)()> action; ///< a function prints and returns the exit status
+};
+
+std::span<const Verb> Verbs();
+
+/// The verb of this name, or null.
+const Verb* FindVerb(const std::string& name);
+
+/// "blur, motion-blur, ...".
+std::string VerbNames();
+
+} // namespace cli
