@@ -9,8 +9,6 @@ install(TARGETS claribox EXPORT ClariboxTargets LIBRARY DESTINATION ${CMAKE_INST
 install(DIRECTORY include/claribox DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
 
 if(CLARIBOX_CLI)
-  file(RELATIVE_PATH bin_to_lib /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
-  set_target_properties(claribox_cli PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}")
   install(TARGETS claribox_cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
 
