@@ -10,7 +10,8 @@
 CLARIBOX_API void ChMakeGaussianPSF(ChMatrix<float>& psf, int rows, int cols, double sigma);
 
 /// Fills `psf`, made square with side 2*length+1, with a ray from its centre whose weight falls as
-/// exp(-d^2 / length^2). `degree` counts counter-clockwise from the right. Not normalised.
+/// exp(-d^2 / length^2). `degree` counts counter-clockwise from the right; any degree from -360 on is reduced to a full
+/// turn, one below -360 keeps a negative remainder. A `length` of 0 gives a single 0. Not normalised.
 CLARIBOX_API void ChMakeMotionPSF(ChMatrix<float>& psf, int length, int degree);
 
 /// Fills `psf`, made square with side `size`, with the share of a disk of `radius` pixels that falls on each element;

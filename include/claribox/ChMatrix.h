@@ -3,6 +3,7 @@
 
 #include "KernelTable.h"
 
+#include <algorithm>
 #include <concepts>
 #include <cstdint>
 #include <cstdio>
@@ -108,27 +109,23 @@ public:
     }
 
     /// Replaces the matrix by its correlation with `kernel`, which is not flipped: same size, zero outside, sums in
-    /// double precision rounded once to float.
+    /// double precision rounded once to float. `m_Data` stays where it is.
     void Correlate(const ChMatrix<float>& kernel) requires std::same_as<T, float> {
-        const int halfRows = kernel.m_Rows / 2;
-        const int halfCols = kernel.m_Cols / 2;
         ChMatrix result(m_Rows, m_Cols);
+        ChMatrix<double> sums(1, m_Cols);
         for (int i = 0; i < m_Rows; ++i) {
-            for (int j = 0; j < m_Cols; ++j) {
-                double sum = 0.0;
-                for (int ki = 0; ki < kernel.m_Rows; ++ki) {
-                    const int y = i - halfRows + ki;
-                    if (y < 0 || y >= m_Rows) {
-                        continue;
-                    }
+            // A row of sums grows together: each takes its terms in the order of the kernel, as one alone would.
+            sums.Zero();
+            for (int ki = 0; ki < kernel.m_Rows; ++ki) {
+                const int y = i - kernel.m_Rows / 2 + ki;
+                if (y >= 0 && y < m_Rows) {
                     for (int kj = 0; kj < kernel.m_Cols; ++kj) {
-                        const int x = j - halfCols + kj;
-                        if (x >= 0 && x < m_Cols) {
-                            sum += static_cast<double>(kernel.At(ki, kj)) * static_cast<double>(At(y, x));
-                        }
+                        AddShiftedRow(sums.m_Data, kernel.At(ki, kj), Row(y), kj - kernel.m_Cols / 2);
                     }
                 }
-                result.At(i, j) = static_cast<float>(sum);
+            }
+            for (int j = 0; j < m_Cols; ++j) {
+                result.At(i, j) = static_cast<float>(sums.m_Data[j]);
             }
         }
         CopyElements(m_Data, result.m_Data, Count());
@@ -163,8 +160,21 @@ private:
     static std::size_t Width(int size) { return size > 0 ? static_cast<std::size_t>(size) : 0; }
 
     static void CopyElements(T* destination, const T* source, std::size_t count) {
-        if (count > 0) {
-            KernelTable.Copy(destination, source, static_cast<std::uint32_t>(count * sizeof(T)));
+        constexpr std::size_t largest = UINT32_MAX / sizeof(T); // the slot counts bytes in 32 bits
+        while (count > 0) {
+            const std::size_t part = std::min(count, largest);
+            KernelTable.Copy(destination, source, static_cast<std::uint32_t>(part * sizeof(T)));
+            destination += part;
+            source += part;
+            count -= part;
+        }
+    }
+
+    /// Adds `weight` times element j + `shift` of `row` to `sums[j]` for every j that finds such an element.
+    void AddShiftedRow(double* sums, float weight, const T* row, int shift) const {
+        const int end = std::min(m_Cols, m_Cols - shift);
+        for (int j = std::max(0, -shift); j < end; ++j) {
+            sums[j] += static_cast<double>(weight) * static_cast<double>(row[j + shift]);
         }
     }
 
