@@ -1,0 +1,96 @@
+#include "claribox/ChFunctions.h"
+
+#include "kernels/Pif.h"
+
+#include <cmath>
+#include <cstdlib>
+
+namespace {
+
+/// A disk about the origin and the area measures of its first quadrant.
+class Disk {
+public:
+    explicit Disk(double radius) : radius_(radius), radiusSquared_(radius * radius) {}
+
+    double Area() const { return Pi * radiusSquared_; }
+
+    /// Where the horizontal line at height `y` leaves the disk, kept within x0..x1.
+    double Crossing(double x0, double x1, double y) const {
+        if (x0 * x0 + y * y > radiusSquared_) {
+            return x0;
+        }
+        if (x1 * x1 + y * y > radiusSquared_) {
+            return std::sqrt(radiusSquared_ - y * y);
+        }
+        return x1;
+    }
+
+    /// Antiderivative of the height sqrt(R^2 - x^2) of the upper half circle, constant beyond its ends.
+    double HeightIntegral(double x) const {
+        const double quarter = 0.25 * Pi * radiusSquared_;
+        const double q = x / radius_;
+        const double heightSquared = radiusSquared_ - x * x;
+        if (heightSquared < 0.0) {
+            return q < 0.0 ? -quarter : quarter;
+        }
+        if (q < -1.0) {
+            return -quarter;
+        }
+        if (q > 1.0) {
+            return quarter;
+        }
+        return 0.5 * radiusSquared_ * std::asin(q) + 0.5 * x * std::sqrt(heightSquared);
+    }
+
+private:
+    static constexpr double Pi = static_cast<double>(kernels::PIF);
+
+    double radius_;
+    double radiusSquared_;
+};
+
+/// The share of `disk` that falls on the element `dx` columns and `dy` rows from its centre; both must be 0 or more.
+/// An element on an axis is folded: the half beyond the axis is measured and counted twice, on both axes four times.
+float ElementShare(const Disk& disk, int dx, int dy) {
+    double x0 = dx - 0.5;
+    const double x1 = dx + 0.5;
+    double y0 = dy - 0.5;
+    const double y1 = dy + 0.5;
+    double fold = 1.0;
+    if (x0 < 0.0) {
+        x0 = 0.0;
+        fold = 2.0;
+    }
+    if (y0 < 0.0) {
+        y0 = 0.0;
+        fold = 2.0 * fold;
+    }
+    const double upper = disk.Crossing(x0, x1, y1);
+    const double lower = disk.Crossing(x0, x1, y0);
+    // Named, so that each is a stored double: equal arguments must give equal integrals, and empty elements exactly 0,
+    // on the x87 unit too.
+    const double toUpper = disk.HeightIntegral(upper);
+    const double toLower = disk.HeightIntegral(lower);
+    // The strip of full height left of `upper`, then what lies under the arc and above the lower edge.
+    const double area = (y1 - y0) * (upper - x0) + (toLower - toUpper) - y0 * (lower - upper);
+    return static_cast<float>(area * fold / disk.Area());
+}
+
+} // namespace
+
+void ChMakeCirclePSF(ChMatrix<float>& psf, int size, double radius) {
+    psf.Create(size, size);
+    const Disk disk(radius);
+    const int centre = size / 2;
+    for (int i = 0; i < size; ++i) {
+        for (int j = 0; j < size; ++j) {
+            const int dy = std::abs(i - centre);
+            const int dx = std::abs(j - centre);
+            if (radius == 0.0) {
+                psf.At(i, j) = dx == 0 && dy == 0 ? 1.0f : 0.0f;
+            } else {
+                psf.At(i, j) = ElementShare(disk, dx, dy);
+            }
+        }
+    }
+}
