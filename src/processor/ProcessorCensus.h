@@ -1,6 +1,8 @@
 // What the library finds out, once at load, about the processors it runs on.
 #pragma once
 
+#include <cstdint>
+
 namespace processor {
 
 class ProcessorPort;
@@ -14,7 +16,44 @@ enum HyperThreadingStatus : int {
     CannotBeDetected = 4,
 };
 
+/// A sentence for each `HyperThreadingStatus`.
+extern const char* const HyperThreadingTexts[5];
+
+/// What `ProcessorCensus` finds out. Flags are 1 or 0.
+struct CensusResults {
+    std::uint32_t hasMMX = 0;
+    std::uint32_t hasSSE = 0;
+    std::uint32_t hasSSE2 = 0;
+    std::uint32_t hasSSE3 = 0;    ///< looked at on "GenuineIntel" only, as is the next
+    std::uint32_t hasMonitor = 0; ///< the instructions MONITOR and MWAIT
+    std::uint32_t has3DNow = 0;   ///< not looked at on "GenuineIntel", as the next
+    std::uint32_t has3DNowExtensions = 0;
+    std::uint32_t family = 0;         ///< 0..15; on "GenuineIntel" the extended family is added, 0..270
+    std::uint32_t model = 0;          ///< 0..15; on "GenuineIntel" the extended model stands above, 0..255
+    std::uint32_t stepping = 0;       ///< 0..15
+    std::uint32_t type = 0;           ///< 0..3, kept on "GenuineIntel" only
+    char vendor[13] = "------------"; ///< as the processor gives it
+    char name[49] = "";               ///< for display, without the clock; may be empty
+    std::uint32_t megahertz = 0;      ///< measured clock of the time stamp counter; 0 where it cannot be measured
+    std::int32_t status = NotCapable; ///< a `HyperThreadingStatus`
+};
+
+/// The results for this machine: filled at load, constant afterwards.
+extern const CensusResults& MachineResults;
+
 } // namespace processor
+
+/// The flags by which members of `KernelTable` are chosen; nothing but the flags of leaf 1 counts, whatever the vendor.
+/// Return 1 or 0; 0 before the census and on a processor without CPUID.
+std::uint32_t ProcessorHasMMX();
+std::uint32_t ProcessorHasSSE();
+std::uint32_t ProcessorHasSSE2();
+
+/// Members of `processor::MachineResults` under their own names.
+extern const char (&ProcessorVendor)[13];
+extern const char (&ProcessorName)[49];
+extern const std::uint32_t& ProcessorMHz;
+extern const std::int32_t& ProcessorHTStatus;
 
 /// Processor packages; -1 where it could not be found out, 0 where a package reports more logical processors than the
 /// system has in use. The three counts are filled at load, are zero before, and are only read afterwards; they are no
@@ -27,6 +66,14 @@ extern int CensusCoresPerPackage;
 /// Logical processors of one core, 0..255. By the rule of `CountProcessors` 0 on all processors with several cores on
 /// which hyper-threading is not possible.
 extern int CensusThreadsPerCore;
+
+/// Examines the processor of this machine into `processor::MachineResults`; to be called once, at load. Returns 0, or
+/// -1 where the processor has no CPUID, with all results as they stood. Measures the clock, which takes a third of a
+/// millisecond or more, and may visit the processors as `CountProcessors` does.
+int ProcessorCensus();
+
+/// The same for the machine behind `port`, into `results`.
+int ProcessorCensus(processor::ProcessorPort& port, processor::CensusResults& results);
 
 /// Counts the processors of this machine. Stores packages (-1 where unknown), cores per package and logical processors
 /// per core, and returns a `processor::HyperThreadingStatus`.
