@@ -119,13 +119,12 @@ void Batch::Process(const Task& task) {
         throw PictureError(misfit);
     }
     const PictureWriter writer = IsDevice(task.output) ? PictureWriter(picture.Image()) : PictureWriter(task.output);
-    std::vector<std::string> losses = picture.Losses();
-    std::ranges::move(writer.Losses(picture.Image()), std::back_inserter(losses));
-    Tell(task, losses);
-
     const PictureShape shape = picture.Shape();
     const std::int64_t needed = EstimateBytes(shape, m_Operation.workingBytes(m_Settings, shape.pixels), writer.Name());
     const MemoryBudget::Share share(m_Budget, needed);
+    std::vector<std::string> losses = picture.Losses();
+    std::ranges::move(writer.Losses(picture.Image()), std::back_inserter(losses));
+    Tell(task, losses);
     StopIfInterrupted();
     Try("cannot be read to its end, it may be damaged or cut short", [&] { picture.Decode(); });
     StopIfInterrupted();

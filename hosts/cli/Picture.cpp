@@ -84,12 +84,12 @@ Picture::Picture(const std::string& path)
     : m_Image(OpenSequentially(path)),
       m_StoredBytesPerPixel(static_cast<int>(VIPS_IMAGE_SIZEOF_PEL(m_Image.get_image()))),
       m_Turned(HeaderNumber(m_Image, VIPS_META_ORIENTATION, 1) > 1) {
-    RefuseUnfitSizes();
     if (const int pages = HeaderNumber(m_Image, VIPS_META_N_PAGES, 1);
         pages > 1 && HasSeparatePages(HeaderText(m_Image, VIPS_META_LOADER))) {
         m_Losses.push_back("only the first of its " + std::to_string(pages) + " pages is taken");
     }
     ReduceToEightBits();
+    RefuseUnfitSizes();
     m_Image = WithExifResolution(m_Image);
 }
 

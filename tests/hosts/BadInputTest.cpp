@@ -1,0 +1,178 @@
+// Whatever is wrong is told in one line that names it, and leaves every file as it was.
+#include "CommandRun.h"
+#include "TestPictures.h"
+
+#include <gtest/gtest.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct BadInput {
+    std::vector<std::string> arguments;
+    int status; ///< 1: this picture failed; 2: the command line is wrong
+    std::vector<std::string> fragments;
+    RunOptions options = {};
+};
+
+/// A picture of 31x23, and beside it much that is none.
+void Furnish(const TemporaryFolder& folder) {
+    const vips::VImage picture = RandomPicture(31, 23, 3, 1);
+    for (const char* name : {"in.png", "in.jpg", "in.tif", "in.webp", "in.gif"}) {
+        Save(picture, folder / name);
+        const std::string whole = ReadFile(folder / name);
+        WriteFile(folder / ("cut_" + std::string(name)), whole.substr(0, whole.size() * 6 / 10));
+    }
+    Save(RandomPicture(1, 1, 3, 2), folder / "pixel.png");
+    Save(RandomPicture(1, 40, 1, 3), folder / "line.png");
+    Save(picture.bandjoin(picture), folder / "six.tif");
+    WriteFile(folder / "huge.hdr", "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 50000 +X 50000\n");
+    WriteFile(folder / "large.hdr", "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 10000 +X 10000\n");
+    WriteFile(folder / "text.jpg", "no picture");
+    WriteFile(folder / "empty.png", "");
+    fs::create_directory(folder / "folder");
+    WriteFile(folder / "folder" / "in.png", ReadFile(folder / "in.png"));
+    fs::create_directory(folder / "closed");
+    fs::permissions(folder / "closed", fs::perms::owner_read | fs::perms::owner_exec);
+    WriteFile(folder / "secret.png", ReadFile(folder / "in.png"));
+    fs::permissions(folder / "secret.png", fs::perms::owner_read);
+    chmod((folder / "secret.png").c_str(), 0);
+    fs::create_symlink("in.png", folder / "link.png");
+    fs::create_hard_link(folder / "in.png", folder / "hard.png");
+}
+
+void ExpectRefusals(const std::vector<BadInput>& rows) {
+    const TemporaryFolder folder;
+    Furnish(folder);
+    const auto before = folder.Snapshot();
+    for (const BadInput& row : rows) {
+        SCOPED_TRACE(testing::PrintToString(row.arguments));
+        const RunResult result = RunCommand(folder, row.arguments, row.options);
+        EXPECT_EQ(result.status, row.status) << result.err;
+        EXPECT_EQ(result.ErrorLines(), 1u) << result.err;
+        EXPECT_EQ(result.out, "");
+        for (const std::string& fragment : row.fragments) {
+            EXPECT_NE(result.err.find(fragment), std::string::npos) << "no '" << fragment << "' in: " << result.err;
+        }
+        EXPECT_EQ(folder.Snapshot(), before);
+    }
+}
+
+TEST(BadInput, CommandLine) {
+    std::vector<BadInput> rows = {
+        {{}, 2, {"no verb given", "blur, motion-blur, deblur, info"}},
+        {{"sharpen", "in.png"}, 2, {"unknown verb 'sharpen'", "deblur"}},
+        {{"--radius", "3"}, 2, {"no verb given"}},
+        {{"blur", "in.png", "-o", "out.png", "--radios", "3"}, 2, {"unknown option", "'--radios'", "blur --help"}},
+        {{"info", "in.png"}, 2, {"'in.png'"}},
+        {{"blur", "-o", "out.png"}, 2, {"IN is required", "usage: claribox blur IN... -o OUT"}},
+        {{"blur", "in.png"}, 2, {"--output is required"}},
+        {{"blur", "in.png", "-o"}, 2, {"--output"}},
+        {{"deblur", "in.png", "-o", "out.png", "--length", "3"}, 2, {"'--length'"}},
+        {{"blur", "in.png", "-o", "out.png", "--radius", "2", "--radius", "3"}, 2, {"--radius"}},
+    };
+    struct Range {
+        const char* verb;
+        const char* option;
+        std::vector<const char*> wrong;
+        const char* right;
+    };
+    const std::vector<Range> ranges = {
+        {"blur", "--radius", {"0", "51", "-3", "2.5", "3px", "", " 3", "99999999999"}, "from 1 to 50"},
+        {"deblur", "--radius", {"0", "11"}, "from 1 to 10"},
+        {"motion-blur", "--length", {"0", "1e2", "23170"}, "from 1 to 23169"},
+        {"motion-blur", "--degree", {"361", "-540", "auto"}, "from -360 to 360"},
+        {"blur", "--quality", {"0", "101"}, "from 1 to 100"},
+        {"blur", "--jobs", {"-1", "many"}, "from 0 to 256"},
+    };
+    for (const Range& range : ranges) {
+        for (const char* value : range.wrong) {
+            rows.push_back({{range.verb, "in.png", "-o", "out.png", range.option, value},
+                            2,
+                            {range.verb, std::string(range.option) + " takes a whole number " + range.right,
+                             "'" + std::string(value) + "'"}});
+        }
+    }
+    ExpectRefusals(rows);
+}
+
+TEST(BadInput, Pictures) {
+    std::vector<BadInput> rows = {
+        {{"blur", "none.png", "-o", "out.png"}, 1, {"none.png: no such file"}},
+        {{"blur", "folder", "-o", "out.png"}, 1, {"folder: is a folder"}},
+        {{"blur", "/dev/null", "-o", "out.png"}, 1, {"/dev/null: is no regular file"}},
+        {{"blur", "secret.png", "-o", "out.png"}, 1, {"secret.png: no permission"}, {.asNobody = true}},
+        {{"blur", "text.jpg", "-o", "out.png"}, 1, {"text.jpg: is no picture"}},
+        {{"blur", "empty.png", "-o", "out.png"}, 1, {"empty.png: is no picture"}},
+        {{"blur", "six.tif", "-o", "out.png"}, 1, {"six.tif: has 6 channels"}},
+        {{"blur", "pixel.png", "-o", "out.png", "--radius", "1"}, 1, {"pixel.png: a picture of one pixel"}},
+        {{"blur", "line.png", "-o", "out.png", "--radius", "2"}, 1, {"line.png: --radius 2", "at most 1"}},
+        {{"motion-blur", "line.png", "-o", "out.png", "--length", "1"}, 1, {"line.png: --length 1", "no value fits"}},
+        {{"motion-blur", "in.png", "-o", "out.png", "--length", "23"}, 1, {"in.png: --length 23", "at most 22"}},
+        {{"blur", "huge.hdr", "-o", "out.png"}, 1, {"huge.hdr: too large at 50000x50000", "715827797 pixels"}},
+    };
+    for (const char* name : {"cut_in.png", "cut_in.jpg", "cut_in.tif", "cut_in.webp", "cut_in.gif"}) {
+        rows.push_back({{"blur", name, "-o", "out.png"}, 1, {std::string(name) + ": "}});
+    }
+    ExpectRefusals(rows);
+}
+
+TEST(BadInput, Outputs) {
+    const RunOptions nobody = {.asNobody = true};
+    ExpectRefusals({
+        {{"blur", "in.png", "-o", "folder"}, 2, {"-o: 'folder' is a folder", "'folder/in.png'"}},
+        {{"blur", "in.png", "-o", "none/"}, 2, {"-o: 'none/' is a folder"}},
+        {{"blur", "in.png", "-o", "none/out.png"}, 2, {"no folder 'none'"}},
+        {{"blur", "in.png", "in.jpg", "-o", "in.tif"}, 2, {"-o: 'in.tif' is a file"}},
+        {{"blur", "in.png", "in.jpg", "-o", "none/none"}, 2, {"cannot create folder 'none/none'"}},
+        {{"blur", "in.png", "-o", "closed/out.png"}, 2, {"no permission", "'closed'"}, nobody},
+        {{"blur", "in.png", "in.jpg", "-o", "closed"}, 2, {"no permission", "'closed'"}, nobody},
+        {{"blur", "in.png", "-o", "out.xyz"}, 1, {"in.png: no picture format", "'out.xyz'", ".jpg"}},
+        {{"blur", "in.png", "-o", "in.jpg"}, 1, {"'in.jpg' exists", "--force"}},
+        {{"blur", "in.png", "-o", "/dev/full"}, 1, {"'/dev/full' cannot be written", "No space left on device"}},
+        // No input is ever replaced, whatever name it goes by.
+        {{"blur", "in.png", "-o", "in.png", "--force"}, 2, {"'in.png' is the input"}},
+        {{"blur", "in.png", "-o", "folder/../in.png", "--force"}, 2, {"is the input 'in.png'"}},
+        {{"blur", "in.png", "-o", "link.png", "--force"}, 2, {"'link.png' is the input 'in.png'"}},
+        {{"blur", "link.png", "-o", "in.png", "--force"}, 2, {"'in.png' is the input 'link.png'"}},
+        {{"blur", "in.png", "-o", "hard.png", "--force"}, 2, {"'hard.png' is the input 'in.png'"}},
+        {{"blur", "in.png", "in.jpg", "-o", ".", "--force"}, 2, {"is the input 'in.png'"}},
+        {{"blur", "in.jpg", "folder/in.png", "in.webp", "-o", "folder", "--force"}, 2, {"input 'folder/in.png'"}},
+        {{"blur", "in.png", "folder/in.png", "-o", "new"}, 2, {"'in.png' and 'folder/in.png' would both become"}},
+        {{"blur", "in.png", "in.png", "-o", "new"}, 2, {"would both become 'new/in.png'"}},
+    });
+}
+
+/// The disk fills up behind the first bytes.
+TEST(BadInput, FullDisk) {
+    std::vector<BadInput> rows;
+    for (const char* ending : {"png", "jpg", "tif", "webp", "bmp", "gif", "v"}) {
+        const std::string out = "out." + std::string(ending);
+        rows.push_back({{"blur", "in.png", "-o", out}, 1, {"'" + out + "' cannot be written"}, {.fileSize = 500}});
+    }
+    ExpectRefusals(rows);
+}
+
+TEST(BadInput, PictureThatCannotFitIntoMemory) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers take more address space than any limit allows";
+#endif
+    ExpectRefusals({{{"blur", "large.hdr", "-o", "out.png"},
+                     1,
+                     {"large.hdr: needs about 1098 MiB of memory, but ", " MiB are free"},
+                     {.addressSpace = std::size_t{1000} << 20}}});
+}
+
+TEST(BadInput, BlurWarnsFromRadius6OnWhereBrightAreasCanWrap) {
+    const TemporaryFolder folder;
+    Save(RandomPicture(31, 23, 3, 1), folder / "in.png");
+    for (const auto& [radius, limit] : {std::pair{"6", "samples of 222 and more"}, {"10", "samples of 85 and more"}}) {
+        const RunResult result = RunCommand(folder, {"blur", "in.png", "-o", "out.png", "--force", "--radius", radius});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.ErrorLines(), 1u);
+        EXPECT_NE(result.err.find(limit), std::string::npos) << result.err;
+    }
+    EXPECT_EQ(RunCommand(folder, {"blur", "in.png", "-o", "five.png", "--radius", "5"}).err, "");
+}
+
+} // namespace
