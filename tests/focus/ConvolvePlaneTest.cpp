@@ -57,11 +57,11 @@ std::vector<Size> SizesFor(const ChMatrix<float>& kernel) {
         {2 * kc + 5, kr / 2 + 1},
         {std::max(2 * kc, 1), std::max(2 * kr, 1)},
         {2 * kc + 1, 2 * kr + 1},
-        {2 * kc + 2, 2 * kr + 2},
-        {131, 2 * kr + 9},
+        {2 * kc + 2, 2 * kr + 3},
     };
-    if (kernel.Count() <= 31 * 31) {
+    if (kernel.Count() <= 31 * 31) { // the plain form takes too long for larger ones
         const Size larger[] = {
+            {131, 2 * kr + 9},
             {515, 2 * kr + 4},
             {1037, 2 * kr + 2},
             {19, 2 * kr + 120},
