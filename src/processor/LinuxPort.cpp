@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <climits>
 #include <cpuid.h>
+#include <ctime>
 #include <sched.h>
 #include <unistd.h>
+#include <x86intrin.h>
 
 namespace processor {
 namespace {
@@ -63,6 +65,27 @@ public:
     }
 
     void Yield() override { sched_yield(); }
+
+    std::uint64_t CounterFrequency() override { return NanosecondsASecond / NanosecondsATick; }
+
+    std::uint64_t Counter() override {
+        timespec now = {};
+        clock_gettime(CLOCK_MONOTONIC, &now);
+        return static_cast<std::uint64_t>(now.tv_sec) * CounterFrequency() +
+               static_cast<std::uint64_t>(now.tv_nsec) / NanosecondsATick;
+    }
+
+    std::uint64_t TimeStamp() override { return __rdtsc(); }
+
+    /// A thread may lower its priority here at will, but needs a privilege to raise it, even back to where it was. A
+    /// library has no business asking for that: the priority is left alone, and a disturbed pass is repeated instead.
+    int ThreadPriority() override { return UnknownPriority; }
+
+    void SetThreadPriority(int) override {}
+
+private:
+    static constexpr std::uint64_t NanosecondsASecond = 1000000000;
+    static constexpr std::uint64_t NanosecondsATick = 100;
 };
 
 } // namespace

@@ -19,7 +19,14 @@ struct CpuidRegisters {
     std::uint32_t edx = 0;
 };
 
-/// The machine as the census sees it. Not for use from two threads at once: the affinity is the caller's own.
+/// What `ProcessorPort::ThreadPriority` returns where the priority cannot be read.
+constexpr int UnknownPriority = 0x7FFFFFFF;
+
+/// The priority that runs before all others a thread of an ordinary process can have.
+constexpr int TimeCriticalPriority = 15;
+
+/// The machine as the census sees it. Not for use from two threads at once: affinity and priority are the
+/// caller's own.
 class ProcessorPort {
 public:
     /// Reads CPUID with EAX = `leaf` and ECX = `subleaf` into `registers`. Where the processor has no CPUID (leaf 0
@@ -41,6 +48,21 @@ public:
 
     /// Gives up the rest of the time slice; after `SetAffinity` the caller goes on where it was sent to.
     virtual void Yield() = 0;
+
+    /// Returns the ticks a second of the system's counter, or 0 where there is none.
+    virtual std::uint64_t CounterFrequency() = 0;
+
+    /// Returns the system's counter, in ticks since any time. It never stands still for long.
+    virtual std::uint64_t Counter() = 0;
+
+    /// Returns the processor's time stamp counter (RDTSC), in cycles. Only for processors that have one.
+    virtual std::uint64_t TimeStamp() = 0;
+
+    /// Returns the priority of the calling thread, or `UnknownPriority`, after which nobody may set one.
+    virtual int ThreadPriority() = 0;
+
+    /// Sets the priority of the calling thread: one that `ThreadPriority` returned, or `TimeCriticalPriority`.
+    virtual void SetThreadPriority(int priority) = 0;
 
 protected:
     ~ProcessorPort() = default; // Nobody owns a port through this class.

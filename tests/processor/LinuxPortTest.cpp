@@ -1,9 +1,11 @@
 #include "processor/ProcessorCensus.h"
 #include "processor/ProcessorPort.h"
 
+#include <cpuid.h>
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <string_view>
 
 namespace {
 
@@ -58,6 +60,35 @@ TEST(Census, CountsOfThisMachineStandAfterLoad) {
     EXPECT_EQ(CensusCoresPerPackage, coresPerPackage);
     EXPECT_EQ(CensusThreadsPerCore, threadsPerCore);
     EXPECT_GE(coresPerPackage, 1);
+}
+
+TEST(LinuxPort, CounterAndTimeStampGoOn) {
+    processor::ProcessorPort& port = MachinePort();
+    const std::uint64_t counter = port.Counter();
+    const std::uint64_t timeStamp = port.TimeStamp();
+    const std::uint64_t millisecond = port.CounterFrequency() / 1000;
+    while (port.Counter() - counter < millisecond) {
+    }
+    EXPECT_GT(port.TimeStamp() - timeStamp, 1000U); // a clock of 1 MHz
+    EXPECT_EQ(port.ThreadPriority(), processor::UnknownPriority);
+}
+
+TEST(Census, ResultsOfThisMachineStandAfterLoad) {
+    unsigned eax = 0;
+    unsigned ebx = 0;
+    unsigned ecx = 0;
+    unsigned edx = 0;
+    ASSERT_NE(__get_cpuid(1, &eax, &ebx, &ecx, &edx), 0);
+    EXPECT_EQ(ProcessorHasMMX(), (edx & bit_MMX) != 0);
+    EXPECT_EQ(ProcessorHasSSE(), (edx & bit_SSE) != 0);
+    EXPECT_EQ(ProcessorHasSSE2(), (edx & bit_SSE2) != 0);
+    EXPECT_NE(std::string_view(ProcessorVendor), "------------");
+    EXPECT_EQ(std::string_view(ProcessorVendor).size(), 12U);
+    EXPECT_EQ(&ProcessorName, &processor::MachineResults.name);
+    EXPECT_GT(ProcessorMHz, 100U); // a frequency misread by a power of ten is outside
+    EXPECT_LT(ProcessorMHz, 10000U);
+    EXPECT_GE(ProcessorHTStatus, 0);
+    EXPECT_LE(ProcessorHTStatus, 4);
 }
 
 } // namespace
