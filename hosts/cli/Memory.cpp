@@ -52,21 +52,29 @@ std::int64_t NumberIn(const char* path, std::int64_t otherwise) {
     return std::ifstream(path) >> number ? number : otherwise;
 }
 
-std::int64_t SystemFreeBytes() {
-    std::ifstream file("/proc/meminfo");
+/// The number after the word `key` in a file, or `otherwise` where there is none.
+std::int64_t NumberAfter(const char* path, std::string_view key, std::int64_t otherwise) {
+    std::ifstream file(path);
     std::string word;
     while (file >> word) {
-        std::int64_t kibibytes = 0;
-        if (word == "MemAvailable:" && file >> kibibytes) {
-            return kibibytes * 1024;
+        std::int64_t number = 0;
+        if (word == key && file >> number) {
+            return number;
         }
     }
-    return Unlimited;
+    return otherwise;
+}
+
+std::int64_t SystemFreeBytes() {
+    const std::int64_t kibibytes = NumberAfter("/proc/meminfo", "MemAvailable:", -1);
+    return kibibytes < 0 ? Unlimited : kibibytes * 1024;
 }
 
 std::int64_t ControlGroupFreeBytes() {
     const std::int64_t limit = NumberIn("/sys/fs/cgroup/memory.max", Unlimited);
-    return limit == Unlimited ? Unlimited : limit - NumberIn("/sys/fs/cgroup/memory.current", 0);
+    // Cached files count as used and are given up on demand.
+    const std::int64_t cached = NumberAfter("/sys/fs/cgroup/memory.stat", "inactive_file", 0);
+    return limit == Unlimited ? Unlimited : limit - NumberIn("/sys/fs/cgroup/memory.current", 0) + cached;
 }
 
 std::int64_t AddressSpaceFreeBytes() {

@@ -72,7 +72,7 @@ std::string BlurCaution(const Settings& settings) {
             weights += static_cast<std::int64_t>(kernel.At(i, j) * 65536.0f);
         }
     }
-    const std::int64_t lowest = ((std::int64_t{1} << 31) + weights - 1) / weights;
+    const std::int64_t lowest = ((std::int64_t{1} << 31) - 1) / std::max<std::int64_t>(weights, 1) + 1;
     return "--radius " + std::to_string(settings.radius) + ": areas with samples of " + std::to_string(lowest) +
            " and more can turn black, because sums wrap at 32 bits; the largest radius without this is " +
            std::to_string(LargestSafeBlurRadius);
@@ -138,7 +138,10 @@ const std::vector<Verb>& Table() {
          WithPictureOptions({{"--radius", "N", "radius of the defocus in pixels, at most the picture's smaller side",
                               WholeNumber{&Settings::radius, 1, LargestDeblurRadius}}}),
          PixelOperation{DeBlur, RadiusMisfit, RadiusWorkingBytes, NoCaution}},
-        {"info", "print the version and what is known of the processor", {}, PrintInfo},
+        {"info",
+         "print the version and what is known of the processor",
+         {{"--json", "", "print a JSON object instead of text", &Settings::json}},
+         PrintInfo},
     };
     return table;
 }
