@@ -22,6 +22,14 @@ std::string DefaultOf(const OptionRow& row) {
     return number ? " (default " + std::to_string(Settings{}.*number->field) + ")" : "";
 }
 
+/// What follows the verb on the command line.
+std::string Usage(const Verb& verb) {
+    if (std::holds_alternative<PixelOperation>(verb.action)) {
+        return "[OPTIONS] IN... \\-o OUT\n";
+    }
+    return verb.options.empty() ? "" : "[OPTIONS]\n";
+}
+
 std::string VerbSection(const Verb& verb) {
     std::string page = ".SS " + Roff(verb.name) + "\n" + Roff(verb.summary) + ".\n";
     for (const OptionRow& row : verb.options) {
@@ -50,8 +58,7 @@ std::string ManPage() {
     std::string page = ".TH CLARIBOX 1 \"\" \"claribox " CLARIBOX_VERSION "\"\n"
                        ".SH NAME\nclaribox \\- blurs, sharpens and restores pictures\n.SH SYNOPSIS\n";
     for (const Verb& verb : Verbs()) {
-        page += ".B claribox " + Roff(verb.name) + "\n" + (verb.options.empty() ? "" : "[OPTIONS] IN... \\-o OUT\n") +
-                ".br\n";
+        page += ".B claribox " + Roff(verb.name) + "\n" + Usage(verb) + ".br\n";
     }
     page += ".SH DESCRIPTION\n"
             "One verb is one operation. EXIF orientation is applied to the pixels; EXIF, ICC profile, XMP and "

@@ -16,6 +16,7 @@ struct Settings {
     int jobs = 0; ///< 0: one for each processor
     bool force = false;
     bool strict = false;
+    bool json = false;
 };
 
 } // namespace cli

@@ -51,7 +51,7 @@ struct Verb {
     const char* name;
     const char* summary;
     std::vector<OptionRow> options;
-    std::variant<PixelOperation, int (*)()> action; ///< a function prints and returns the exit status
+    std::variant<PixelOperation, int (*)(const Settings&)> action; ///< a function prints and returns the exit status
 };
 
 std::span<const Verb> Verbs();

@@ -32,8 +32,8 @@ int main(int argc, char** argv) {
         if (!request) {
             return cli::ExitDone;
         }
-        if (const auto* print = std::get_if<int (*)()>(&request->verb->action)) {
-            return (*print)();
+        if (const auto* print = std::get_if<int (*)(const cli::Settings&)>(&request->verb->action)) {
+            return (*print)(request->settings);
         }
         cli::InstallSignalHandlers();
         PrepareVips(argv[0]);
