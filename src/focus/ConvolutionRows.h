@@ -3,6 +3,7 @@
 
 #include "simd/VectorClass.h"
 
+#include <cstddef>
 #include <cstdint>
 
 namespace focus {
@@ -11,41 +12,44 @@ namespace focus {
 /// they need no tail loops.
 inline constexpr int kRowSlack = 64;
 
-/// One coefficient of a sparse or asymmetric kernel and the source samples it meets.
+/// One coefficient of a sparse or asymmetric kernel.
 struct Tap {
-    const std::uint8_t* samples; ///< sample of output column 0
-    std::uint32_t coefficient;   ///< 16.16, two's complement
+    std::ptrdiff_t offset;     ///< from the sample at the output column to the one that meets the coefficient
+    std::uint32_t coefficient; ///< 16.16, two's complement
 };
 
-/// Two source rows above the pixel's row and their mirror images below it.
-struct MirroredRows {
-    const std::uint8_t* above[2];
-    const std::uint8_t* below[2];
-};
-
-/// A row of a mirrored kernel's sums. Pair p holds, for each column, the folded samples of kernel rows 2p and 2p+1
-/// from the middle, two 16-bit numbers side by side, with `half` columns of margin on either end.
-struct FoldedSums {
-    const std::uint32_t* pairs;
-    int pairStride; ///< columns from one pair row to the next
-    int pairCount;
-    int half;                          ///< columns left and right of the middle
-    const std::uint32_t* coefficients; ///< for each pair, for each distance 0..half: those of the two rows, as a pair
-    bool addBox;                       ///< every coefficient is 65536 more than it says
+/// A kernel that equals its mirror images, and the layout of its folded rows.
+///
+/// A folded row is made of planes of `columns` elements. Plane p holds, for each column, the sum of the two samples at
+/// distance 2p to its left and right and that at distance 2p + 1, two 16-bit numbers side by side, the first in the
+/// low half (at distance 0: the sample alone). With a box there is one more plane: 65536 times the sum of all samples
+/// that the kernel's width covers, added up over all folded rows so far, modulo 2^32.
+struct MirroredKernel {
+    int halfRows; ///< rows above the middle, and below
+    int halfCols;
+    int pairCount;                     ///< halfCols / 2 + 1
+    int columns;                       ///< a multiple of kRowSlack
+    std::ptrdiff_t rowStride;          ///< elements from one folded row to the next
+    bool hasBox;                       ///< every coefficient is 65536 more than it says
+    const std::uint32_t* coefficients; ///< for each row from the middle, for each pair: those of the two distances
 };
 
 struct ConvolutionRows {
-    /// Stores above + below of both rows as pairs, the first row's number in the low half.
-    void (*FoldRows)(const MirroredRows& rows, std::uint32_t* pairs, int count);
+    /// Folds `count` samples and their neighbours; with a box it reads the folded row before.
+    void (*FoldRow)(const MirroredKernel& kernel, const std::uint8_t* samples, std::uint32_t* folded, int count);
 
-    /// sums[x] = the mirrored kernel's sum of products at column x, modulo 2^32.
-    void (*SumFolded)(const FoldedSums& folded, std::int32_t* sums, int count);
+    /// sums[x] = the mirrored kernel's sum of products at column x of the folded row `middle`, modulo 2^32. Reads
+    /// halfRows folded rows below it and as many above, with a box one more.
+    void (*SumFolded)(const MirroredKernel& kernel, const std::uint32_t* middle, std::int32_t* sums, int count);
 
-    /// sums[x] = the sum of coefficient times samples[x] over all taps, modulo 2^32.
-    void (*SumTaps)(const Tap* taps, int tapCount, std::int32_t* sums, int count);
+    /// sums[x] = the sum of coefficient times samples[x + offset] over all taps, modulo 2^32.
+    void (*SumTaps)(const std::uint8_t* samples, const Tap* taps, int tapCount, std::int32_t* sums, int count);
 
     /// samples[x] = sums[x] * reciprocals[x], truncated toward zero and saturated to 0..255. Writes no slack.
     void (*PackQuotients)(const std::int32_t* sums, const double* reciprocals, std::uint8_t* samples, int count);
+
+    /// The same with one reciprocal for all.
+    void (*PackQuotientsByOne)(const std::int32_t* sums, double reciprocal, std::uint8_t* samples, int count);
 };
 
 CLARIBOX_VECTOR_VARIANTS(ConvolutionRows, kConvolutionRows, ActiveConvolutionRows)

@@ -9,81 +9,119 @@ namespace {
 
 using namespace simd::CLARIBOX_VECTOR_CLASS;
 
+constexpr int kStep = kLanes<std::uint32_t>;
 constexpr int kBlock = 4; // vectors of sums that one pass keeps in registers
 
-void FoldRows(const MirroredRows& rows, std::uint32_t* pairs, int count) {
-    for (int x = 0; x < count; x += kLanes<std::uint32_t>) {
-        const U32 first = LoadWidenedU8(rows.above[0] + x) + LoadWidenedU8(rows.below[0] + x);
-        const U32 second = LoadWidenedU8(rows.above[1] + x) + LoadWidenedU8(rows.below[1] + x);
-        Store(pairs + x, first | second << 16);
+template <bool hasBox>
+void FoldRowWith(const MirroredKernel& kernel, const std::uint8_t* samples, std::uint32_t* folded, int count) {
+    const auto atDistance = [](const std::uint8_t* at, int j) { return LoadWidenedU8(at - j) + LoadWidenedU8(at + j); };
+    for (int x = 0; x < count; x += kStep) {
+        const std::uint8_t* const at = samples + x;
+        std::uint32_t* plane = folded + x;
+        U16 box = {}; // sums of even and odd distances apart, modulo 2^16
+        for (int p = 0; p < kernel.pairCount; ++p, plane += kernel.columns) {
+            U32 pair = p == 0 ? LoadWidenedU8(at) : atDistance(at, 2 * p);
+            if (2 * p < kernel.halfCols) {
+                pair |= atDistance(at, 2 * p + 1) << 16;
+            }
+            Store(plane, pair);
+            if (hasBox) {
+                box += reinterpret_cast<U16>(pair);
+            }
+        }
+        if (hasBox) {
+            const U32 both = reinterpret_cast<U32>(box);
+            Store(plane, Load<U32>(plane - kernel.rowStride) + (both << 16) + (both & 0xFFFF0000u));
+        }
     }
 }
 
-template <bool addBox>
-void SumFoldedBlock(const FoldedSums& folded, const std::uint32_t* pairs, std::int32_t* sums) {
+void FoldRow(const MirroredKernel& kernel, const std::uint8_t* samples, std::uint32_t* folded, int count) {
+    (kernel.hasBox ? FoldRowWith<true> : FoldRowWith<false>)(kernel, samples, folded, count);
+}
+
+void SumFoldedBlock(const MirroredKernel& kernel, const std::uint32_t* middle, std::int32_t* sums) {
     I32 sum[kBlock] = {};
-    I16 box[kBlock] = {}; // sums of all folded samples, of even and odd rows apart, modulo 2^16
-    const std::uint32_t* coefficients = folded.coefficients;
-    for (int p = 0; p < folded.pairCount; ++p, pairs += folded.pairStride) {
-        const std::uint32_t* middle = pairs + folded.half;
-        for (int j = 0; j <= folded.half; ++j) {
+    if (kernel.hasBox) {
+        const std::uint32_t* const box = middle + kernel.pairCount * kernel.columns;
+        const std::uint32_t* const last = box + kernel.halfRows * kernel.rowStride;
+        const std::uint32_t* const before = box - (kernel.halfRows + 1) * kernel.rowStride;
+        for (int k = 0; k < kBlock; ++k) {
+            sum[k] = reinterpret_cast<I32>(Load<U32>(last + k * kStep) - Load<U32>(before + k * kStep));
+        }
+    }
+    const std::uint32_t* coefficients = kernel.coefficients;
+    for (int p = 0; p < kernel.pairCount; ++p) {
+        const I16 weights = reinterpret_cast<I16>(U32{} + *coefficients++);
+        for (int k = 0; k < kBlock; ++k) {
+            const I16 samples = Load<I16>(middle + p * kernel.columns + k * kStep);
+            sum[k] = AddProductPairs(sum[k], samples, weights);
+        }
+    }
+    for (int i = 1; i <= kernel.halfRows; ++i) {
+        const std::uint32_t* above = middle - i * kernel.rowStride;
+        const std::uint32_t* below = middle + i * kernel.rowStride;
+        for (int p = 0; p < kernel.pairCount; ++p, above += kernel.columns, below += kernel.columns) {
             const I16 weights = reinterpret_cast<I16>(U32{} + *coefficients++);
             for (int k = 0; k < kBlock; ++k) {
-                const std::uint32_t* at = middle + k * kLanes<std::uint32_t>;
-                I16 samples = Load<I16>(at + j);
-                if (j > 0) {
-                    samples += Load<I16>(at - j);
-                }
-                sum[k] = WrappingAdd(sum[k], MultiplyAddPairs(samples, weights));
-                if (addBox) {
-                    box[k] = WrappingAdd(box[k], samples);
-                }
+                const I16 samples = Load<I16>(above + k * kStep) + Load<I16>(below + k * kStep);
+                sum[k] = AddProductPairs(sum[k], samples, weights);
             }
         }
     }
     for (int k = 0; k < kBlock; ++k) {
-        if (addBox) {
-            const U32 both = reinterpret_cast<U32>(box[k]);
-            sum[k] = WrappingAdd(sum[k], reinterpret_cast<I32>((both << 16) + (both & 0xFFFF0000u)));
-        }
-        Store(sums + k * kLanes<std::int32_t>, sum[k]);
+        Store(sums + k * kStep, sum[k]);
     }
 }
 
-void SumFolded(const FoldedSums& folded, std::int32_t* sums, int count) {
-    const auto sumBlock = folded.addBox ? SumFoldedBlock<true> : SumFoldedBlock<false>;
-    for (int x = 0; x < count; x += kBlock * kLanes<std::int32_t>) {
-        sumBlock(folded, folded.pairs + x, sums + x);
+void SumFolded(const MirroredKernel& kernel, const std::uint32_t* middle, std::int32_t* sums, int count) {
+    for (int x = 0; x < count; x += kBlock * kStep) {
+        SumFoldedBlock(kernel, middle + x, sums + x);
     }
 }
 
-void SumTaps(const Tap* taps, int tapCount, std::int32_t* sums, int count) {
-    for (int x = 0; x < count; x += kBlock * kLanes<std::int32_t>) {
+void SumTaps(const std::uint8_t* samples, const Tap* taps, int tapCount, std::int32_t* sums, int count) {
+    for (int x = 0; x < count; x += kBlock * kStep) {
         U32 sum[kBlock] = {};
         for (int t = 0; t < tapCount; ++t) {
-            const std::uint8_t* at = taps[t].samples + x;
+            const std::uint8_t* at = samples + x + taps[t].offset;
             for (int k = 0; k < kBlock; ++k) {
-                sum[k] += LoadWidenedU8(at + k * kLanes<std::uint32_t>) * taps[t].coefficient;
+                sum[k] += LoadWidenedU8(at + k * kStep) * taps[t].coefficient;
             }
         }
         for (int k = 0; k < kBlock; ++k) {
-            Store(sums + x + k * kLanes<std::int32_t>, sum[k]);
+            Store(sums + x + k * kStep, sum[k]);
         }
     }
 }
 
-void PackQuotients(const std::int32_t* __restrict sums, const double* __restrict reciprocals,
-                   std::uint8_t* __restrict samples, int count) {
-    for (int x = 0; x < count; ++x) {
-        double quotient = static_cast<double>(sums[x]) * reciprocals[x];
-        quotient = quotient > 0.0 ? quotient : 0.0;
-        quotient = quotient < 255.0 ? quotient : 255.0;
-        samples[x] = static_cast<std::uint8_t>(static_cast<std::int32_t>(quotient));
+// `factorsAt(x)` are the reciprocals of one vector of sums.
+template <typename FactorsAt>
+void PackQuotientsWith(const std::int32_t* sums, std::uint8_t* samples, int count, FactorsAt factorsAt) {
+    int x = 0;
+    for (; x <= count - kStep; x += kStep) {
+        StoreProductsAsU8(samples + x, Load<I32>(sums + x), factorsAt(x));
     }
+    if (x < count) {
+        std::uint8_t last[kStep];
+        StoreProductsAsU8(last, Load<I32>(sums + x), factorsAt(x));
+        __builtin_memcpy(samples + x, last, static_cast<std::size_t>(count - x));
+    }
+}
+
+void PackQuotients(const std::int32_t* sums, const double* reciprocals, std::uint8_t* samples, int count) {
+    PackQuotientsWith(sums, samples, count, [reciprocals](int x) {
+        return F64Pair{Load<F64>(reciprocals + x), Load<F64>(reciprocals + x + kStep / 2)};
+    });
+}
+
+void PackQuotientsByOne(const std::int32_t* sums, double reciprocal, std::uint8_t* samples, int count) {
+    const F64 all = F64{} + reciprocal;
+    PackQuotientsWith(sums, samples, count, [all](int) { return F64Pair{all, all}; });
 }
 
 } // namespace
 
-const ConvolutionRows kConvolutionRows = {FoldRows, SumFolded, SumTaps, PackQuotients};
+const ConvolutionRows kConvolutionRows = {FoldRow, SumFolded, SumTaps, PackQuotients, PackQuotientsByOne};
 
 } // namespace focus::CLARIBOX_VECTOR_CLASS

@@ -7,6 +7,10 @@ namespace {
 
 constexpr std::int32_t kBoxCoefficient = 65536;
 
+// What one output row needs of the folded rows should leave room in a first-level cache of 32 KiB or more.
+constexpr int kCachedBytes = 24 << 10;
+constexpr int kMostColumns = 512;
+
 bool FitsInto16Bits(const QuantisedKernel& kernel, std::int32_t base) {
     for (int i = 0; i < kernel.Rows(); ++i) {
         for (int j = 0; j < kernel.Cols(); ++j) {
@@ -19,61 +23,92 @@ bool FitsInto16Bits(const QuantisedKernel& kernel, std::int32_t base) {
     return true;
 }
 
+// All but the coefficients.
+MirroredKernel LayoutOf(const QuantisedKernel& kernel) {
+    MirroredKernel layout{};
+    layout.halfRows = kernel.RowsAbove();
+    layout.halfCols = kernel.ColsLeft();
+    layout.pairCount = layout.halfCols / 2 + 1;
+    layout.hasBox = !FitsInto16Bits(kernel, 0);
+    const int planes = layout.pairCount + (layout.hasBox ? 1 : 0);
+    const int cached = kCachedBytes / (kernel.Rows() * planes * static_cast<int>(sizeof(std::uint32_t)));
+    layout.columns = std::clamp(cached / kRowSlack * kRowSlack, kRowSlack, kMostColumns);
+    layout.rowStride = std::ptrdiff_t{planes} * layout.columns;
+    return layout;
+}
+
+// For each row from the middle and each pair of distances from the middle column, less the box's part, as 16 bits; 0
+// for the distance that an odd count of them lacks.
+std::vector<std::uint32_t> PairedCoefficients(const QuantisedKernel& kernel, const MirroredKernel& layout) {
+    const std::int32_t base = layout.hasBox ? kBoxCoefficient : 0;
+    const auto remainder = [&](int i, int j) {
+        return j <= layout.halfCols
+                   ? static_cast<std::uint16_t>(kernel.At(layout.halfRows + i, layout.halfCols + j) - base)
+                   : std::uint16_t{0};
+    };
+    std::vector<std::uint32_t> coefficients;
+    for (int i = 0; i <= layout.halfRows; ++i) {
+        for (int pair = 0; pair < layout.pairCount; ++pair) {
+            coefficients.push_back(remainder(i, 2 * pair) | std::uint32_t{remainder(i, 2 * pair + 1)} << 16);
+        }
+    }
+    return coefficients;
+}
+
 } // namespace
 
 bool MirroredSums::Serves(const QuantisedKernel& kernel) {
     return kernel.IsMirrored() && (FitsInto16Bits(kernel, 0) || FitsInto16Bits(kernel, kBoxCoefficient));
 }
 
-MirroredSums::MirroredSums(const QuantisedKernel& kernel)
-    : m_halfRows(kernel.RowsAbove()), m_halfCols(kernel.ColsLeft()), m_hasBox(!FitsInto16Bits(kernel, 0)) {
-    // Coefficient at distance (i, j) from the middle, as 16 bits; 0 for the row that an even count lacks.
-    const auto remainder = [&](int i, int j) {
-        const std::int32_t base = m_hasBox ? kBoxCoefficient : 0;
-        return i <= m_halfRows ? static_cast<std::uint16_t>(kernel.At(m_halfRows + i, m_halfCols + j) - base)
-                               : std::uint16_t{0};
-    };
-    for (int pair = 0; pair < PairCount(); ++pair) {
-        for (int j = 0; j <= m_halfCols; ++j) {
-            m_coefficients.push_back(remainder(2 * pair, j) | std::uint32_t{remainder(2 * pair + 1, j)} << 16);
-        }
-    }
-    m_pairs.resize(static_cast<std::size_t>(PairStride()) * static_cast<std::size_t>(PairCount()));
+MirroredSums::MirroredSums(const QuantisedKernel& kernel, const SourceBand& band)
+    : m_band(band), m_layout(LayoutOf(kernel)) {
+    m_coefficients = PairedCoefficients(kernel, m_layout);
+    m_layout.coefficients = m_coefficients.data();
+    m_folded.resize(static_cast<std::size_t>(1 + kernel.Rows() - 1 + band.Capacity()) *
+                    static_cast<std::size_t>(m_layout.rowStride));
 }
 
-void MirroredSums::operator()(const RowRing& ring, int y, int x, int count, std::int32_t* sums) {
-    const auto rowAt = [&](int row) { return ring.Row(row) + x - m_halfCols; };
-    const std::uint8_t* const zeros = rowAt(-1);
-    for (int pair = 0; pair < PairCount(); ++pair) {
-        MirroredRows rows;
-        for (int k = 0; k < 2; ++k) {
-            const int i = 2 * pair + k;
-            rows.above[k] = i <= m_halfRows ? rowAt(y - i) : zeros;
-            rows.below[k] = i <= m_halfRows && i > 0 ? rowAt(y + i) : zeros;
-        }
-        m_rows.FoldRows(rows, m_pairs.data() + pair * PairStride(), count + 2 * m_halfCols);
+void MirroredSums::StartTile(int x, int count) {
+    m_count = count;
+    m_foldedRows = 0;
+    m_nextSource = m_band.Row(m_band.First() - m_layout.halfRows) + x;
+    for (int k = 0; k < 2 * m_layout.halfRows; ++k) {
+        FoldNextRow();
     }
-    m_rows.SumFolded({m_pairs.data(), PairStride(), PairCount(), m_halfCols, m_coefficients.data(), m_hasBox}, sums,
-                     count);
 }
 
-TapSums::TapSums(const QuantisedKernel& kernel) {
+void MirroredSums::FoldNextRow() {
+    ++m_foldedRows;
+    m_rows.FoldRow(m_layout, m_nextSource, FoldedRow(m_foldedRows), m_count);
+    m_nextSource += m_band.Stride();
+}
+
+void MirroredSums::SumNextRow(std::int32_t* sums) {
+    FoldNextRow();
+    m_rows.SumFolded(m_layout, FoldedRow(m_foldedRows - m_layout.halfRows), sums, m_count);
+}
+
+TapSums::TapSums(const QuantisedKernel& kernel, const SourceBand& band) : m_band(band) {
     for (int i = 0; i < kernel.Rows(); ++i) {
         for (int j = 0; j < kernel.Cols(); ++j) {
             if (kernel.At(i, j) != 0) {
-                m_places.push_back(
-                    {i - kernel.RowsAbove(), j - kernel.ColsLeft(), static_cast<std::uint32_t>(kernel.At(i, j))});
+                const auto rows = static_cast<std::ptrdiff_t>(i) - kernel.RowsAbove();
+                m_taps.push_back({rows * static_cast<std::ptrdiff_t>(band.Stride()) + j - kernel.ColsLeft(),
+                                  static_cast<std::uint32_t>(kernel.At(i, j))});
             }
         }
     }
-    m_taps.resize(m_places.size());
 }
 
-void TapSums::operator()(const RowRing& ring, int y, int x, int count, std::int32_t* sums) {
-    std::transform(m_places.begin(), m_places.end(), m_taps.begin(), [&](const Place& place) {
-        return Tap{ring.Row(y + place.dy) + x + place.dx, place.coefficient};
-    });
-    m_rows.SumTaps(m_taps.data(), static_cast<int>(m_taps.size()), sums, count);
+void TapSums::StartTile(int x, int count) {
+    m_count = count;
+    m_nextSource = m_band.Row(m_band.First()) + x;
+}
+
+void TapSums::SumNextRow(std::int32_t* sums) {
+    m_rows.SumTaps(m_nextSource, m_taps.data(), static_cast<int>(m_taps.size()), sums, m_count);
+    m_nextSource += m_band.Stride();
 }
 
 } // namespace focus

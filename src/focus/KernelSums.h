@@ -1,62 +1,68 @@
 // The two ways in which the spatial filter forms its sums of products, chosen by the shape of the kernel.
+//
+// Both work down a tile: some columns of a band of rows, few enough that what they need stays in the first-level cache.
+// StartTile() takes the column where the tile begins and their number, at most TileColumns(); SumNextRow() then stores
+// the sums of the tile's rows, one at a call from the top down, into `sums` with kRowSlack elements to spare.
 #pragma once
 
 #include "ConvolutionRows.h"
 #include "QuantisedKernel.h"
-#include "RowRing.h"
+#include "SourceBand.h"
+#include "simd/AlignedVector.h"
 
 #include <cstdint>
 #include <vector>
 
 namespace focus {
 
-/// Columns of a row that are worked on at once, so that folded rows and sums stay in the first-level cache.
-inline constexpr int kTileColumns = 512;
-
-/// Sums for kernels that equal their mirror images, as those of focus are. Samples at mirrored places are added first,
-/// two kernel rows at a time, and then meet their common coefficient in a 16-bit multiply-add: an eighth of the
-/// multiplications. A blur's coefficients lie between 0.7 and 1 and need 17 bits; they are split as 65536 plus a
-/// 16-bit remainder, and the first part is a plain sum of the samples.
+/// Sums for kernels that equal their mirror images, as those of focus are. Each source row is folded once about every
+/// column: the samples at equal distances to the left and right are added, two distances side by side. Rows so folded
+/// are then added about the middle row and meet their common coefficients in a 16-bit multiply-add: an eighth of the
+/// multiplications, and every load aligned. A blur's coefficients lie between 0.7 and 1 and need 17 bits; they are
+/// split as 65536 plus a 16-bit remainder, and the first part is a box: the difference of two running sums.
 class MirroredSums {
 public:
     /// True if the kernel is mirrored and its coefficients, or what is left of them after 65536, fit into 16 bits.
     static bool Serves(const QuantisedKernel& kernel);
 
-    explicit MirroredSums(const QuantisedKernel& kernel);
+    MirroredSums(const QuantisedKernel& kernel, const SourceBand& band);
 
-    /// Stores the sums at columns x .. x + count - 1 of row y; count is at most kTileColumns.
-    void operator()(const RowRing& ring, int y, int x, int count, std::int32_t* sums);
+    int TileColumns() const { return m_layout.columns; }
+    void StartTile(int x, int count);
+    void SumNextRow(std::int32_t* sums);
 
 private:
-    int PairCount() const { return m_halfRows / 2 + 1; }
-    int PairStride() const { return kTileColumns + 2 * m_halfCols + kRowSlack; }
+    std::uint32_t* FoldedRow(int index) {
+        return m_folded.data() + static_cast<std::ptrdiff_t>(index) * m_layout.rowStride;
+    }
+    void FoldNextRow();
 
-    int m_halfRows;
-    int m_halfCols;
-    bool m_hasBox;
-    std::vector<std::uint32_t> m_coefficients;
-    std::vector<std::uint32_t> m_pairs;
+    const SourceBand& m_band;
     const ConvolutionRows& m_rows = ActiveConvolutionRows();
+    std::vector<std::uint32_t> m_coefficients;
+    MirroredKernel m_layout;
+    simd::AlignedVector<std::uint32_t> m_folded; // the first row only begins the running sums
+    int m_count = 0;
+    int m_foldedRows = 0;
+    const std::uint8_t* m_nextSource = nullptr;
 };
 
 /// Sums for any kernel: one 32-bit multiplication a coefficient that is not zero. A motion kernel of length 15 has
 /// about 20 of them among its 961.
 class TapSums {
 public:
-    explicit TapSums(const QuantisedKernel& kernel);
+    TapSums(const QuantisedKernel& kernel, const SourceBand& band);
 
-    /// As MirroredSums.
-    void operator()(const RowRing& ring, int y, int x, int count, std::int32_t* sums);
+    int TileColumns() const { return 512; }
+    void StartTile(int x, int count);
+    void SumNextRow(std::int32_t* sums);
 
 private:
-    struct Place {
-        int dy;
-        int dx;
-        std::uint32_t coefficient;
-    };
-    std::vector<Place> m_places;
-    std::vector<Tap> m_taps;
+    const SourceBand& m_band;
     const ConvolutionRows& m_rows = ActiveConvolutionRows();
+    std::vector<Tap> m_taps;
+    int m_count = 0;
+    const std::uint8_t* m_nextSource = nullptr;
 };
 
 } // namespace focus

@@ -19,6 +19,16 @@ QuantisedKernel::QuantisedKernel(const ChMatrix<float>& kernel)
     : m_rows(kernel.m_Rows), m_cols(kernel.m_Cols), m_coefficients(kernel.Count()) {
     std::transform(kernel.m_Data, kernel.m_Data + kernel.Count(), m_coefficients.begin(),
                    [](float c) { return TruncateToS32(static_cast<double>(c) * 65536.0); });
+    const auto cornersPerRow = static_cast<std::size_t>(m_cols) + 1;
+    m_corners.assign(cornersPerRow, 0);
+    for (int i = 0; i < m_rows; ++i) {
+        std::uint32_t row = 0;
+        m_corners.push_back(0);
+        for (int j = 0; j < m_cols; ++j) {
+            row += static_cast<std::uint32_t>(At(i, j));
+            m_corners.push_back(m_corners[m_corners.size() - cornersPerRow] + row);
+        }
+    }
 }
 
 bool QuantisedKernel::IsMirrored() const {
@@ -35,37 +45,13 @@ bool QuantisedKernel::IsMirrored() const {
     return true;
 }
 
-void QuantisedKernel::FillReciprocals(int firstRow, int lastRow, int width, double* reciprocals) const {
-    // sums[j] is the weight of all columns before j.
-    std::vector<std::uint32_t> sums(static_cast<std::size_t>(m_cols) + 1, 0);
-    for (int j = 0; j < m_cols; ++j) {
-        std::uint32_t column = 0;
-        for (int i = firstRow; i < lastRow; ++i) {
-            column += static_cast<std::uint32_t>(At(i, j));
-        }
-        sums[static_cast<std::size_t>(j) + 1] = sums[static_cast<std::size_t>(j)] + column;
-    }
-    const auto reciprocalAt = [&](int x) {
-        const int first = std::clamp(ColsLeft() - x, 0, m_cols);
-        const int last = std::clamp(width - x + ColsLeft(), 0, m_cols);
-        return Reciprocal(
-            static_cast<std::int32_t>(sums[static_cast<std::size_t>(last)] - sums[static_cast<std::size_t>(first)]));
+std::int32_t QuantisedKernel::Weight(int firstRow, int endRow, int firstCol, int endCol) const {
+    const auto corner = [this](int row, int col) {
+        return m_corners[static_cast<std::size_t>(row) * (static_cast<std::size_t>(m_cols) + 1) +
+                         static_cast<std::size_t>(col)];
     };
-    const int interiorBegin = std::min(ColsLeft(), width);
-    const int interiorEnd = std::max(interiorBegin, width - ColsLeft());
-    for (int x = 0; x < interiorBegin; ++x) {
-        reciprocals[x] = reciprocalAt(x);
-    }
-    if (interiorBegin < interiorEnd) {
-        std::fill(reciprocals + interiorBegin, reciprocals + interiorEnd, reciprocalAt(interiorBegin));
-    }
-    for (int x = interiorEnd; x < width; ++x) {
-        reciprocals[x] = reciprocalAt(x);
-    }
-}
-
-double Reciprocal(std::int32_t divisor) {
-    return divisor == 0 ? 0.0 : 1.0 / static_cast<double>(divisor) * (1.0 + 0x1p-50);
+    return static_cast<std::int32_t>(corner(endRow, endCol) - corner(firstRow, endCol) - corner(endRow, firstCol) +
+                                     corner(firstRow, firstCol));
 }
 
 } // namespace focus

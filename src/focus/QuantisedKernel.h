@@ -29,19 +29,14 @@ public:
     /// True if both sides are odd and the kernel equals its mirror images left to right and top to bottom.
     bool IsMirrored() const;
 
-    /// Sets `reciprocals[x]`, for each of `width` pixels of a row, to the reciprocal of the sum of the weights that
-    /// lie inside the picture, when kernel rows `firstRow` up to but not including `lastRow` do. See Reciprocal().
-    void FillReciprocals(int firstRow, int lastRow, int width, double* reciprocals) const;
+    /// The sum of the coefficients in rows `firstRow` up to but not including `endRow`, and columns likewise.
+    std::int32_t Weight(int firstRow, int endRow, int firstCol, int endCol) const;
 
 private:
     int m_rows;
     int m_cols;
     std::vector<std::int32_t> m_coefficients;
+    std::vector<std::uint32_t> m_corners; ///< one row and column more: weights of all rows above and columns left
 };
-
-/// A factor r such that n * r, truncated toward zero, is the integer quotient n / divisor for every 32-bit n: the
-/// nearest double of 1/divisor, raised by 2^-50 of itself so that exact multiples never fall short. The error stays
-/// below 2^31 * 2^-49 / |divisor| and so below the distance to the next multiple. A divisor of 0 gives 0.
-double Reciprocal(std::int32_t divisor);
 
 } // namespace focus

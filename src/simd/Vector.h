@@ -14,7 +14,15 @@
 #include <cstdint>
 
 #if !defined(CLARIBOX_VECTOR_Portable)
+// The 512-bit intrinsics of g++ 12 begin with registers left undefined on purpose, and its warning finds them.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
+#endif
 #include <immintrin.h>
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
 #endif
 
 namespace simd::CLARIBOX_VECTOR_CLASS {
@@ -39,6 +47,7 @@ struct VectorOf {
 
 using I16 = VectorOf<std::int16_t, kLanes<std::int16_t>>::Type;
 using I32 = VectorOf<std::int32_t, kLanes<std::int32_t>>::Type;
+using I64 = VectorOf<std::int64_t, kLanes<std::int64_t>>::Type;
 using U16 = VectorOf<std::uint16_t, kLanes<std::uint16_t>>::Type;
 using U32 = VectorOf<std::uint32_t, kLanes<std::uint32_t>>::Type;
 using F32 = VectorOf<float, kLanes<float>>::Type;
@@ -97,6 +106,113 @@ inline I32 MultiplyAddPairs(I16 a, I16 b) {
     const I32 oddA = reinterpret_cast<I32>(a) >> 16;
     const I32 oddB = reinterpret_cast<I32>(b) >> 16;
     return evenA * evenB + oddA * oddB;
+#endif
+}
+
+/// a * b + c, the sum taken in more than single precision and rounded once.
+inline float MultiplyAdd(float a, float b, float c) {
+#if defined(__FMA__)
+    return __builtin_fmaf(a, b, c);
+#else
+    return static_cast<float>(static_cast<double>(a) * static_cast<double>(b) + static_cast<double>(c));
+#endif
+}
+inline F32 MultiplyAdd(F32 a, F32 b, F32 c) {
+#if defined(CLARIBOX_VECTOR_AVX512)
+    return reinterpret_cast<F32>(_mm512_fmadd_ps(a, b, c));
+#elif defined(CLARIBOX_VECTOR_AVX2)
+    return reinterpret_cast<F32>(_mm256_fmadd_ps(a, b, c));
+#elif defined(CLARIBOX_VECTOR_SSE2)
+    const auto half = [](__m128 x, __m128 y, __m128 z) {
+        return _mm_cvtpd_ps(_mm_add_pd(_mm_mul_pd(_mm_cvtps_pd(x), _mm_cvtps_pd(y)), _mm_cvtps_pd(z)));
+    };
+    return _mm_movelh_ps(half(a, b, c), half(_mm_movehl_ps(a, a), _mm_movehl_ps(b, b), _mm_movehl_ps(c, c)));
+#else
+    F32 result;
+    for (int k = 0; k < kLanes<float>; ++k) {
+        result[k] = MultiplyAdd(a[k], b[k], c[k]);
+    }
+    return result;
+#endif
+}
+
+/// sum + MultiplyAddPairs(a, b); the addition wraps.
+inline I32 AddProductPairs(I32 sum, I16 a, I16 b) {
+    return WrappingAdd(sum, MultiplyAddPairs(a, b));
+}
+
+/// A double for each lane of 32 bits, in order.
+struct F64Pair {
+    F64 low;
+    F64 high;
+};
+
+/// Stores number * factor as `kLanes<std::int32_t>` bytes: truncated toward zero, then saturated to 0..255. A product
+/// of 2^31 or more gives 0, as it comes out of the processor's conversion.
+inline void StoreProductsAsU8(std::uint8_t* address, I32 numbers, F64Pair factors) {
+#if defined(CLARIBOX_VECTOR_AVX512)
+    const __m512i all = reinterpret_cast<__m512i>(numbers);
+    const __m512d low = _mm512_cvtepi32_pd(_mm512_castsi512_si256(all));
+    const __m512d high = _mm512_cvtepi32_pd(_mm512_extracti64x4_epi64(all, 1));
+    const __m256i lowQuotients = _mm512_cvttpd_epi32(_mm512_mul_pd(low, reinterpret_cast<__m512d>(factors.low)));
+    const __m256i highQuotients = _mm512_cvttpd_epi32(_mm512_mul_pd(high, reinterpret_cast<__m512d>(factors.high)));
+    const __m512i quotients = _mm512_inserti64x4(_mm512_castsi256_si512(lowQuotients), highQuotients, 1);
+    const __m512i positive = _mm512_max_epi32(quotients, _mm512_setzero_si512());
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(address), _mm512_cvtusepi32_epi8(positive));
+#elif defined(CLARIBOX_VECTOR_AVX2)
+    const __m256i all = reinterpret_cast<__m256i>(numbers);
+    const __m256d low = _mm256_cvtepi32_pd(_mm256_castsi256_si128(all));
+    const __m256d high = _mm256_cvtepi32_pd(_mm256_extracti128_si256(all, 1));
+    const __m128i lowQuotients = _mm256_cvttpd_epi32(_mm256_mul_pd(low, reinterpret_cast<__m256d>(factors.low)));
+    const __m128i highQuotients = _mm256_cvttpd_epi32(_mm256_mul_pd(high, reinterpret_cast<__m256d>(factors.high)));
+    const __m128i words = _mm_packs_epi32(lowQuotients, highQuotients);
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(address), _mm_packus_epi16(words, words));
+#elif defined(CLARIBOX_VECTOR_SSE2)
+    const __m128i all = reinterpret_cast<__m128i>(numbers);
+    const __m128d low = _mm_cvtepi32_pd(all);
+    const __m128d high = _mm_cvtepi32_pd(_mm_unpackhi_epi64(all, all));
+    const __m128i lowQuotients = _mm_cvttpd_epi32(_mm_mul_pd(low, reinterpret_cast<__m128d>(factors.low)));
+    const __m128i highQuotients = _mm_cvttpd_epi32(_mm_mul_pd(high, reinterpret_cast<__m128d>(factors.high)));
+    const __m128i words = _mm_packs_epi32(_mm_unpacklo_epi64(lowQuotients, highQuotients), _mm_setzero_si128());
+    _mm_storeu_si32(address, _mm_packus_epi16(words, words));
+#else
+    for (int k = 0; k < kLanes<std::int32_t>; ++k) {
+        const double product = numbers[k] * (k < kLanes<double> ? factors.low[k] : factors.high[k - kLanes<double>]);
+        const double saturated = product < 255.0 ? product : product < 0x1p31 ? 255.0 : 0.0;
+        address[k] = static_cast<std::uint8_t>(static_cast<std::int32_t>(saturated > 0.0 ? saturated : 0.0));
+    }
+#endif
+}
+
+/// The upper 16 bits of each product.
+inline U16 MultiplyHigh(U16 a, U16 b) {
+#if defined(CLARIBOX_VECTOR_AVX512)
+    return reinterpret_cast<U16>(_mm512_mulhi_epu16(reinterpret_cast<__m512i>(a), reinterpret_cast<__m512i>(b)));
+#elif defined(CLARIBOX_VECTOR_AVX2)
+    return reinterpret_cast<U16>(_mm256_mulhi_epu16(reinterpret_cast<__m256i>(a), reinterpret_cast<__m256i>(b)));
+#elif defined(CLARIBOX_VECTOR_SSE2)
+    return reinterpret_cast<U16>(_mm_mulhi_epu16(reinterpret_cast<__m128i>(a), reinterpret_cast<__m128i>(b)));
+#else
+    const U32 low = (reinterpret_cast<U32>(a) & 0xFFFFu) * (reinterpret_cast<U32>(b) & 0xFFFFu) >> 16;
+    const U32 high = (reinterpret_cast<U32>(a) >> 16) * (reinterpret_cast<U32>(b) >> 16) & 0xFFFF0000u;
+    return reinterpret_cast<U16>(low | high);
+#endif
+}
+
+/// Each double rounded to float and widened again.
+inline F64 RoundToFloat(F64 wide) {
+#if defined(CLARIBOX_VECTOR_AVX512)
+    return _mm512_maskz_cvtps_pd(0xFF, _mm512_maskz_cvtpd_ps(0xFF, wide));
+#elif defined(CLARIBOX_VECTOR_AVX2)
+    return _mm256_cvtps_pd(_mm256_cvtpd_ps(wide));
+#elif defined(CLARIBOX_VECTOR_SSE2)
+    return _mm_cvtps_pd(_mm_cvtpd_ps(wide));
+#else
+    for (int k = 0; k < kLanes<double>; ++k) {
+        volatile float rounded = static_cast<float>(wide[k]); // a store, which rounds in x87 code too
+        wide[k] = static_cast<double>(rounded);
+    }
+    return wide;
 #endif
 }
 

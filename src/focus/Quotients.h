@@ -1,0 +1,38 @@
+// The division that ends the spatial filter: sums of products by the weights that lie inside the picture.
+#pragma once
+
+#include "ConvolutionRows.h"
+#include "QuantisedKernel.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace focus {
+
+/// Divides the sums of a picture's pixels, a piece of a row at a time. Away from the left and right edges one divisor
+/// serves the whole piece.
+class Quotients {
+public:
+    /// For pieces of at most `columns` pixels of a picture of `width` by `height`. The kernel must outlive the object.
+    Quotients(const QuantisedKernel& kernel, int width, int height, int columns);
+
+    /// Stores the quotients of pixels x .. x + count - 1 of row y, truncated toward zero and saturated to 0..255.
+    void Store(const std::int32_t* sums, int x, int y, int count, std::uint8_t* samples);
+
+private:
+    const QuantisedKernel& m_kernel;
+    int m_width;
+    int m_height;
+    std::vector<double> m_reciprocals; // of the last piece at an edge, which those below it mostly share
+    int m_knownX = -1;
+    int m_knownFirstRow = 0;
+    int m_knownEndRow = 0;
+    const ConvolutionRows& m_rows = ActiveConvolutionRows();
+};
+
+/// A factor r such that n * r, truncated toward zero, is the integer quotient n / divisor for every 32-bit n: the
+/// nearest double of 1/divisor, raised by 2^-50 of itself so that exact multiples never fall short. The error stays
+/// below 2^31 * 2^-49 / |divisor| and so below the distance to the next multiple. A divisor of 0 gives 0.
+double Reciprocal(std::int32_t divisor);
+
+} // namespace focus
