@@ -1,5 +1,6 @@
 #include "processor/ProcessorCensus.h"
 
+#include "claribox/KernelTable.h"
 #include "processor/ClockMeasurement.h"
 #include "processor/CpuidFields.h"
 #include "processor/HyperThreading.h"
@@ -12,6 +13,10 @@ int CensusThreadsPerCore = 0;
 namespace {
 
 constinit processor::CensusResults machineResults;
+
+// The load of the kernel table runs the census: naming the table makes the linker bring that load along from the
+// archive also where nothing but the results is used.
+[[gnu::used]] const KernelTableSlots* const filledWithTheTable = &KernelTable;
 
 } // namespace
 
@@ -95,14 +100,3 @@ int ProcessorCensus(processor::ProcessorPort& port, processor::CensusResults& re
 int ProcessorCensus() {
     return ProcessorCensus(processor::MachinePort(), machineResults);
 }
-
-namespace {
-
-struct CensusAtLoad {
-    CensusAtLoad() {
-        ProcessorCensus();
-        CountProcessors(CensusPackages, CensusCoresPerPackage, CensusThreadsPerCore);
-    }
-} const censusAtLoad;
-
-} // namespace
