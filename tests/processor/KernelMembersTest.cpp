@@ -1,0 +1,276 @@
+// Every vector member against the two rules it is made of: that of its body for the elements of whole passes, and that
+// of its tail for the rest.
+#include "processor/KernelMembers.h"
+
+#include "common/GuardedBuffer.h"
+#include "kernels/PlainMembers.h"
+#include "processor/MembersTest.h"
+
+#include <algorithm>
+#include <cfenv>
+#include <cfloat>
+#include <climits>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using enum ProcessorClass;
+
+constexpr std::size_t Misalignments[] = {0, 1, 6, 13};
+constexpr float Infinity = std::numeric_limits<float>::infinity();
+
+const std::int32_t Integers[] = {0,   1,     127,    128,   200,   254,     255,     256,   300,    32767,
+                                 -1,  32768, 65535,  65536, 65544, INT_MAX, INT_MIN, -128,  -32768, -32769,
+                                 -56, -256,  -65535, 77,    42,    -2,      99999,   70000, -99999};
+const float Floats[] = {10.7f,    11.5f,         12.5f,    0.5f,      0.50000006f,   1.5f,     0.99999994f, 254.5f,
+                        255.0f,   255.49998f,    255.5f,   256.0f,    300.0f,        511.9f,   -0.0f,       -0.4f,
+                        -0.5f,    -1.0f,         -1.5f,    -300.0f,   32767.5f,      32768.0f, 65580.0f,    -32769.0f,
+                        16777260, 2147483520.0f, 0x1p31f,  -0x1p31f,  -0x1.2p31f,    3e9f,     0x1p63f,     1e20f,
+                        FLT_MAX,  -FLT_MAX,      Infinity, -Infinity, std::nanf(""), 1e-42f,   97.25f};
+
+/// What both conversion instructions can hold; beyond it, and for NaN, they give the lowest integer.
+bool FitsInteger(float value) {
+    return value >= -0x1p31f && value < 0x1p31f;
+}
+
+std::uint8_t Saturate(std::int32_t value) {
+    return static_cast<std::uint8_t>(std::clamp(value, 0, 255));
+}
+std::uint8_t RoundAndSaturate(float value) {
+    return FitsInteger(value) ? Saturate(static_cast<std::int32_t>(std::llrint(value))) : std::uint8_t{0};
+}
+std::uint8_t ClampAndTruncate(float value) {
+    return value > 0.0f ? static_cast<std::uint8_t>(std::min(value, 255.0f)) : std::uint8_t{0};
+}
+std::uint8_t TruncateToLowByte(float value) {
+    return FitsInteger(value) ? static_cast<std::uint8_t>(static_cast<std::int32_t>(value)) : std::uint8_t{0};
+}
+std::uint8_t RoundAndSaturateReal(ChComplex value) {
+    return RoundAndSaturate(value.re);
+}
+std::uint8_t TruncateRealToLowByte(ChComplex value) {
+    return TruncateToLowByte(value.re);
+}
+float ByteToFloat(std::uint8_t value) {
+    return value;
+}
+ChComplex ByteToComplex(std::uint8_t value) {
+    return {static_cast<float>(value), 0.0f};
+}
+ChComplex FloatToComplex(float value) {
+    return {value, 0.0f};
+}
+
+/// The values a slot is tried with.
+void Input(std::size_t k, std::int32_t& value) {
+    value = Integers[k % std::size(Integers)];
+}
+void Input(std::size_t k, float& value) {
+    value = Floats[k % std::size(Floats)];
+}
+void Input(std::size_t k, std::uint8_t& value) {
+    value = static_cast<std::uint8_t>(k * 83 + 5);
+}
+void Input(std::size_t k, ChComplex& value) {
+    Input(k, value.re);
+    Input(k + 1, value.im);
+}
+
+template <typename In, typename Out>
+struct Row {
+    using Element = std::remove_const_t<In>;
+    void (*KernelTableSlots::*slot)(In*, Out*, std::uint32_t);
+    const char* name;
+    ProcessorClass processorClass;
+    std::uint32_t perPass;
+    Out (*body)(Element);
+    Out (*tail)(Element);
+};
+
+template <typename In, typename Out>
+void Check(const Row<In, Out>& row, std::uint32_t count, std::size_t sourceAt, std::size_t destinationAt) {
+    using Element = std::remove_const_t<In>;
+    GuardedBuffer<Element> source(count, sourceAt);
+    GuardedBuffer<Element> sourceBefore(count);
+    GuardedBuffer<Out> destination(count, destinationAt);
+    GuardedBuffer<Out> expected(count);
+    const std::uint32_t whole = count / row.perPass * row.perPass;
+    for (std::uint32_t k = 0; k < count; ++k) {
+        Element value;
+        Input(k + count, value); // each value comes by every lane, and by the tail
+        source.Write(k, value);
+        sourceBefore.Write(k, value);
+        expected.Write(k, (k < whole ? row.body : row.tail)(value));
+    }
+    (KernelMembers(row.processorClass).*row.slot)(source.data(), destination.data(), count);
+    ASSERT_TRUE(MMXStateIsClear());
+    ASSERT_TRUE(SameBytes(expected, destination));
+    ASSERT_TRUE(SameBytes(sourceBefore, source)) << "source";
+    ASSERT_TRUE(destination.GuardsIntact() && source.GuardsIntact());
+}
+
+template <typename In, typename Out>
+void CheckRow(const Row<In, Out>& row) {
+    for (const std::size_t sourceAt : Misalignments) {
+        for (const std::size_t destinationAt : Misalignments) {
+            for (std::uint32_t count = 0; count <= 67; ++count) {
+                SCOPED_TRACE(testing::Message() << ProcessorClassName(row.processorClass) << " " << row.name << ", "
+                                                << count << " elements at " << sourceAt << ", " << destinationAt);
+                Check(row, count, sourceAt, destinationAt);
+                if (testing::Test::HasFatalFailure()) {
+                    return;
+                }
+            }
+        }
+    }
+}
+
+class KernelMembersTest : public ProcessorClassTest {};
+
+#define SLOT(name) &KernelTableSlots::name, #name
+
+TEST_P(KernelMembersTest, BodiesAndTailsFollowTheirRules) {
+    const Row<const std::int32_t, std::uint8_t> packIntegers[] = {
+        {SLOT(PackS32ToU8), Plain, 1, Saturate, Saturate},
+        {SLOT(PackS32ToU8), MMX, 8, Saturate, Saturate},
+        {SLOT(PackS32ToU8), SSE, 8, Saturate, Saturate},
+        {SLOT(PackS32ToU8), SSE2, 16, Saturate, Saturate},
+    };
+    const Row<const float, std::uint8_t> packFloats[] = {
+        {SLOT(PackF32ToU8), Plain, 1, ClampAndTruncate, ClampAndTruncate},
+        {SLOT(PackF32ToU8), MMX, 1, ClampAndTruncate, ClampAndTruncate},
+        {SLOT(PackF32ToU8), SSE, 16, RoundAndSaturate, ClampAndTruncate},
+        {SLOT(PackF32ToU8), SSE2, 16, RoundAndSaturate, ClampAndTruncate},
+    };
+    const Row<ChComplex, std::uint8_t> packComplex[] = {
+        {SLOT(PackComplexToU8), SSE, 16, RoundAndSaturateReal, TruncateRealToLowByte},
+        {SLOT(PackComplexToU8), SSE2, 16, RoundAndSaturateReal, TruncateRealToLowByte},
+    };
+    const Row<const std::uint8_t, float> expandToFloats[] = {
+        {SLOT(ExpandU8ToF32), SSE, 16, ByteToFloat, ByteToFloat},
+        {SLOT(ExpandU8ToF32), SSE2, 16, ByteToFloat, ByteToFloat},
+    };
+    const Row<const std::uint8_t, ChComplex> expandToComplex[] = {
+        {SLOT(ExpandU8ToComplex), SSE, 16, ByteToComplex, ByteToComplex},
+        {SLOT(ExpandU8ToComplex), SSE2, 16, ByteToComplex, ByteToComplex},
+    };
+    const Row<const float, ChComplex> pairFloats[] = {
+        {SLOT(ExpandF32ToComplex), SSE, 4, FloatToComplex, FloatToComplex},
+    };
+    const auto checkOwn = [](const auto& rows) {
+        for (const auto& row : rows) {
+            if (row.processorClass == GetParam()) {
+                CheckRow(row);
+            }
+        }
+    };
+    checkOwn(packIntegers);
+    checkOwn(packFloats);
+    checkOwn(packComplex);
+    checkOwn(expandToFloats);
+    checkOwn(expandToComplex);
+    checkOwn(pairFloats);
+}
+
+TEST_P(KernelMembersTest, BodiesRoundByTheModeInForceAndTailsDoNot) {
+    float values[17];
+    std::fill(std::begin(values), std::end(values), 10.2f);
+    std::uint8_t bytes[17];
+    std::fesetround(FE_UPWARD);
+    members.PackF32ToU8(values, bytes, 17);
+    std::fesetround(FE_TONEAREST);
+    EXPECT_EQ(bytes[15], GetParam() < SSE ? 10 : 11);
+    EXPECT_EQ(bytes[16], 10);
+}
+
+TEST_P(KernelMembersTest, ScaleMultipliesInPlace) {
+    for (const std::size_t at : Misalignments) {
+        for (const float factor : {-1.5f, 0x1p-140f, 3e38f}) {
+            for (std::int32_t count = -5; count <= 67; ++count) {
+                SCOPED_TRACE(testing::Message() << count << " elements at " << at << " by " << factor);
+                GuardedBuffer<float> vector(72, at);
+                GuardedBuffer<float> expected(72);
+                for (std::int32_t k = 0; k < 72; ++k) {
+                    const float value = 0.37f * static_cast<float>(k) - 9.0f;
+                    vector.Write(static_cast<std::size_t>(k), value);
+                    expected.Write(static_cast<std::size_t>(k), k < count ? value * factor : value);
+                }
+                members.ScaleF32(vector.data(), factor, count);
+                ASSERT_TRUE(SameBytes(expected, vector));
+                ASSERT_TRUE(vector.GuardsIntact());
+            }
+        }
+    }
+}
+
+/// Four sums of 32 bits, then the tail of `count` mod 3 elements; volatile so that every step is rounded.
+float DotInLanes(const GuardedBuffer<float>& first, const GuardedBuffer<float>& second, std::int32_t count) {
+    volatile float lanes[4] = {0.0f, 0.0f, 0.0f, 0.0f};
+    std::size_t k = 0;
+    for (; static_cast<std::int32_t>(k) + 4 <= count; k += 4) {
+        for (std::size_t lane = 0; lane < 4; ++lane) {
+            const volatile float product = first.Read(k + lane) * second.Read(k + lane);
+            lanes[lane] = lanes[lane] + product;
+        }
+    }
+    long double sum = ((static_cast<long double>(lanes[0]) + lanes[1]) + lanes[2]) + lanes[3];
+    for (std::int32_t rest = count % 3; rest > 0; --rest, ++k) {
+        sum += static_cast<long double>(first.Read(k)) * static_cast<long double>(second.Read(k));
+    }
+    return static_cast<float>(sum);
+}
+
+TEST_P(KernelMembersTest, DotKeepsFourSumsAndTakesATailOfCountModulo3) {
+    if (GetParam() < SSE) {
+        EXPECT_EQ(members.DotF32, kernels::DotF32);
+        return;
+    }
+    for (const std::size_t at : Misalignments) {
+        for (std::int32_t count = -4; count <= 67; ++count) {
+            // The two elements of slack that the tail may read: at 2, 8 and 20 elements, for instance, they count.
+            const auto size = static_cast<std::size_t>(std::max(count, 0) + 2);
+            GuardedBuffer<float> first(size, at);
+            GuardedBuffer<float> second(size, 13 - at);
+            for (std::size_t k = 0; k < size; ++k) {
+                // Magnitudes far apart, so that each order of summing gives another result.
+                first.Write(k, std::ldexp(1.0f + 0.013f * static_cast<float>(k), static_cast<int>(k * 7 % 23)));
+                second.Write(k, (k % 5 < 2 ? -1.0f : 1.0f) * (0.9f + 0.11f * static_cast<float>(k % 9)));
+            }
+            ASSERT_EQ(members.DotF32(first.data(), second.data(), count), DotInLanes(first, second, count))
+                << count << " elements at " << at;
+        }
+    }
+    const float ones[10] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
+    constexpr float sums[] = {0, 1, 2, 0, 5, 6, 4, 5, 10}; // by count: the elements that the tail leaves out or adds
+    for (std::int32_t count = 0; count <= 8; ++count) {
+        EXPECT_EQ(members.DotF32(ones, ones, count), sums[count]) << count << " elements";
+    }
+}
+
+TEST_P(KernelMembersTest, DecimatePicksEverySecondPixel) {
+    for (const std::size_t at : Misalignments) {
+        for (std::int32_t width = -1; width <= 99; ++width) {
+            for (const std::int32_t height : {-2, 1, 2, 5}) {
+                SCOPED_TRACE(testing::Message() << width << " by " << height << " at " << at);
+                const auto stride = static_cast<std::size_t>(std::max(width, 0));
+                const auto rows = static_cast<std::size_t>(std::max(height, 0));
+                GuardedBuffer<std::uint8_t> source(stride * rows, at);
+                GuardedBuffer<std::uint8_t> destination(stride / 2 * (rows / 2), 13 - at);
+                GuardedBuffer<std::uint8_t> expected(destination.size());
+                FillRandom(source, 11);
+                for (std::size_t k = 0; k < expected.size(); ++k) {
+                    expected.Write(k, source.Read(2 * (k / (stride / 2)) * stride + 2 * (k % (stride / 2))));
+                }
+                members.DecimateU8(destination.data(), source.data(), width, height);
+                ASSERT_TRUE(MMXStateIsClear());
+                ASSERT_TRUE(SameBytes(expected, destination, stride / 2));
+                ASSERT_TRUE(destination.GuardsIntact());
+            }
+        }
+    }
+}
+
+CLARIBOX_INSTANTIATE_FOR_PROCESSOR_CLASSES(KernelMembersTest);
+
+} // namespace
