@@ -114,7 +114,13 @@ inline float MultiplyAdd(float a, float b, float c) {
 #if defined(__FMA__)
     return __builtin_fmaf(a, b, c);
 #else
-    return static_cast<float>(static_cast<double>(a) * static_cast<double>(b) + static_cast<double>(c));
+    const double sum = static_cast<double>(a) * static_cast<double>(b) + static_cast<double>(c);
+#if __FLT_EVAL_METHOD__ == 0
+    return static_cast<float>(sum);
+#else
+    volatile float rounded = static_cast<float>(sum); // a store, which rounds in x87 code too
+    return rounded;
+#endif
 #endif
 }
 inline F32 MultiplyAdd(F32 a, F32 b, F32 c) {

@@ -1,0 +1,148 @@
+// The wavelet engine as plain loops over one line at a time, in scatter form, with sums in double. Obviously correct;
+// nothing in src/ includes it.
+#pragma once
+
+#include "wavelet/WaveletFilterSet.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace reference {
+
+class WaveletSlow {
+public:
+    explicit WaveletSlow(const WaveletFilterSet& set)
+        : m_set(set), m_margin(std::max(set.lowAnalysis->tapCount, set.highAnalysis->tapCount)) {}
+
+    std::vector<float> Forward2D(std::vector<float> plane, int width, int height, int levels, bool mirror) const {
+        int columns = width;
+        int rows = height;
+        for (int level = 0; level < levels; ++level) {
+            for (int y = 0; y < rows; ++y) {
+                OnLine(plane, y * width, 1, columns, [&](auto& line) { return ForwardLine(line, columns, mirror); });
+            }
+            for (int x = 0; x < columns; ++x) {
+                OnLine(plane, x, width, rows, [&](auto& line) { return ForwardLine(line, rows, mirror); });
+            }
+            columns = (columns + 1) / 2;
+            rows = (rows + 1) / 2;
+        }
+        return plane;
+    }
+
+    std::vector<float> Inverse2D(std::vector<float> plane, int width, int height, int levels, bool mirror) const {
+        std::vector<int> columns = {width};
+        std::vector<int> rows = {height};
+        for (int level = 1; level < levels; ++level) {
+            columns.push_back((columns.back() + 1) / 2);
+            rows.push_back((rows.back() + 1) / 2);
+        }
+        for (int level = levels - 1; level >= 0; --level) {
+            const int w = columns[static_cast<std::size_t>(level)];
+            const int h = rows[static_cast<std::size_t>(level)];
+            for (int x = 0; x < w; ++x) {
+                OnLine(plane, x, width, h, [&](auto& line) { return InverseLine(line, h, mirror); });
+            }
+            for (int y = 0; y < h; ++y) {
+                OnLine(plane, y * width, 1, w, [&](auto& line) { return InverseLine(line, w, mirror); });
+            }
+        }
+        return plane;
+    }
+
+private:
+    using Line = std::vector<float>; // samples from index m_margin on
+
+    template <typename Filter>
+    void OnLine(std::vector<float>& plane, int start, int step, int size, Filter filter) const {
+        Line line(static_cast<std::size_t>(size + 2 * m_margin));
+        for (int k = 0; k < size; ++k) {
+            line[static_cast<std::size_t>(m_margin + k)] = plane[static_cast<std::size_t>(start + k * step)];
+        }
+        line = filter(line);
+        for (int k = 0; k < size; ++k) {
+            plane[static_cast<std::size_t>(start + k * step)] = line[static_cast<std::size_t>(m_margin + k)];
+        }
+    }
+
+    static void Add(float& cell, float sample, float tap) {
+        cell = static_cast<float>(static_cast<double>(cell) + static_cast<double>(sample) * static_cast<double>(tap));
+    }
+
+    Line ForwardLine(Line in, int size, bool mirror) const {
+        const int kind = m_set.lowAnalysis->tapCount % 2 != 0 ? 1 : 2;
+        Extend(in, size, mirror, kind, kind, 1);
+        Line out(in.size());
+        const int low = (size + 1) / 2;
+        for (int i = 0; i < size; ++i) {
+            const WaveletFilter& filter = i < low ? *m_set.lowAnalysis : *m_set.highAnalysis;
+            const int at = m_margin + filter.firstTap + 2 * (i < low ? i : i - low);
+            for (int j = 0; j < filter.tapCount; ++j) {
+                Add(out[static_cast<std::size_t>(m_margin + i)], in[static_cast<std::size_t>(at + j)], filter.taps[j]);
+            }
+        }
+        return out;
+    }
+
+    Line InverseLine(const Line& in, int size, bool mirror) const {
+        const int low = (size + 1) / 2;
+        const bool oddTaps = m_set.lowAnalysis->tapCount % 2 != 0;
+        const bool oddSize = size % 2 != 0;
+        Line out(in.size());
+        Line scratch(static_cast<std::size_t>(low + 2 * m_margin));
+        std::copy_n(in.begin() + m_margin, low, scratch.begin() + m_margin);
+        Extend(scratch, low, mirror, oddTaps ? 1 : 2, oddSize ? 1 : 2, 1);
+        Scatter(scratch, *m_set.lowSynthesis, size, out);
+        std::fill(scratch.begin(), scratch.end(), 0.0f);
+        std::copy_n(in.begin() + m_margin + low, size - low, scratch.begin() + m_margin);
+        if (oddTaps) {
+            Extend(scratch, size - low, mirror, 2, oddSize ? 2 : 1, 1);
+        } else {
+            Extend(scratch, size - low, mirror, 2, oddSize ? 1 : 2, -1);
+        }
+        Scatter(scratch, *m_set.highSynthesis, size, out);
+        return out;
+    }
+
+    void Scatter(const Line& scratch, const WaveletFilter& filter, int size, Line& out) const {
+        const int f = filter.firstTap;
+        for (int i = (1 - filter.tapCount - f) / 2; i <= (size - f - 1) / 2; ++i) {
+            for (int j = 0; j < filter.tapCount; ++j) {
+                Add(out[static_cast<std::size_t>(m_margin + f + 2 * i + j)], scratch[static_cast<std::size_t>(m_margin + i)],
+                    filter.taps[j]);
+            }
+        }
+    }
+
+    // Cell by cell from the periodic sequence that the mirror images form; `distance` cells lie outside the line.
+    void Extend(Line& line, int size, bool mirror, int leftKind, int rightKind, int sign) const {
+        const Line core(line.begin() + m_margin, line.begin() + m_margin + size);
+        for (int k = -m_margin; k < size + m_margin && size > 0; ++k) {
+            line[static_cast<std::size_t>(m_margin + k)] =
+                mirror ? Mirrored(core, k, leftKind, rightKind, sign) : core[static_cast<std::size_t>(Modulo(k, size))];
+        }
+    }
+
+    static int Modulo(int k, int n) { return ((k % n) + n) % n; }
+
+    // One period of a mirrored line, written out: [0] line [0] image, the zeros only for an antisymmetric end of
+    // kind 1, the image without the samples that an end of kind 1 shares.
+    static float Mirrored(const Line& core, int k, int leftKind, int rightKind, int sign) {
+        Line whole;
+        const int lead = sign == -1 && leftKind == 1 ? 1 : 0;
+        whole.insert(whole.end(), static_cast<std::size_t>(lead), 0.0f);
+        whole.insert(whole.end(), core.begin(), core.end());
+        whole.insert(whole.end(), sign == -1 && rightKind == 1 ? 1u : 0u, 0.0f);
+        Line period = whole;
+        const int length = static_cast<int>(whole.size());
+        for (int i = length - (rightKind == 1 ? 2 : 1); i >= (leftKind == 1 ? 1 : 0); --i) {
+            period.push_back(static_cast<float>(sign) * whole[static_cast<std::size_t>(i)]);
+        }
+        return period[static_cast<std::size_t>(Modulo(k + lead, static_cast<int>(period.size())))];
+    }
+
+    const WaveletFilterSet& m_set;
+    int m_margin;
+};
+
+} // namespace reference
