@@ -3,6 +3,7 @@
 #include "Errors.h"
 
 // The command is linked against the library's inner archive for this: a host sees only the exported surface.
+#include "processor/KernelMembers.h"
 #include "processor/ProcessorCensus.h"
 #include "simd/VectorClass.h"
 
@@ -67,6 +68,7 @@ std::vector<InfoRow> Rows() {
         {"cores per package", "cores_per_package", CensusCoresPerPackage},
         {"threads per core", "threads_per_core", CensusThreadsPerCore},
         {"status", "status", processor::HyperThreadingTexts[ProcessorHTStatus]},
+        {"kernel class", "kernel_class", ProcessorClassName(ActiveProcessorClass())},
         {"vector class", "vector_class", simd::Name(simd::ActiveVectorClass())},
     };
 }

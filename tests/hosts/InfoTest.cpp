@@ -28,6 +28,7 @@ const struct {
     {"cores per package", "cores_per_package", json::value_t::number_unsigned},
     {"threads per core", "threads_per_core", json::value_t::number_unsigned},
     {"status", "status", json::value_t::string},
+    {"kernel class", "kernel_class", json::value_t::string},
     {"vector class", "vector_class", json::value_t::string},
 };
 
@@ -80,6 +81,19 @@ TEST(Info, TextAndJsonTellTheSame) {
             EXPECT_EQ(lines.at(row.label), AsText(value));
         }
     }
+}
+
+TEST(Info, KernelClassIsTheWidestOfTheFlags) {
+    const RunResult run = RunCommand(TemporaryFolder(), {"info", "--json"});
+    ASSERT_EQ(run.status, 0) << run.err;
+    const json object = json::parse(run.out);
+    std::string widest = "plain";
+    for (const char* name : {"MMX", "SSE", "SSE2"}) {
+        if (std::ranges::count(object["flags"], name) != 0) {
+            widest = name;
+        }
+    }
+    EXPECT_EQ(object["kernel_class"], widest);
 }
 
 } // namespace
