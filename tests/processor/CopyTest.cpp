@@ -27,11 +27,11 @@ class CopyTest : public ProcessorClassTest {};
 
 TEST_P(CopyTest, EqualsMemcpyAtEverySize) {
     constexpr std::size_t largest = (3152 + 48 + 127) * 64 + 70;
-    for (const std::size_t sourceAt : {0, 3}) {
+    for (const std::size_t sourceAt : {0u, 3u}) {
         GuardedBuffer<std::uint8_t> source(largest, sourceAt);
         FillRandom(source, 17);
         for (const std::uint32_t size : Sizes()) {
-            for (const std::size_t destinationAt : {0, 1, 4, 7, 8}) {
+            for (const std::size_t destinationAt : {0u, 1u, 4u, 7u, 8u}) {
                 GuardedBuffer<std::uint8_t> destination(size, destinationAt);
                 // The end of the source's block, behind which nothing may be read.
                 const std::uint8_t* const from = source.data() + (largest - size);
