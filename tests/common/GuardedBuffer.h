@@ -50,9 +50,9 @@ public:
         const std::size_t past = reinterpret_cast<std::uintptr_t>(m_Block.data()) % 64;
         m_Start = guardBytes + (64 - past) + misalignment;
         for (std::size_t k = 0; k < m_Block.size(); ++k) {
-            m_Block[k] = Guard(k);
+            const bool isElement = k >= m_Start && k - m_Start < size_bytes();
+            m_Block[k] = isElement ? 0 : Guard(k);
         }
-        std::memset(bytes(), 0, size_bytes());
         Poison();
     }
     ~GuardedBuffer() { ASAN_UNPOISON_MEMORY_REGION(m_Block.data(), m_Block.size()); }
