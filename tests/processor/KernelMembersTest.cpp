@@ -186,13 +186,13 @@ TEST_P(KernelMembersTest, BodiesRoundByTheModeInForceAndTailsDoNot) {
 
 TEST_P(KernelMembersTest, ScaleMultipliesInPlace) {
     for (const std::size_t at : Misalignments) {
-        for (const float factor : {-1.5f, 0x1p-140f, 3e38f}) {
+        for (const float factor : {-1.1f, 0x1p-140f, 3e38f}) {
             for (std::int32_t count = -5; count <= 67; ++count) {
                 SCOPED_TRACE(testing::Message() << count << " elements at " << at << " by " << factor);
                 GuardedBuffer<float> vector(72, at);
                 GuardedBuffer<float> expected(72);
                 for (std::int32_t k = 0; k < 72; ++k) {
-                    const float value = 0.37f * static_cast<float>(k) - 9.0f;
+                    const float value = 0.375f * static_cast<float>(k) - 9.25f; // exact in any precision
                     vector.Write(static_cast<std::size_t>(k), value);
                     expected.Write(static_cast<std::size_t>(k), k < count ? value * factor : value);
                 }
