@@ -52,14 +52,19 @@ public:
         }
     }
 
-    /// Takes (size + 1) / 2 low samples and the size / 2 high ones behind them.
+    /// Takes (size + 1) / 2 low samples and the size / 2 high ones behind them. A periodic line of one sample has no
+    /// high one, and its low one stands in: required (the rows 1 wide and 1 high of tests/wavelet pin it).
     void TakeBands(const T* samples) {
         const int low = (m_size + 1) / 2;
         m_origin = m_margin;
         std::copy_n(samples, low, m_sequences[0].data() + m_margin);
         std::copy_n(samples + low, m_size - low, m_sequences[1].data() + m_margin);
         Extend(m_sequences[0].data(), low, m_margin, m_ends.mirrored, m_ends.low);
-        Extend(m_sequences[1].data(), m_size - low, m_margin, m_ends.mirrored, m_ends.high);
+        if (m_size == 1 && !m_ends.mirrored) {
+            m_sequences[1] = m_sequences[0];
+        } else {
+            Extend(m_sequences[1].data(), m_size - low, m_margin, m_ends.mirrored, m_ends.high);
+        }
     }
 
     /// Element `k` of a sequence; k may lie in the margins.

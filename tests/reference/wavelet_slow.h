@@ -1,10 +1,12 @@
-// The wavelet engine as plain loops over one line at a time, in scatter form, with sums in double. Obviously correct;
-// nothing in src/ includes it.
+// The wavelet engine as plain loops over one line at a time, in scatter form, with sums in double. Slow and obviously
+// correct; the library's own code includes nothing of it.
 #pragma once
 
 #include "wavelet/WaveletFilterSet.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <utility>
 #include <vector>
 
 namespace reference {
@@ -50,26 +52,12 @@ public:
         return plane;
     }
 
-private:
-    using Line = std::vector<float>; // samples from index m_margin on
+    using Line = std::vector<float>; // `size` samples from index Margin() on, with as many cells again on either side
 
-    template <typename Filter>
-    void OnLine(std::vector<float>& plane, int start, int step, int size, Filter filter) const {
-        Line line(static_cast<std::size_t>(size + 2 * m_margin));
-        for (int k = 0; k < size; ++k) {
-            line[static_cast<std::size_t>(m_margin + k)] = plane[static_cast<std::size_t>(start + k * step)];
-        }
-        line = filter(line);
-        for (int k = 0; k < size; ++k) {
-            plane[static_cast<std::size_t>(start + k * step)] = line[static_cast<std::size_t>(m_margin + k)];
-        }
-    }
+    int Margin() const { return m_margin; }
 
-    static void Add(float& cell, float sample, float tap) {
-        cell = static_cast<float>(static_cast<double>(cell) + static_cast<double>(sample) * static_cast<double>(tap));
-    }
-
-    Line ForwardLine(Line in, int size, bool mirror) const {
+    /// Leaves the extension in the margins of `in`.
+    Line ForwardLine(Line& in, int size, bool mirror) const {
         const int kind = m_set.lowAnalysis->tapCount % 2 != 0 ? 1 : 2;
         Extend(in, size, mirror, kind, kind, 1);
         Line out(in.size());
@@ -93,7 +81,7 @@ private:
         std::copy_n(in.begin() + m_margin, low, scratch.begin() + m_margin);
         Extend(scratch, low, mirror, oddTaps ? 1 : 2, oddSize ? 1 : 2, 1);
         Scatter(scratch, *m_set.lowSynthesis, size, out);
-        std::fill(scratch.begin(), scratch.end(), 0.0f);
+        // Nothing is cleared: where there is no high sample at all, the low one and its repetitions stand in for it.
         std::copy_n(in.begin() + m_margin + low, size - low, scratch.begin() + m_margin);
         if (oddTaps) {
             Extend(scratch, size - low, mirror, 2, oddSize ? 2 : 1, 1);
@@ -104,41 +92,57 @@ private:
         return out;
     }
 
+private:
+    template <typename Filter>
+    void OnLine(std::vector<float>& plane, int start, int step, int size, Filter filter) const {
+        Line line(static_cast<std::size_t>(size + 2 * m_margin));
+        for (int k = 0; k < size; ++k) {
+            line[static_cast<std::size_t>(m_margin + k)] = plane[static_cast<std::size_t>(start + k * step)];
+        }
+        line = filter(line);
+        for (int k = 0; k < size; ++k) {
+            plane[static_cast<std::size_t>(start + k * step)] = line[static_cast<std::size_t>(m_margin + k)];
+        }
+    }
+
+    static void Add(float& cell, float sample, float tap) {
+        cell = static_cast<float>(static_cast<double>(cell) + static_cast<double>(sample) * static_cast<double>(tap));
+    }
+
     void Scatter(const Line& scratch, const WaveletFilter& filter, int size, Line& out) const {
         const int f = filter.firstTap;
         for (int i = (1 - filter.tapCount - f) / 2; i <= (size - f - 1) / 2; ++i) {
             for (int j = 0; j < filter.tapCount; ++j) {
-                Add(out[static_cast<std::size_t>(m_margin + f + 2 * i + j)], scratch[static_cast<std::size_t>(m_margin + i)],
-                    filter.taps[j]);
+                Add(out[static_cast<std::size_t>(m_margin + f + 2 * i + j)],
+                    scratch[static_cast<std::size_t>(m_margin + i)], filter.taps[j]);
             }
         }
     }
 
-    // Cell by cell from the periodic sequence that the mirror images form; `distance` cells lie outside the line.
+    // Cell by cell from one period of the sequence that the repetitions or the mirror images of a line form.
     void Extend(Line& line, int size, bool mirror, int leftKind, int rightKind, int sign) const {
-        const Line core(line.begin() + m_margin, line.begin() + m_margin + size);
-        for (int k = -m_margin; k < size + m_margin && size > 0; ++k) {
-            line[static_cast<std::size_t>(m_margin + k)] =
-                mirror ? Mirrored(core, k, leftKind, rightKind, sign) : core[static_cast<std::size_t>(Modulo(k, size))];
+        Line period(line.begin() + m_margin, line.begin() + m_margin + size);
+        const int lead = mirror && sign == -1 && leftKind == 1 ? 1 : 0;
+        if (mirror) {
+            period = MirrorPeriod(std::move(period), leftKind, rightKind, sign);
+        }
+        const int length = static_cast<int>(period.size());
+        for (int k = -m_margin; k < size + m_margin && length > 0; ++k) {
+            const int at = (((k + lead) % length) + length) % length;
+            line[static_cast<std::size_t>(m_margin + k)] = period[static_cast<std::size_t>(at)];
         }
     }
 
-    static int Modulo(int k, int n) { return ((k % n) + n) % n; }
-
-    // One period of a mirrored line, written out: [0] line [0] image, the zeros only for an antisymmetric end of
-    // kind 1, the image without the samples that an end of kind 1 shares.
-    static float Mirrored(const Line& core, int k, int leftKind, int rightKind, int sign) {
-        Line whole;
-        const int lead = sign == -1 && leftKind == 1 ? 1 : 0;
-        whole.insert(whole.end(), static_cast<std::size_t>(lead), 0.0f);
-        whole.insert(whole.end(), core.begin(), core.end());
-        whole.insert(whole.end(), sign == -1 && rightKind == 1 ? 1u : 0u, 0.0f);
-        Line period = whole;
-        const int length = static_cast<int>(whole.size());
+    // [0] line [0] image: the zeros only at an antisymmetric end of kind 1, the image without the samples that an end
+    // of kind 1 shares.
+    static Line MirrorPeriod(Line line, int leftKind, int rightKind, int sign) {
+        line.insert(line.begin(), sign == -1 && leftKind == 1 ? 1u : 0u, 0.0f);
+        line.insert(line.end(), sign == -1 && rightKind == 1 ? 1u : 0u, 0.0f);
+        const int length = static_cast<int>(line.size());
         for (int i = length - (rightKind == 1 ? 2 : 1); i >= (leftKind == 1 ? 1 : 0); --i) {
-            period.push_back(static_cast<float>(sign) * whole[static_cast<std::size_t>(i)]);
+            line.push_back(static_cast<float>(sign) * line[static_cast<std::size_t>(i)]);
         }
-        return period[static_cast<std::size_t>(Modulo(k + lead, static_cast<int>(period.size())))];
+        return line;
     }
 
     const WaveletFilterSet& m_set;
