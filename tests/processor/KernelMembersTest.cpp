@@ -241,6 +241,16 @@ TEST_P(KernelMembersTest, DotKeepsFourSumsAndTakesATailOfCountModulo3) {
                 << count << " elements at " << at;
         }
     }
+    // Sums that only extended precision, and only this order, keep apart.
+    for (const float large : {0x1p60f, 0x1p70f}) {
+        GuardedBuffer<float> first(4);
+        GuardedBuffer<float> second(4);
+        for (std::size_t k = 0; k < 4; ++k) {
+            first.Write(k, k == 0 ? large : k == 2 ? -large : 3.0f);
+            second.Write(k, 1.0f);
+        }
+        EXPECT_EQ(members.DotF32(first.data(), second.data(), 4), DotInLanes(first, second, 4)) << large;
+    }
     const float ones[10] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
     constexpr float sums[] = {0, 1, 2, 0, 5, 6, 4, 5, 10}; // by count: the elements that the tail leaves out or adds
     for (std::int32_t count = 0; count <= 8; ++count) {
