@@ -128,7 +128,11 @@ void Batch::Process(const Task& task) {
     StopIfInterrupted();
     Try("cannot be read to its end, it may be damaged or cut short", [&] { picture.Decode(); });
     StopIfInterrupted();
-    picture.Apply([&](const PackedPixels& pixels) { m_Operation.apply(m_Settings, pixels); });
+    std::string report;
+    picture.Apply([&](const PackedPixels& pixels) { report = m_Operation.apply(m_Settings, pixels); });
+    if (m_Settings.verbose && !report.empty()) {
+        m_Messages.Note(task.input, report);
+    }
     StopIfInterrupted();
     OutputFile output(task.output, m_Settings.force);
     Try("its output '" + task.output + "' cannot be written",

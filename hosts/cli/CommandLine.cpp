@@ -31,6 +31,12 @@ void AddOption(CLI::App& app, const OptionRow& row, Settings& settings) {
         };
         option = app.add_option_function<std::string>(row.name, store, RangeAndHelp(row));
         option->default_str(std::to_string(settings.*number->field));
+    } else if (const auto* parsed = std::get_if<ParsedText>(&row.target)) {
+        const auto store = [&row, parsed, &settings](const std::string& text) {
+            parsed->parse(settings, row.name, text);
+        };
+        option = app.add_option_function<std::string>(row.name, store, row.help);
+        option->default_str(parsed->initial);
     } else if (const auto* flag = std::get_if<bool Settings::*>(&row.target)) {
         option = app.add_flag(row.name, settings.*(*flag), row.help);
     } else if (const auto* text = std::get_if<std::string Settings::*>(&row.target)) {

@@ -18,6 +18,12 @@ std::string Roff(std::string_view text) {
 }
 
 std::string DefaultOf(const OptionRow& row) {
+    if (row.required) {
+        return {};
+    }
+    if (const auto* parsed = std::get_if<ParsedText>(&row.target)) {
+        return " (default " + std::string(parsed->initial) + ")";
+    }
     const auto* number = std::get_if<WholeNumber>(&row.target);
     return number ? " (default " + std::to_string(Settings{}.*number->field) + ")" : "";
 }

@@ -18,6 +18,10 @@ void Messages::Error(const std::string& subject, const std::string& text) {
     WriteLine("claribox: " + (subject.empty() ? "" : subject + ": ") + text);
 }
 
+void Messages::Note(const std::string& subject, const std::string& text) {
+    Error(subject, text);
+}
+
 void Messages::Warning(const std::string& subject, const std::string& text) {
     Error(subject, "warning: " + text);
 }

@@ -18,6 +18,7 @@ public:
 
     /// `subject`, the file or verb concerned, may be empty.
     void Error(const std::string& subject, const std::string& text);
+    void Note(const std::string& subject, const std::string& text);
     void Warning(const std::string& subject, const std::string& text);
 
     /// Moves the bar on by one.

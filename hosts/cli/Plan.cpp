@@ -15,7 +15,9 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string Quoted(const fs::path& path) {
-    return "'" + path.string() + "'";
+    std::string quoted = "'";
+    quoted += path.string();
+    return quoted += '\'';
 }
 
 bool IsFolder(const fs::path& path) {

@@ -1,6 +1,7 @@
 // All that the options of any verb can set, with the defaults.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,14 +10,18 @@ namespace cli {
 struct Settings {
     std::vector<std::string> inputs;
     std::string output;
-    int radius = 3;  ///< pixels
-    int length = 15; ///< pixels
-    int degree = 30; ///< counter-clockwise from the right
+    int radius = 3;                 ///< pixels
+    int length = 15;                ///< pixels
+    int degree = 30;                ///< counter-clockwise from the right
+    std::optional<float> threshold; ///< in grey levels; none: measured on the picture
+    int rule = 0;                   ///< of shrinkage: 0 soft, 1 hard, 2 garrote
+    int band = 0;                   ///< of frequencies: 0 finest detail, 1 middle, 2 coarse rest
     int quality = 92;
     int jobs = 0; ///< 0: one for each processor
     bool force = false;
     bool strict = false;
     bool json = false;
+    bool verbose = false;
 };
 
 } // namespace cli

@@ -1,5 +1,6 @@
 #include "Verbs.h"
 
+#include "Denoise.h"
 #include "Info.h"
 
 #include <claribox/ChFunctions.h>
@@ -22,6 +23,8 @@ constexpr int LargestSafeBlurRadius = 5;
 constexpr int LargestLength = 23169;
 
 constexpr int LargestDegree = 360;
+
+constexpr int LargestBand = 2;
 
 std::string SideMisfit(const char* option, int value, int largest) {
     if (value <= largest) {
@@ -84,23 +87,26 @@ CImageFocus SizedFor(const PackedPixels& pixels) {
     return focus;
 }
 
-void Blur(const Settings& settings, const PackedPixels& pixels) {
+std::string Blur(const Settings& settings, const PackedPixels& pixels) {
     CImageFocus focus = SizedFor(pixels);
     focus.SetRadius(settings.radius);
     focus.Blur(pixels.data, pixels.format, pixels.pitch);
+    return {};
 }
 
-void MotionBlur(const Settings& settings, const PackedPixels& pixels) {
+std::string MotionBlur(const Settings& settings, const PackedPixels& pixels) {
     CImageFocus focus = SizedFor(pixels);
     focus.SetMotionLength(settings.length);
     focus.SetMotionDegree(settings.degree);
     focus.MotionBlur(pixels.data, pixels.format, pixels.pitch);
+    return {};
 }
 
-void DeBlur(const Settings& settings, const PackedPixels& pixels) {
+std::string DeBlur(const Settings& settings, const PackedPixels& pixels) {
     CImageFocus focus = SizedFor(pixels);
     focus.SetRadius(settings.radius);
     focus.DeBlur(pixels.data, pixels.format, pixels.pitch);
+    return {};
 }
 
 /// The options of every verb that writes pictures, after its own.
@@ -117,6 +123,7 @@ std::vector<OptionRow> WithPictureOptions(std::vector<OptionRow> own) {
         {"--force", "", "replace existing files, though never one of the pictures read", &Settings::force},
         {"--strict", "", "refuse a picture that could only be written with a loss, such as 16 bits reduced to 8",
          &Settings::strict},
+        {"--verbose", "", "tell what was measured on each picture", &Settings::verbose},
     };
     own.insert(own.end(), common.begin(), common.end());
     return own;
@@ -138,6 +145,18 @@ const std::vector<Verb>& Table() {
          WithPictureOptions({{"--radius", "N", "radius of the defocus in pixels, at most the picture's smaller side",
                               WholeNumber{&Settings::radius, 1, LargestDeblurRadius}}}),
          PixelOperation{DeBlur, RadiusMisfit, RadiusWorkingBytes, NoCaution}},
+        {"denoise", "remove noise from pictures",
+         WithPictureOptions({{"--threshold", "auto|T",
+                              "strength of the noise in grey levels, or auto to measure it, which takes a picture of "
+                              "at least 96 by 96 pixels",
+                              ParsedText{ParseThreshold, "auto"}},
+                             {"--rule", "soft|hard|garrote", "how details above the threshold are kept",
+                              ParsedText{ParseRule, "soft"}}}),
+         PixelOperation{DenoisePixels, DenoiseMisfit, DenoiseWorkingBytes, NoCaution}},
+        {"band", "show one range of frequencies of pictures, in grey",
+         WithPictureOptions({{"--band", "N", "0 the finest detail, 1 the middle, 2 the coarse rest",
+                              WholeNumber{&Settings::band, 0, LargestBand}, true}}),
+         PixelOperation{ShowBand, BandMisfit, DenoiseWorkingBytes, NoCaution}},
         {"info",
          "print the version and what is known of the processor",
          {{"--json", "", "print a JSON object instead of text", &Settings::json}},

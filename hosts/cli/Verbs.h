@@ -21,8 +21,14 @@ struct WholeNumber {
     int high;
 };
 
-using Target =
-    std::variant<WholeNumber, bool Settings::*, std::string Settings::*, std::vector<std::string> Settings::*>;
+/// Any other text, read by a function that throws `UsageError` naming the option where it does not suit.
+struct ParsedText {
+    void (*parse)(Settings& settings, const std::string& option, const std::string& text);
+    const char* initial; ///< what the default would be written as
+};
+
+using Target = std::variant<WholeNumber, ParsedText, bool Settings::*, std::string Settings::*,
+                            std::vector<std::string> Settings::*>;
 
 struct OptionRow {
     const char* name; ///< "--radius", "-o,--output", or "IN" for the pictures themselves
@@ -34,8 +40,8 @@ struct OptionRow {
 
 /// An operation on the pixels of one picture.
 struct PixelOperation {
-    /// Works in place.
-    void (*apply)(const Settings& settings, const PackedPixels& pixels);
+    /// Works in place. Returns what --verbose tells of it, if anything.
+    std::string (*apply)(const Settings& settings, const PackedPixels& pixels);
 
     /// Says why a picture of this smaller side does not suit the settings; empty if it does.
     std::string (*misfit)(const Settings& settings, int smallerSide);

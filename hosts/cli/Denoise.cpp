@@ -1,0 +1,170 @@
+#include "Denoise.h"
+
+#include "Errors.h"
+
+#include <claribox/CImageDenoiser.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <iterator>
+#include <vector>
+
+namespace cli {
+namespace {
+
+constexpr int SmallestMeasured = 96;        // side of the square on which the library measures
+constexpr int LargestTooSmall = 8;          // side on which three levels of wavelets leave no band to speak of
+constexpr float LargestThreshold = 2040.0f; // no coefficient of three levels over bytes lies above 8 * 255
+
+constexpr const char* Rules[] = {"soft", "hard", "garrote"}; // in the order of the library's numbers
+
+/// Full-size planes of luminance and chrominance.
+struct YuvPlanes {
+    explicit YuvPlanes(std::size_t samples) : y(samples), u(samples), v(samples) {}
+
+    std::vector<unsigned char> y;
+    std::vector<unsigned char> u;
+    std::vector<unsigned char> v;
+};
+
+/// A sum of products with 16 fractional bits, rounded to the nearest byte.
+unsigned char RoundedByte(int sum) {
+    return static_cast<unsigned char>(std::clamp((sum + (1 << 15)) >> 16, 0, 255));
+}
+
+constexpr int Fixed(double factor) {
+    return static_cast<int>(factor * 65536.0 + (factor < 0.0 ? -0.5 : 0.5));
+}
+
+/// Calls work(red, green, blue, index) with each pixel. The colours stand in the order red, green, blue.
+template <typename Work>
+void ForEachPixel(const PackedPixels& pixels, Work work) {
+    const int bytes = pixels.format == FoPixelFmt_BGR24 ? 3 : 4;
+    std::size_t index = 0;
+    for (int row = 0; row < pixels.height; ++row) {
+        unsigned char* at = pixels.data + static_cast<std::ptrdiff_t>(row) * pixels.pitch;
+        for (int column = 0; column < pixels.width; ++column, at += bytes, ++index) {
+            work(at[0], at[1], at[2], index);
+        }
+    }
+}
+
+std::size_t CountOf(const PackedPixels& pixels) {
+    return static_cast<std::size_t>(pixels.width) * static_cast<std::size_t>(pixels.height);
+}
+
+YuvPlanes ToYuv(const PackedPixels& pixels) {
+    YuvPlanes planes(CountOf(pixels));
+    ForEachPixel(pixels, [&](int r, int g, int b, std::size_t k) {
+        constexpr int middle = 128 << 16;
+        planes.y[k] = RoundedByte(Fixed(0.299) * r + Fixed(0.587) * g + Fixed(0.114) * b);
+        planes.u[k] = RoundedByte(middle + Fixed(-0.168736) * r + Fixed(-0.331264) * g + Fixed(0.5) * b);
+        planes.v[k] = RoundedByte(middle + Fixed(0.5) * r + Fixed(-0.418688) * g + Fixed(-0.081312) * b);
+    });
+    return planes;
+}
+
+void FromYuv(const YuvPlanes& planes, const PackedPixels& pixels) {
+    ForEachPixel(pixels, [&](unsigned char& r, unsigned char& g, unsigned char& b, std::size_t k) {
+        const int y = planes.y[k] << 16;
+        const int u = planes.u[k] - 128;
+        const int v = planes.v[k] - 128;
+        r = RoundedByte(y + Fixed(1.402) * v);
+        g = RoundedByte(y + Fixed(-0.344136) * u + Fixed(-0.714136) * v);
+        b = RoundedByte(y + Fixed(1.772) * u);
+    });
+}
+
+CImageDenoiser SizedFor(const PackedPixels& pixels) {
+    CImageDenoiser denoiser;
+    denoiser.SetSize(pixels.width, pixels.height);
+    return denoiser;
+}
+
+std::string Report(const CImageDenoiser& denoiser) {
+    float threshold = 0.0f;
+    float second = 0.0f;
+    denoiser.GetThreshold(threshold, second);
+    char text[128];
+    std::snprintf(text, sizeof text, "threshold %.3f", static_cast<double>(threshold));
+    if (!denoiser.IsAuto()) {
+        return text;
+    }
+    int left = 0;
+    int top = 0;
+    int right = 0;
+    int bottom = 0;
+    denoiser.GetEstRect(left, top, right, bottom);
+    return std::string(text) + ", measured on columns " + std::to_string(left) + " to " + std::to_string(right - 1) +
+           " and rows " + std::to_string(top) + " to " + std::to_string(bottom - 1);
+}
+
+} // namespace
+
+std::string DenoisePixels(const Settings& settings, const PackedPixels& pixels) {
+    YuvPlanes planes = ToYuv(pixels);
+    CImageDenoiser denoiser = SizedFor(pixels);
+    denoiser.SetThresholdType(settings.rule);
+    denoiser.SetAutoMeasure(!settings.threshold);
+    if (settings.threshold) {
+        denoiser.SetThreshold(*settings.threshold, -1.0f);
+    }
+    denoiser.Denoise_YUV(planes.y.data(), planes.u.data(), planes.v.data());
+    FromYuv(planes, pixels);
+    return Report(denoiser);
+}
+
+std::string ShowBand(const Settings& settings, const PackedPixels& pixels) {
+    YuvPlanes planes = ToYuv(pixels);
+    SizedFor(pixels).ShowFreqBand(planes.y.data(), settings.band);
+    ForEachPixel(pixels,
+                 [&](unsigned char& r, unsigned char& g, unsigned char& b, std::size_t k) { r = g = b = planes.y[k]; });
+    return {};
+}
+
+std::string BandMisfit(const Settings&, int smallerSide) {
+    return smallerSide > LargestTooSmall
+               ? ""
+               : "has a side of " + std::to_string(smallerSide) + " pixels; take a picture of " +
+                     std::to_string(LargestTooSmall + 1) + " or more on both sides";
+}
+
+std::string DenoiseMisfit(const Settings& settings, int smallerSide) {
+    if (smallerSide <= LargestTooSmall || settings.threshold || smallerSide >= SmallestMeasured) {
+        return BandMisfit(settings, smallerSide);
+    }
+    const std::string least = std::to_string(SmallestMeasured);
+    return "is smaller than the " + least + " by " + least +
+           " pixels on which noise is measured; give --threshold a number, such as 5";
+}
+
+std::int64_t DenoiseWorkingBytes(const Settings&, std::int64_t pixels) {
+    constexpr std::int64_t scratch = std::int64_t{2} << 20;
+    return 3 * pixels + 2 * 4 * pixels + scratch;
+}
+
+void ParseThreshold(Settings& settings, const std::string& option, const std::string& text) {
+    if (text == "auto") {
+        settings.threshold.reset();
+        return;
+    }
+    float value = 0.0f;
+    const char* const last = text.data() + text.size();
+    const auto [end, error] = std::from_chars(text.data(), last, value);
+    if (error != std::errc{} || end != last || !(value >= 0.0f && value <= LargestThreshold)) {
+        throw UsageError(option + " takes auto or a number from 0 to " +
+                         std::to_string(static_cast<int>(LargestThreshold)) + ", not '" + text + "'");
+    }
+    settings.threshold = value;
+}
+
+void ParseRule(Settings& settings, const std::string& option, const std::string& text) {
+    const auto* const found = std::find(std::begin(Rules), std::end(Rules), text);
+    if (found == std::end(Rules)) {
+        throw UsageError(option + " takes soft, hard or garrote, not '" + text + "'");
+    }
+    settings.rule = static_cast<int>(found - std::begin(Rules));
+}
+
+} // namespace cli

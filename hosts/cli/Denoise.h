@@ -1,0 +1,31 @@
+// The verbs on noise and frequency ranges: colour conversion around the library's denoiser.
+#pragma once
+
+#include "PackedPixels.h"
+#include "Settings.h"
+
+#include <cstdint>
+#include <string>
+
+namespace cli {
+
+/// Denoises luminance and chrominance and converts back; returns which threshold was used and where it was measured.
+/// Red, green and blue become full-range BT.601 luminance and chrominance and return from them, both rounded to the
+/// nearest byte, as in JPEG files (ITU-T T.871); greyscale passes through unrounded.
+std::string DenoisePixels(const Settings& settings, const PackedPixels& pixels);
+
+/// Replaces the pixels by one frequency range of their luminance, in grey.
+std::string ShowBand(const Settings& settings, const PackedPixels& pixels);
+
+/// Why a picture of this smaller side cannot be denoised, or split into ranges, with these settings.
+std::string DenoiseMisfit(const Settings& settings, int smallerSide);
+std::string BandMisfit(const Settings& settings, int smallerSide);
+
+/// Bytes both take beside the picture.
+std::int64_t DenoiseWorkingBytes(const Settings& settings, std::int64_t pixels);
+
+/// Read the text of an option into the settings or throw `UsageError`, which names `option`.
+void ParseThreshold(Settings& settings, const std::string& option, const std::string& text);
+void ParseRule(Settings& settings, const std::string& option, const std::string& text);
+
+} // namespace cli
