@@ -2,6 +2,8 @@
 // (tests/wavelet/FilterSetTest.cpp holds them to a checksum and to their mathematics).
 #include "WaveletFilterSet.h"
 
+#include "processor/LoadOrder.h"
+
 #include <bit>
 #include <cstdint>
 
@@ -83,21 +85,23 @@ WaveletFilterSet Orthogonal(int extension, const float (&taps)[kTaps], int first
     return WaveletFilterSet(extension, taps, kTaps, first, nullptr, 0, 0);
 }
 
+CLARIBOX_AT_LOAD(4) const processor::ConstantGroup constantsBeforeSets;
+
 } // namespace
 
-WaveletFilterSet FilterSetHaar = Orthogonal(kPeriodic, kHaarLow, 0);
-WaveletFilterSet FilterSetDaub4 = Orthogonal(kPeriodic, kDaub4Low, 0);
-WaveletFilterSet FilterSetDaub6 = Orthogonal(kPeriodic, kDaub6Low, 0);
-WaveletFilterSet FilterSetDaub8 = Orthogonal(kPeriodic, kDaub8Low, 0);
-WaveletFilterSet FilterSetCdf97 = Biorthogonal(kCdf97Analysis, -4, kCdf97Synthesis, -3);
-WaveletFilterSet FilterSet10x18 = Biorthogonal(k10x18Analysis, -4, k10x18Synthesis, -8);
-WaveletFilterSet FilterSetSym9 = Orthogonal(kMirror, kSym9Low, -4);
-WaveletFilterSet FilterSetCdf97b = Biorthogonal(kCdf97Analysis, -4, kCdf97Synthesis, -3);
-WaveletFilterSet FilterSet10x10 = Biorthogonal(k10x10Analysis, -4, k10x10Synthesis, -4);
-WaveletFilterSet FilterSetCdf97c = Biorthogonal(kCdf97Analysis, -4, kCdf97Synthesis, -3);
-WaveletFilterSet FilterSet13x11 = Biorthogonal(k13x11Analysis, -6, k13x11Synthesis, -5);
-WaveletFilterSet FilterSet6x10 = Biorthogonal(k6x10Analysis, -2, k6x10Synthesis, -4);
-WaveletFilterSet FilterSet5x3 = Biorthogonal(k5x3Analysis, -2, k5x3Synthesis, -1);
-WaveletFilterSet FilterSet2x6 = Biorthogonal(k2x6Analysis, 0, k2x6Synthesis, -2);
-WaveletFilterSet FilterSet9x3 = Biorthogonal(k9x3Analysis, -4, k9x3Synthesis, -1);
-WaveletFilterSet FilterSetDenoise = Biorthogonal(kDenoiseAnalysis, -4, kDenoiseSynthesis, -3);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSetHaar = Orthogonal(kPeriodic, kHaarLow, 0);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSetDaub4 = Orthogonal(kPeriodic, kDaub4Low, 0);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSetDaub6 = Orthogonal(kPeriodic, kDaub6Low, 0);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSetDaub8 = Orthogonal(kPeriodic, kDaub8Low, 0);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSetCdf97 = Biorthogonal(kCdf97Analysis, -4, kCdf97Synthesis, -3);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSet10x18 = Biorthogonal(k10x18Analysis, -4, k10x18Synthesis, -8);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSetSym9 = Orthogonal(kMirror, kSym9Low, -4);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSetCdf97b = Biorthogonal(kCdf97Analysis, -4, kCdf97Synthesis, -3);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSet10x10 = Biorthogonal(k10x10Analysis, -4, k10x10Synthesis, -4);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSetCdf97c = Biorthogonal(kCdf97Analysis, -4, kCdf97Synthesis, -3);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSet13x11 = Biorthogonal(k13x11Analysis, -6, k13x11Synthesis, -5);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSet6x10 = Biorthogonal(k6x10Analysis, -2, k6x10Synthesis, -4);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSet5x3 = Biorthogonal(k5x3Analysis, -2, k5x3Synthesis, -1);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSet2x6 = Biorthogonal(k2x6Analysis, 0, k2x6Synthesis, -2);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSet9x3 = Biorthogonal(k9x3Analysis, -4, k9x3Synthesis, -1);
+CLARIBOX_AT_LOAD(4) WaveletFilterSet FilterSetDenoise = Biorthogonal(kDenoiseAnalysis, -4, kDenoiseSynthesis, -3);
