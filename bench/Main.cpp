@@ -1,5 +1,6 @@
 // claribox_bench [--picture=FILE.ppm] [--vector_class=NAME|all] [options of Google Benchmark]: measures the library,
 // and peers beside it, in one run and on one thread.
+#include "CopyBench.h"
 #include "FocusBench.h"
 #include "Picture.h"
 #include "processor/ProcessorCensus.h"
@@ -69,6 +70,7 @@ void Configure(std::vector<char*>& arguments) {
         throw std::runtime_error("results are wrong; nothing was measured");
     }
     bench::RegisterFocusBenchmarks(pictures, classes);
+    bench::RegisterCopyBenchmarks();
     benchmark::AddCustomContext("widest_vector_class", simd::Name(widest));
     benchmark::AddCustomContext("opencv_version", CV_VERSION);
 }

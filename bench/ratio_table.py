@@ -33,7 +33,7 @@ def read_run(path):
     repetitions = collections.defaultdict(lambda: collections.defaultdict(list))
     with open(path, encoding="utf-8") as file:
         for entry in json.load(file)["benchmarks"]:
-            if entry["run_type"] == "iteration":
+            if entry["run_type"] == "iteration" and "ns_per_pixel" in entry:
                 operation, size, subject = entry["run_name"].split("/")[:3]
                 repetitions[operation, size][subject].append(entry)
     return {case: {subject: times_of(entries) for subject, entries in subjects.items()}
