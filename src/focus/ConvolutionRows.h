@@ -9,13 +9,15 @@
 namespace focus {
 
 /// The row functions may read and, unless told otherwise, write up to this many elements past their count, so that
-/// they need no tail loops.
+/// they need no tail loops. Sums and folded samples of a row stand in an order of each class's own within this many
+/// columns.
 inline constexpr int kRowSlack = 64;
 
-/// One coefficient of a sparse or asymmetric kernel.
-struct Tap {
-    std::ptrdiff_t offset;     ///< from the sample at the output column to the one that meets the coefficient
-    std::uint32_t coefficient; ///< 16.16, two's complement
+/// Two coefficients of a sparse or asymmetric kernel, each split as 65536 * high + low.
+struct TapPair {
+    std::ptrdiff_t offset[2]; ///< from the sample at the output column to the one that meets the coefficient
+    std::uint32_t low;        ///< two 16-bit numbers with sign, side by side, the first tap's in the low half
+    std::uint16_t high[2];
 };
 
 /// A kernel that equals its mirror images, and the layout of its folded rows.
@@ -29,23 +31,24 @@ struct MirroredKernel {
     int halfCols;
     int pairCount;                     ///< halfCols / 2 + 1
     int columns;                       ///< a multiple of kRowSlack
-    std::ptrdiff_t rowStride;          ///< elements from one folded row to the next
     bool hasBox;                       ///< every coefficient is 65536 more than it says
     const std::uint32_t* coefficients; ///< for each row from the middle, for each pair: those of the two distances
 };
 
 struct ConvolutionRows {
-    /// Folds `count` samples and their neighbours; with a box it reads the folded row before.
-    void (*FoldRow)(const MirroredKernel& kernel, const std::uint8_t* samples, std::uint32_t* folded, int count);
+    /// Folds `count` samples and their neighbours; `before` is the folded row above, whose running sums go on.
+    void (*FoldRow)(const MirroredKernel& kernel, const std::uint8_t* samples, const std::uint32_t* before,
+                    std::uint32_t* folded, int count);
 
-    /// sums[x] = the mirrored kernel's sum of products at column x of the folded row `middle`, modulo 2^32. Reads
-    /// halfRows folded rows below it and as many above, with a box one more.
-    void (*SumFolded)(const MirroredKernel& kernel, const std::uint32_t* middle, std::int32_t* sums, int count);
+    /// sums[x] = the mirrored kernel's sum of products at column x, modulo 2^32. `rows` are the 2 * halfRows + 1 folded
+    /// rows that the kernel covers, from the top down, after the one above them.
+    void (*SumFolded)(const MirroredKernel& kernel, const std::uint32_t* const* rows, std::int32_t* sums, int count);
 
     /// sums[x] = the sum of coefficient times samples[x + offset] over all taps, modulo 2^32.
-    void (*SumTaps)(const std::uint8_t* samples, const Tap* taps, int tapCount, std::int32_t* sums, int count);
+    void (*SumTaps)(const std::uint8_t* samples, const TapPair* pairs, int pairCount, std::int32_t* sums, int count);
 
-    /// samples[x] = sums[x] * reciprocals[x], truncated toward zero and saturated to 0..255. Writes no slack.
+    /// samples[x] = sums[x] * reciprocals[x], truncated toward zero and saturated to 0..255. Writes no slack. The
+    /// reciprocals stand in natural order.
     void (*PackQuotients)(const std::int32_t* sums, const double* reciprocals, std::uint8_t* samples, int count);
 
     /// The same with one reciprocal for all.

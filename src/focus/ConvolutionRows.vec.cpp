@@ -1,5 +1,8 @@
 // The budget of the folded form: a folded sample is at most 4 * 255 = 1020 and a coefficient 16 bits with sign, so
 // that a pair of products stays below 2^27 and never saturates; sums of pairs wrap at 32 bits, as the filter requires.
+//
+// Samples are widened to 16 bits, interleaved in pairs, summed and packed to bytes again: each step stays within 16
+// bytes of a vector, and the last undoes the order of the second.
 #include "ConvolutionRows.h"
 
 #include "simd/Vector.h"
@@ -9,115 +12,143 @@ namespace {
 
 using namespace simd::CLARIBOX_VECTOR_CLASS;
 
-constexpr int kStep = kLanes<std::uint32_t>;
-constexpr int kBlock = 4; // vectors of sums that one pass keeps in registers
+constexpr int kLane32 = kLanes<std::uint32_t>;
+constexpr int kStep = 2 * kLane32; // columns whose samples fill a vector once widened
+constexpr int kBlock = 4;          // vectors of sums that one pass keeps in registers
+constexpr int kTapBlock = 2;       // the same in steps, with as many vectors of high parts
+
+// 65536 times the sum of both 16-bit halves.
+U32 HighSum(U16 pair) {
+    const U32 both = reinterpret_cast<U32>(pair);
+    return (both << 16) + (both & 0xFFFF0000u);
+}
+
+U16 LoadPair(const std::uint8_t* at, int distance) {
+    return LoadWidenedU8(at - distance) + LoadWidenedU8(at + distance);
+}
 
 template <bool hasBox>
-void FoldRowWith(const MirroredKernel& kernel, const std::uint8_t* samples, std::uint32_t* folded, int count) {
-    const auto atDistance = [](const std::uint8_t* at, int j) { return LoadWidenedU8(at - j) + LoadWidenedU8(at + j); };
+void FoldRowWith(const MirroredKernel kernel, const std::uint8_t* samples, const std::uint32_t* before,
+                 std::uint32_t* folded, int count) {
     for (int x = 0; x < count; x += kStep) {
-        const std::uint8_t* const at = samples + x;
+        SplitColumns<U16> box = {}; // sums of even and odd distances apart, modulo 2^16
         std::uint32_t* plane = folded + x;
-        U16 box = {}; // sums of even and odd distances apart, modulo 2^16
-        for (int p = 0; p < kernel.pairCount; ++p, plane += kernel.columns) {
-            U32 pair = p == 0 ? LoadWidenedU8(at) : atDistance(at, 2 * p);
-            if (2 * p < kernel.halfCols) {
-                pair |= atDistance(at, 2 * p + 1) << 16;
-            }
-            Store(plane, pair);
+        U16 even = LoadWidenedU8(samples + x);
+        for (int j = 1;; j += 2, plane += kernel.columns) {
+            const U16 odd = j <= kernel.halfCols ? LoadPair(samples + x, j) : U16{};
+            const SplitColumns<U32> pairs = Interleave(even, odd);
+            Store(plane, pairs.even);
+            Store(plane + kLane32, pairs.odd);
             if (hasBox) {
-                box += reinterpret_cast<U16>(pair);
+                box.even += reinterpret_cast<U16>(pairs.even);
+                box.odd += reinterpret_cast<U16>(pairs.odd);
             }
+            if (j >= kernel.halfCols) {
+                break;
+            }
+            even = LoadPair(samples + x, j + 1);
         }
         if (hasBox) {
-            const U32 both = reinterpret_cast<U32>(box);
-            Store(plane, Load<U32>(plane - kernel.rowStride) + (both << 16) + (both & 0xFFFF0000u));
+            const std::ptrdiff_t at = kernel.pairCount * kernel.columns + x;
+            Store(folded + at, Load<U32>(before + at) + HighSum(box.even));
+            Store(folded + at + kLane32, Load<U32>(before + at + kLane32) + HighSum(box.odd));
         }
     }
 }
 
-void FoldRow(const MirroredKernel& kernel, const std::uint8_t* samples, std::uint32_t* folded, int count) {
-    (kernel.hasBox ? FoldRowWith<true> : FoldRowWith<false>)(kernel, samples, folded, count);
+void FoldRow(const MirroredKernel& kernel, const std::uint8_t* samples, const std::uint32_t* before,
+             std::uint32_t* folded, int count) {
+    (kernel.hasBox ? FoldRowWith<true> : FoldRowWith<false>)(kernel, samples, before, folded, count);
 }
 
-void SumFoldedBlock(const MirroredKernel& kernel, const std::uint32_t* middle, std::int32_t* sums) {
+void SumFoldedBlock(const MirroredKernel& kernel, const std::uint32_t* const* rows, int x, std::int32_t* sums) {
     I32 sum[kBlock] = {};
     if (kernel.hasBox) {
-        const std::uint32_t* const box = middle + kernel.pairCount * kernel.columns;
-        const std::uint32_t* const last = box + kernel.halfRows * kernel.rowStride;
-        const std::uint32_t* const before = box - (kernel.halfRows + 1) * kernel.rowStride;
+        const std::ptrdiff_t at = kernel.pairCount * kernel.columns + x;
+        const std::uint32_t* const last = rows[2 * kernel.halfRows + 1] + at;
+        const std::uint32_t* const before = rows[0] + at;
         for (int k = 0; k < kBlock; ++k) {
-            sum[k] = reinterpret_cast<I32>(Load<U32>(last + k * kStep) - Load<U32>(before + k * kStep));
+            sum[k] = reinterpret_cast<I32>(Load<U32>(last + k * kLane32) - Load<U32>(before + k * kLane32));
         }
     }
+    const std::uint32_t* const* const middle = rows + kernel.halfRows + 1;
     const std::uint32_t* coefficients = kernel.coefficients;
-    for (int p = 0; p < kernel.pairCount; ++p) {
-        const I16 weights = reinterpret_cast<I16>(U32{} + *coefficients++);
-        for (int k = 0; k < kBlock; ++k) {
-            const I16 samples = Load<I16>(middle + p * kernel.columns + k * kStep);
-            sum[k] = AddProductPairs(sum[k], samples, weights);
-        }
-    }
-    for (int i = 1; i <= kernel.halfRows; ++i) {
-        const std::uint32_t* above = middle - i * kernel.rowStride;
-        const std::uint32_t* below = middle + i * kernel.rowStride;
+    for (int i = 0; i <= kernel.halfRows; ++i) {
+        const std::uint32_t* above = middle[-i] + x;
+        const std::uint32_t* below = middle[i] + x;
         for (int p = 0; p < kernel.pairCount; ++p, above += kernel.columns, below += kernel.columns) {
             const I16 weights = reinterpret_cast<I16>(U32{} + *coefficients++);
             for (int k = 0; k < kBlock; ++k) {
-                const I16 samples = Load<I16>(above + k * kStep) + Load<I16>(below + k * kStep);
+                I16 samples = Load<I16>(above + k * kLane32);
+                if (i > 0) {
+                    samples += Load<I16>(below + k * kLane32);
+                }
                 sum[k] = AddProductPairs(sum[k], samples, weights);
             }
         }
     }
     for (int k = 0; k < kBlock; ++k) {
-        Store(sums + k * kStep, sum[k]);
+        Store(sums + k * kLane32, sum[k]);
     }
 }
 
-void SumFolded(const MirroredKernel& kernel, const std::uint32_t* middle, std::int32_t* sums, int count) {
-    for (int x = 0; x < count; x += kBlock * kStep) {
-        SumFoldedBlock(kernel, middle + x, sums + x);
+void SumFolded(const MirroredKernel& kernel, const std::uint32_t* const* rows, std::int32_t* sums, int count) {
+    for (int x = 0; x < count; x += kBlock * kLane32) {
+        SumFoldedBlock(kernel, rows, x, sums + x);
     }
 }
 
-void SumTaps(const std::uint8_t* samples, const Tap* taps, int tapCount, std::int32_t* sums, int count) {
-    for (int x = 0; x < count; x += kBlock * kStep) {
-        U32 sum[kBlock] = {};
-        for (int t = 0; t < tapCount; ++t) {
-            const std::uint8_t* at = samples + x + taps[t].offset;
-            for (int k = 0; k < kBlock; ++k) {
-                sum[k] += LoadWidenedU8(at + k * kStep) * taps[t].coefficient;
+void SumTaps(const std::uint8_t* samples, const TapPair* pairs, int pairCount, std::int32_t* sums, int count) {
+    for (int x = 0; x < count; x += kTapBlock * kStep) {
+        SplitColumns<I32> low[kTapBlock] = {};
+        U16 high[kTapBlock] = {}; // modulo 2^16, since all above falls off
+        for (int t = 0; t < pairCount; ++t) {
+            const TapPair& pair = pairs[t];
+            const I16 weights = reinterpret_cast<I16>(U32{} + pair.low);
+            for (int k = 0; k < kTapBlock; ++k) {
+                const U16 first = LoadWidenedU8(samples + x + k * kStep + pair.offset[0]);
+                const U16 second = LoadWidenedU8(samples + x + k * kStep + pair.offset[1]);
+                const SplitColumns<U32> both = Interleave(first, second);
+                low[k].even = AddProductPairs(low[k].even, reinterpret_cast<I16>(both.even), weights);
+                low[k].odd = AddProductPairs(low[k].odd, reinterpret_cast<I16>(both.odd), weights);
+                high[k] += first * pair.high[0] + second * pair.high[1];
             }
         }
-        for (int k = 0; k < kBlock; ++k) {
-            Store(sums + x + k * kStep, sum[k]);
+        for (int k = 0; k < kTapBlock; ++k) {
+            const SplitColumns<U32> highs = Interleave(U16{}, high[k]);
+            std::int32_t* const at = sums + x + k * kStep;
+            Store(at, reinterpret_cast<U32>(low[k].even) + highs.even);
+            Store(at + kLane32, reinterpret_cast<U32>(low[k].odd) + highs.odd);
         }
     }
 }
 
-// `factorsAt(x)` are the reciprocals of one vector of sums.
+// `factorsAt(x)` are the reciprocals of the columns of a step.
 template <typename FactorsAt>
 void PackQuotientsWith(const std::int32_t* sums, std::uint8_t* samples, int count, FactorsAt factorsAt) {
+    const auto packAt = [&](int x, std::uint8_t* target) {
+        const SplitColumns<F64Pair> factors = factorsAt(x);
+        StoreSaturatedU8(target, {TruncatedProducts(Load<I32>(sums + x), factors.even),
+                                  TruncatedProducts(Load<I32>(sums + x + kLane32), factors.odd)});
+    };
     int x = 0;
     for (; x <= count - kStep; x += kStep) {
-        StoreProductsAsU8(samples + x, Load<I32>(sums + x), factorsAt(x));
+        packAt(x, samples + x);
     }
     if (x < count) {
         std::uint8_t last[kStep];
-        StoreProductsAsU8(last, Load<I32>(sums + x), factorsAt(x));
+        packAt(x, last);
         __builtin_memcpy(samples + x, last, static_cast<std::size_t>(count - x));
     }
 }
 
 void PackQuotients(const std::int32_t* sums, const double* reciprocals, std::uint8_t* samples, int count) {
-    PackQuotientsWith(sums, samples, count, [reciprocals](int x) {
-        return F64Pair{Load<F64>(reciprocals + x), Load<F64>(reciprocals + x + kStep / 2)};
-    });
+    PackQuotientsWith(sums, samples, count, [reciprocals](int x) { return LoadSplit(reciprocals + x); });
 }
 
 void PackQuotientsByOne(const std::int32_t* sums, double reciprocal, std::uint8_t* samples, int count) {
     const F64 all = F64{} + reciprocal;
-    PackQuotientsWith(sums, samples, count, [all](int) { return F64Pair{all, all}; });
+    PackQuotientsWith(sums, samples, count, [all](int) { return SplitColumns<F64Pair>{{all, all}, {all, all}}; });
 }
 
 } // namespace

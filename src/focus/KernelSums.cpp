@@ -23,6 +23,10 @@ bool FitsInto16Bits(const QuantisedKernel& kernel, std::int32_t base) {
     return true;
 }
 
+int PlaneCount(const MirroredKernel& layout) {
+    return layout.pairCount + (layout.hasBox ? 1 : 0);
+}
+
 // All but the coefficients.
 MirroredKernel LayoutOf(const QuantisedKernel& kernel) {
     MirroredKernel layout{};
@@ -30,10 +34,8 @@ MirroredKernel LayoutOf(const QuantisedKernel& kernel) {
     layout.halfCols = kernel.ColsLeft();
     layout.pairCount = layout.halfCols / 2 + 1;
     layout.hasBox = !FitsInto16Bits(kernel, 0);
-    const int planes = layout.pairCount + (layout.hasBox ? 1 : 0);
-    const int cached = kCachedBytes / (kernel.Rows() * planes * static_cast<int>(sizeof(std::uint32_t)));
+    const int cached = kCachedBytes / (kernel.Rows() * PlaneCount(layout) * static_cast<int>(sizeof(std::uint32_t)));
     layout.columns = std::clamp(cached / kRowSlack * kRowSlack, kRowSlack, kMostColumns);
-    layout.rowStride = std::ptrdiff_t{planes} * layout.columns;
     return layout;
 }
 
@@ -65,13 +67,17 @@ MirroredSums::MirroredSums(const QuantisedKernel& kernel, const SourceBand& band
     : m_band(band), m_layout(LayoutOf(kernel)) {
     m_coefficients = PairedCoefficients(kernel, m_layout);
     m_layout.coefficients = m_coefficients.data();
-    m_folded.resize(static_cast<std::size_t>(1 + kernel.Rows() - 1 + band.Capacity()) *
-                    static_cast<std::size_t>(m_layout.rowStride));
+    const std::size_t rowSize =
+        static_cast<std::size_t>(PlaneCount(m_layout)) * static_cast<std::size_t>(m_layout.columns);
+    const auto ringRows = static_cast<std::size_t>(kernel.Rows()) + 1;
+    m_ring.resize(ringRows * rowSize);
+    for (std::size_t row = 0; row < 2 * ringRows; ++row) {
+        m_foldedRows.push_back(m_ring.data() + row % ringRows * rowSize);
+    }
 }
 
 void MirroredSums::StartTile(int x, int count) {
     m_count = count;
-    m_foldedRows = 0;
     m_nextSource = m_band.Row(m_band.First() - m_layout.halfRows) + x;
     for (int k = 0; k < 2 * m_layout.halfRows; ++k) {
         FoldNextRow();
@@ -79,24 +85,39 @@ void MirroredSums::StartTile(int x, int count) {
 }
 
 void MirroredSums::FoldNextRow() {
-    ++m_foldedRows;
-    m_rows.FoldRow(m_layout, m_nextSource, FoldedRow(m_foldedRows), m_count);
+    const std::uint32_t* const before = m_foldedRows[m_last];
+    m_last = (m_last + 1) % (m_foldedRows.size() / 2);
+    m_rows.FoldRow(m_layout, m_nextSource, before, m_foldedRows[m_last], m_count);
     m_nextSource += m_band.Stride();
 }
 
 void MirroredSums::SumNextRow(std::int32_t* sums) {
     FoldNextRow();
-    m_rows.SumFolded(m_layout, FoldedRow(m_foldedRows - m_layout.halfRows), sums, m_count);
+    // After the last row of the ring comes the first, the oldest held: the one above those that the kernel covers.
+    m_rows.SumFolded(m_layout, m_foldedRows.data() + m_last + 1, sums, m_count);
 }
 
 TapSums::TapSums(const QuantisedKernel& kernel, const SourceBand& band) : m_band(band) {
+    int taps = 0;
     for (int i = 0; i < kernel.Rows(); ++i) {
         for (int j = 0; j < kernel.Cols(); ++j) {
-            if (kernel.At(i, j) != 0) {
-                const auto rows = static_cast<std::ptrdiff_t>(i) - kernel.RowsAbove();
-                m_taps.push_back({rows * static_cast<std::ptrdiff_t>(band.Stride()) + j - kernel.ColsLeft(),
-                                  static_cast<std::uint32_t>(kernel.At(i, j))});
+            const std::int32_t coefficient = kernel.At(i, j);
+            if (coefficient == 0) {
+                continue;
             }
+            const std::ptrdiff_t offset =
+                std::ptrdiff_t{i - kernel.RowsAbove()} * static_cast<std::ptrdiff_t>(band.Stride()) + j -
+                kernel.ColsLeft();
+            const auto low = static_cast<std::int16_t>(coefficient);
+            const auto high = static_cast<std::uint16_t>((std::int64_t{coefficient} - low) >> 16);
+            const int side = taps++ % 2;
+            if (side == 0) {
+                m_pairs.push_back({{offset, offset}, 0, {0, 0}});
+            }
+            TapPair& pair = m_pairs.back();
+            pair.offset[side] = offset;
+            pair.low |= std::uint32_t{static_cast<std::uint16_t>(low)} << 16 * side;
+            pair.high[side] = high;
         }
     }
 }
@@ -107,7 +128,7 @@ void TapSums::StartTile(int x, int count) {
 }
 
 void TapSums::SumNextRow(std::int32_t* sums) {
-    m_rows.SumTaps(m_nextSource, m_taps.data(), static_cast<int>(m_taps.size()), sums, m_count);
+    m_rows.SumTaps(m_nextSource, m_pairs.data(), static_cast<int>(m_pairs.size()), sums, m_count);
     m_nextSource += m_band.Stride();
 }
 

@@ -26,29 +26,28 @@ public:
     static bool Serves(const QuantisedKernel& kernel);
 
     MirroredSums(const QuantisedKernel& kernel, const SourceBand& band);
+    MirroredSums(const MirroredSums&) = delete; // holds addresses of its own parts
 
     int TileColumns() const { return m_layout.columns; }
     void StartTile(int x, int count);
     void SumNextRow(std::int32_t* sums);
 
 private:
-    std::uint32_t* FoldedRow(int index) {
-        return m_folded.data() + static_cast<std::ptrdiff_t>(index) * m_layout.rowStride;
-    }
     void FoldNextRow();
 
     const SourceBand& m_band;
     const ConvolutionRows& m_rows = ActiveConvolutionRows();
     std::vector<std::uint32_t> m_coefficients;
     MirroredKernel m_layout;
-    simd::AlignedVector<std::uint32_t> m_folded; // the first row only begins the running sums
+    simd::AlignedVector<std::uint32_t> m_ring; // as many folded rows as the kernel covers, and one above
+    std::vector<std::uint32_t*> m_foldedRows;  // twice around the ring, so that any rows of it follow each other
     int m_count = 0;
-    int m_foldedRows = 0;
+    std::size_t m_last = 0; // row of the ring that was folded last
     const std::uint8_t* m_nextSource = nullptr;
 };
 
-/// Sums for any kernel: one 32-bit multiplication a coefficient that is not zero. A motion kernel of length 15 has
-/// about 20 of them among its 961.
+/// Sums for any kernel, over the coefficients that are not zero: a motion kernel of length 15 has about 20 of them
+/// among its 961. Two at a time, each split into two parts of 16 bits.
 class TapSums {
 public:
     TapSums(const QuantisedKernel& kernel, const SourceBand& band);
@@ -60,7 +59,7 @@ public:
 private:
     const SourceBand& m_band;
     const ConvolutionRows& m_rows = ActiveConvolutionRows();
-    std::vector<Tap> m_taps;
+    std::vector<TapPair> m_pairs;
     int m_count = 0;
     const std::uint8_t* m_nextSource = nullptr;
 };

@@ -67,20 +67,45 @@ inline void Store(void* address, Vector vector) {
     __builtin_memcpy(address, &vector, sizeof vector);
 }
 
-/// The `kLanes<std::uint32_t>` bytes at any address, widened. g++ 12 widens generic vectors of bytes one by one.
-inline U32 LoadWidenedU8(const std::uint8_t* address) {
+/// The `kLanes<std::uint16_t>` bytes at any address, widened. g++ 12 widens generic vectors of bytes one by one.
+inline U16 LoadWidenedU8(const std::uint8_t* address) {
 #if defined(CLARIBOX_VECTOR_AVX512)
-    return reinterpret_cast<U32>(
-        _mm512_maskz_cvtepu8_epi32(0xFFFF, _mm_loadu_si128(reinterpret_cast<const __m128i*>(address))));
+    return reinterpret_cast<U16>(_mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(address))));
 #elif defined(CLARIBOX_VECTOR_AVX2)
-    return reinterpret_cast<U32>(_mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(address))));
+    return reinterpret_cast<U16>(_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(address))));
 #elif defined(CLARIBOX_VECTOR_SSE2)
-    const __m128i zero = _mm_setzero_si128();
-    const __m128i bytes = _mm_loadu_si32(address);
-    return reinterpret_cast<U32>(_mm_unpacklo_epi16(_mm_unpacklo_epi8(bytes, zero), zero));
+    const __m128i bytes = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(address));
+    return reinterpret_cast<U16>(_mm_unpacklo_epi8(bytes, _mm_setzero_si128()));
 #else
-    using Bytes = VectorOf<std::uint8_t, kLanes<std::uint32_t>>::Type;
-    return __builtin_convertvector(Load<Bytes>(address), U32);
+    using Bytes = VectorOf<std::uint8_t, kLanes<std::uint16_t>>::Type;
+    return __builtin_convertvector(Load<Bytes>(address), U16);
+#endif
+}
+
+/// Two vectors of 32-bit lanes that hold the columns 0 .. 2 * kLanes - 1 of a row in split order: `even` those of the
+/// fours 0, 2, 4 .. of columns, `odd` those of the fours 1, 3, 5 .. . It is the order in which the instructions that
+/// interleave and pack, each within 16 bytes, come and go.
+template <typename Vector>
+struct SplitColumns {
+    Vector even;
+    Vector odd;
+};
+
+/// For each column the 16-bit numbers of a and b side by side, that of a in the low half.
+inline SplitColumns<U32> Interleave(U16 a, U16 b) {
+#if defined(CLARIBOX_VECTOR_AVX512)
+    const __m512i first = reinterpret_cast<__m512i>(a);
+    const __m512i second = reinterpret_cast<__m512i>(b);
+    return {reinterpret_cast<U32>(_mm512_unpacklo_epi16(first, second)),
+            reinterpret_cast<U32>(_mm512_unpackhi_epi16(first, second))};
+#elif defined(CLARIBOX_VECTOR_AVX2)
+    const __m256i first = reinterpret_cast<__m256i>(a);
+    const __m256i second = reinterpret_cast<__m256i>(b);
+    return {reinterpret_cast<U32>(_mm256_unpacklo_epi16(first, second)),
+            reinterpret_cast<U32>(_mm256_unpackhi_epi16(first, second))};
+#else
+    return {reinterpret_cast<U32>(__builtin_shufflevector(a, b, 0, 8, 1, 9, 2, 10, 3, 11)),
+            reinterpret_cast<U32>(__builtin_shufflevector(a, b, 4, 12, 5, 13, 6, 14, 7, 15))};
 #endif
 }
 
@@ -147,45 +172,81 @@ inline I32 AddProductPairs(I32 sum, I16 a, I16 b) {
     return WrappingAdd(sum, MultiplyAddPairs(a, b));
 }
 
-/// A double for each lane of 32 bits, in order.
+/// A double for each lane of a vector of 32-bit lanes, in order.
 struct F64Pair {
     F64 low;
     F64 high;
 };
 
-/// Stores number * factor as `kLanes<std::int32_t>` bytes: truncated toward zero, then saturated to 0..255. A product
-/// of 2^31 or more gives 0, as it comes out of the processor's conversion.
-inline void StoreProductsAsU8(std::uint8_t* address, I32 numbers, F64Pair factors) {
+/// The doubles of columns 0 .. 2 * kLanes<std::int32_t> - 1, from any address.
+inline SplitColumns<F64Pair> LoadSplit(const double* address) {
+#if defined(CLARIBOX_VECTOR_AVX512)
+    const auto fours = [address](int first) {
+        return reinterpret_cast<F64>(_mm512_insertf64x4(_mm512_castpd256_pd512(_mm256_loadu_pd(address + 4 * first)),
+                                                        _mm256_loadu_pd(address + 4 * first + 8), 1));
+    };
+    return {{fours(0), fours(4)}, {fours(1), fours(5)}};
+#elif defined(CLARIBOX_VECTOR_AVX2)
+    return {{Load<F64>(address), Load<F64>(address + 8)}, {Load<F64>(address + 4), Load<F64>(address + 12)}};
+#else
+    return {{Load<F64>(address), Load<F64>(address + 2)}, {Load<F64>(address + 4), Load<F64>(address + 6)}};
+#endif
+}
+
+/// number * factor truncated toward zero. A product of 2^31 or more gives one that is negative, as it comes out of the
+/// processor's conversion.
+inline I32 TruncatedProducts(I32 numbers, F64Pair factors) {
 #if defined(CLARIBOX_VECTOR_AVX512)
     const __m512i all = reinterpret_cast<__m512i>(numbers);
     const __m512d low = _mm512_cvtepi32_pd(_mm512_castsi512_si256(all));
     const __m512d high = _mm512_cvtepi32_pd(_mm512_extracti64x4_epi64(all, 1));
-    const __m256i lowQuotients = _mm512_cvttpd_epi32(_mm512_mul_pd(low, reinterpret_cast<__m512d>(factors.low)));
-    const __m256i highQuotients = _mm512_cvttpd_epi32(_mm512_mul_pd(high, reinterpret_cast<__m512d>(factors.high)));
-    const __m512i quotients = _mm512_inserti64x4(_mm512_castsi256_si512(lowQuotients), highQuotients, 1);
-    const __m512i positive = _mm512_max_epi32(quotients, _mm512_setzero_si512());
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(address), _mm512_cvtusepi32_epi8(positive));
+    const __m256i lowProducts = _mm512_cvttpd_epi32(_mm512_mul_pd(low, reinterpret_cast<__m512d>(factors.low)));
+    const __m256i highProducts = _mm512_cvttpd_epi32(_mm512_mul_pd(high, reinterpret_cast<__m512d>(factors.high)));
+    return reinterpret_cast<I32>(_mm512_inserti64x4(_mm512_castsi256_si512(lowProducts), highProducts, 1));
 #elif defined(CLARIBOX_VECTOR_AVX2)
     const __m256i all = reinterpret_cast<__m256i>(numbers);
     const __m256d low = _mm256_cvtepi32_pd(_mm256_castsi256_si128(all));
     const __m256d high = _mm256_cvtepi32_pd(_mm256_extracti128_si256(all, 1));
-    const __m128i lowQuotients = _mm256_cvttpd_epi32(_mm256_mul_pd(low, reinterpret_cast<__m256d>(factors.low)));
-    const __m128i highQuotients = _mm256_cvttpd_epi32(_mm256_mul_pd(high, reinterpret_cast<__m256d>(factors.high)));
-    const __m128i words = _mm_packs_epi32(lowQuotients, highQuotients);
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(address), _mm_packus_epi16(words, words));
+    const __m128i lowProducts = _mm256_cvttpd_epi32(_mm256_mul_pd(low, reinterpret_cast<__m256d>(factors.low)));
+    const __m128i highProducts = _mm256_cvttpd_epi32(_mm256_mul_pd(high, reinterpret_cast<__m256d>(factors.high)));
+    return reinterpret_cast<I32>(_mm256_inserti128_si256(_mm256_castsi128_si256(lowProducts), highProducts, 1));
 #elif defined(CLARIBOX_VECTOR_SSE2)
     const __m128i all = reinterpret_cast<__m128i>(numbers);
     const __m128d low = _mm_cvtepi32_pd(all);
     const __m128d high = _mm_cvtepi32_pd(_mm_unpackhi_epi64(all, all));
-    const __m128i lowQuotients = _mm_cvttpd_epi32(_mm_mul_pd(low, reinterpret_cast<__m128d>(factors.low)));
-    const __m128i highQuotients = _mm_cvttpd_epi32(_mm_mul_pd(high, reinterpret_cast<__m128d>(factors.high)));
-    const __m128i words = _mm_packs_epi32(_mm_unpacklo_epi64(lowQuotients, highQuotients), _mm_setzero_si128());
-    _mm_storeu_si32(address, _mm_packus_epi16(words, words));
+    const __m128i lowProducts = _mm_cvttpd_epi32(_mm_mul_pd(low, reinterpret_cast<__m128d>(factors.low)));
+    const __m128i highProducts = _mm_cvttpd_epi32(_mm_mul_pd(high, reinterpret_cast<__m128d>(factors.high)));
+    return reinterpret_cast<I32>(_mm_unpacklo_epi64(lowProducts, highProducts));
 #else
+    I32 products{};
     for (int k = 0; k < kLanes<std::int32_t>; ++k) {
         const double product = numbers[k] * (k < kLanes<double> ? factors.low[k] : factors.high[k - kLanes<double>]);
-        const double saturated = product < 255.0 ? product : product < 0x1p31 ? 255.0 : 0.0;
-        address[k] = static_cast<std::uint8_t>(static_cast<std::int32_t>(saturated > 0.0 ? saturated : 0.0));
+        products[k] = product < 0x1p31 && product > -0x1p31 ? static_cast<std::int32_t>(product) : INT32_MIN;
+    }
+    return products;
+#endif
+}
+
+/// Stores 2 * kLanes<std::int32_t> numbers as bytes, saturated to 0..255.
+inline void StoreSaturatedU8(std::uint8_t* address, const SplitColumns<I32>& numbers) {
+#if defined(CLARIBOX_VECTOR_AVX512)
+    const __m512i words = _mm512_packs_epi32(reinterpret_cast<__m512i>(numbers.even), //
+                                             reinterpret_cast<__m512i>(numbers.odd));
+    const __m512i positive = _mm512_max_epi16(words, _mm512_setzero_si512());
+    _mm256_storeu_si256(reinterpret_cast<__m256i*>(address), _mm512_cvtusepi16_epi8(positive));
+#elif defined(CLARIBOX_VECTOR_AVX2)
+    const __m256i words = _mm256_packs_epi32(reinterpret_cast<__m256i>(numbers.even), //
+                                             reinterpret_cast<__m256i>(numbers.odd));
+    const __m256i bytes = _mm256_permute4x64_epi64(_mm256_packus_epi16(words, words), 0x08);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(address), _mm256_castsi256_si128(bytes));
+#elif defined(CLARIBOX_VECTOR_SSE2)
+    const __m128i words = _mm_packs_epi32(reinterpret_cast<__m128i>(numbers.even), //
+                                          reinterpret_cast<__m128i>(numbers.odd));
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(address), _mm_packus_epi16(words, words));
+#else
+    for (int k = 0; k < 2 * kLanes<std::int32_t>; ++k) {
+        const int number = k < 4 ? numbers.even[k] : numbers.odd[k - 4];
+        address[k] = static_cast<std::uint8_t>(number < 0 ? 0 : number > 255 ? 255 : number);
     }
 #endif
 }
