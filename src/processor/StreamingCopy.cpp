@@ -54,8 +54,10 @@ template <void (*store)(std::uint8_t*, __m64), std::uint32_t offset = 0>
 template <void (*store)(std::uint8_t*, __m64)>
 void CopyLines(Position& at, std::uint32_t lines) {
     for (; lines > 0; --lines) {
-        // May lie behind the source, where nothing is read: a prefetch is a hint that never faults.
+        // May lie behind the source, where nothing is read, since a prefetch is a hint that never faults; but where a
+        // pointer may not be moved to, hence the integer.
         const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(at.source) + PrefetchAhead;
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
         _mm_prefetch(reinterpret_cast<const char*>(ahead), _MM_HINT_NTA);
         CopyLine<store>(at);
     }

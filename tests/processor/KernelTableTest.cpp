@@ -4,7 +4,7 @@
 #include "processor/LoadOrder.h"
 #include "processor/MembersTest.h"
 
-#include <cstring>
+#include <bit>
 
 namespace {
 
@@ -87,8 +87,9 @@ TEST(KernelTable, IsFilledByTheTwoDestructors) {
 TEST(LoadOrder, ConstantGroupHasTheThreeFloats) {
     const processor::ConstantGroup group;
     static_assert(sizeof group == 3 * sizeof(float));
-    const unsigned expected[] = {0x40C90FDB, 0x3FB504F3, 0x3F317218}; // 2 pi, the square root of 2, the logarithm of 2
-    EXPECT_EQ(std::memcmp(&group, expected, sizeof group), 0);
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(group.twoPi), 0x40C90FDBu);
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(group.squareRootOfTwo), 0x3FB504F3u);
+    EXPECT_EQ(std::bit_cast<std::uint32_t>(group.logOfTwo), 0x3F317218u);
 }
 
 } // namespace
