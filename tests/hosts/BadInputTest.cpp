@@ -60,7 +60,7 @@ void ExpectRefusals(const std::vector<BadInput>& rows) {
 
 TEST(BadInput, CommandLine) {
     std::vector<BadInput> rows = {
-        {{}, 2, {"no verb given", "blur, motion-blur, deblur, info"}},
+        {{}, 2, {"no verb given", "blur, motion-blur, deblur, denoise, band, info"}},
         {{"sharpen", "in.png"}, 2, {"unknown verb 'sharpen'", "deblur"}},
         {{"--radius", "3"}, 2, {"no verb given"}},
         {{"blur", "in.png", "-o", "out.png", "--radios", "3"}, 2, {"unknown option", "'--radios'", "blur --help"}},
@@ -70,6 +70,12 @@ TEST(BadInput, CommandLine) {
         {{"blur", "in.png", "-o"}, 2, {"--output"}},
         {{"deblur", "in.png", "-o", "out.png", "--length", "3"}, 2, {"'--length'"}},
         {{"blur", "in.png", "-o", "out.png", "--radius", "2", "--radius", "3"}, 2, {"--radius"}},
+        {{"denoise", "in.png", "-o", "out.png", "--threshold", "-1"},
+         2,
+         {"--threshold takes auto or a number", "'-1'"}},
+        {{"denoise", "in.png", "-o", "out.png", "--threshold", "nan"}, 2, {"from 0 to 2040", "'nan'"}},
+        {{"denoise", "in.png", "-o", "out.png", "--rule", "Soft"}, 2, {"--rule takes soft, hard or garrote", "'Soft'"}},
+        {{"band", "in.png", "-o", "out.png"}, 2, {"--band is required"}},
     };
     struct Range {
         const char* verb;
@@ -82,6 +88,7 @@ TEST(BadInput, CommandLine) {
         {"deblur", "--radius", {"0", "11"}, "from 1 to 10"},
         {"motion-blur", "--length", {"0", "1e2", "23170"}, "from 1 to 23169"},
         {"motion-blur", "--degree", {"361", "-540", "auto"}, "from -360 to 360"},
+        {"band", "--band", {"-1", "3"}, "from 0 to 2"},
         {"blur", "--quality", {"0", "101"}, "from 1 to 100"},
         {"blur", "--jobs", {"-1", "many"}, "from 0 to 256"},
     };
@@ -109,6 +116,11 @@ TEST(BadInput, Pictures) {
         {{"blur", "line.png", "-o", "out.png", "--radius", "2"}, 1, {"line.png: --radius 2", "at most 1"}},
         {{"motion-blur", "line.png", "-o", "out.png", "--length", "1"}, 1, {"line.png: --length 1", "no value fits"}},
         {{"motion-blur", "in.png", "-o", "out.png", "--length", "23"}, 1, {"in.png: --length 23", "at most 22"}},
+        {{"denoise", "in.png", "-o", "out.png"}, 1, {"in.png: is smaller than the 96 by 96", "give --threshold"}},
+        {{"denoise", "line.png", "-o", "out.png", "--threshold", "3"},
+         1,
+         {"line.png: has a side of 1 pixels", "9 or more"}},
+        {{"band", "line.png", "-o", "out.png", "--band", "1"}, 1, {"line.png: has a side of 1 pixels", "9 or more"}},
         {{"blur", "huge.hdr", "-o", "out.png"}, 1, {"huge.hdr: too large at 50000x50000", "715827797 pixels"}},
     };
     for (const char* name : {"cut_in.png", "cut_in.jpg", "cut_in.tif", "cut_in.webp", "cut_in.gif"}) {

@@ -1,0 +1,108 @@
+// The verbs on noise: what they make of pictures, and what they tell.
+#include "CommandRun.h"
+#include "TestPictures.h"
+
+#include <claribox/CImageDenoiser.h>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <random>
+
+namespace {
+
+constexpr int kWidth = 131;
+constexpr int kHeight = 107;
+
+/// A flat grey of 128 with noise of deviation 10 in each band.
+vips::VImage NoisyPicture(int bands) {
+    std::mt19937 generator(11);
+    std::normal_distribution<double> noise(128.0, 10.0);
+    std::vector<unsigned char> samples(static_cast<std::size_t>(kWidth * kHeight * bands));
+    for (unsigned char& sample : samples) {
+        sample = static_cast<unsigned char>(std::lround(noise(generator)));
+    }
+    const auto space = bands < 3 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB;
+    return vips::VImage::new_from_memory(samples.data(), samples.size(), kWidth, kHeight, bands, VIPS_FORMAT_UCHAR)
+        .copy(vips::VImage::option()->set("interpretation", space))
+        .copy_memory();
+}
+
+struct Case {
+    std::vector<std::string> arguments;
+    void (*operation)(CImageDenoiser& denoiser, unsigned char* y, unsigned char* u, unsigned char* v);
+};
+
+// Greyscale is its own luminance, so that the library's answer is the picture's.
+TEST(Denoise, GreyscaleIsTheLibrarysForEachVerb) {
+    const Case cases[] = {
+        {{"denoise"}, [](CImageDenoiser& d, auto... planes) { d.Denoise_YUV(planes...); }},
+        {{"denoise", "--threshold", "7.5", "--rule", "hard"},
+         [](CImageDenoiser& d, auto... planes) {
+             d.SetAutoMeasure(false);
+             d.SetThreshold(7.5f, -1.0f);
+             d.SetThresholdType(1);
+             d.Denoise_YUV(planes...);
+         }},
+        {{"denoise", "--rule", "garrote", "--threshold=auto"},
+         [](CImageDenoiser& d, auto... planes) {
+             d.SetThresholdType(2);
+             d.Denoise_YUV(planes...);
+         }},
+        {{"band", "--band", "0"},
+         [](CImageDenoiser& d, unsigned char* y, unsigned char*, unsigned char*) { d.ShowFreqBand(y, 0); }},
+        {{"band", "--band", "2"},
+         [](CImageDenoiser& d, unsigned char* y, unsigned char*, unsigned char*) { d.ShowFreqBand(y, 2); }},
+    };
+    for (const Case& row : cases) {
+        SCOPED_TRACE(testing::PrintToString(row.arguments));
+        const TemporaryFolder folder;
+        const vips::VImage picture = NoisyPicture(1);
+        Save(picture, folder / "in.png");
+        std::vector<std::string> arguments = row.arguments;
+        arguments.insert(arguments.end(), {"in.png", "-o", "out.png"});
+        const RunResult result = RunCommand(folder, arguments);
+        ASSERT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(result.out + result.err, "");
+        std::vector<unsigned char> expected = Samples(picture);
+        std::vector<unsigned char> u(expected.size(), 128);
+        std::vector<unsigned char> v(expected.size(), 128);
+        CImageDenoiser denoiser;
+        denoiser.SetSize(kWidth, kHeight);
+        row.operation(denoiser, expected.data(), u.data(), v.data());
+        EXPECT_EQ(Samples(Load(folder / "out.png")), expected);
+    }
+}
+
+// One colour everywhere has no noise: only the conversion and back is left, and alpha is not touched at all.
+TEST(Denoise, ColoursSurviveTheConversionAndAlphaIsKept) {
+    std::mt19937 generator(12);
+    for (int k = 0; k < 12; ++k) {
+        const std::vector<double> colour = {
+            static_cast<double>(generator() % 256), static_cast<double>(generator() % 256),
+            static_cast<double>(generator() % 256), static_cast<double>(generator() % 256)};
+        const TemporaryFolder folder;
+        Save(PlainPicture(colour, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB), folder / "in.png");
+        const RunResult result = RunCommand(folder, {"denoise", "in.png", "-o", "out.png", "--threshold", "5"});
+        ASSERT_EQ(result.status, 0) << result.err;
+        const std::vector<unsigned char> out = Samples(Load(folder / "out.png"));
+        for (std::size_t at = 0; at < out.size(); ++at) {
+            const int allowed = at % 4 == 3 ? 0 : 2; // of luminance and chrominance, each rounded to bytes
+            ASSERT_LE(std::abs(out[at] - static_cast<int>(colour[at % 4])), allowed) << testing::PrintToString(colour);
+        }
+    }
+}
+
+TEST(Denoise, TellsThresholdAndRegionAndLessensTheNoise) {
+    const TemporaryFolder folder;
+    const vips::VImage picture = NoisyPicture(3);
+    Save(picture, folder / "in.png");
+    const RunResult result = RunCommand(folder, {"denoise", "in.png", "-o", "out.png", "--verbose"});
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_NE(result.err.find("in.png: threshold "), std::string::npos) << result.err;
+    EXPECT_NE(result.err.find(", measured on columns "), std::string::npos) << result.err;
+    EXPECT_LT(Load(folder / "out.png").deviate(), 0.5 * picture.deviate());
+}
+
+} // namespace
