@@ -8,4 +8,6 @@ target_compile_options(claribox_flags INTERFACE
   -ffp-contract=off
   # g++ 12 loses the rounding of a pair of doubles to float when its straight-line vectoriser joins the two stores;
   # tests/kernels/FloatStoreTest.cpp would notice.
-  $<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize>)
+  $<$<CXX_COMPILER_ID:GNU>:-fno-tree-slp-vectorize>
+  # The x87 unit of 32-bit builds keeps results wider than their type until they are stored.
+  $<$<AND:$<CXX_COMPILER_ID:GNU>,$<EQUAL:${CMAKE_SIZEOF_VOID_P},4>>:-ffloat-store>)

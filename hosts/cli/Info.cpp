@@ -111,7 +111,7 @@ int PrintInfo(const Settings& settings) {
     } else {
         PrintText(rows);
     }
-    return std::fflush(stdout) == 0 ? ExitDone : ExitPictureFailed;
+    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? ExitDone : ExitPictureFailed;
 }
 
 } // namespace cli

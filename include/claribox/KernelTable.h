@@ -22,7 +22,8 @@ struct KernelTableSlots {
     void (*PackS32ToU8)(const std::int32_t* source, std::uint8_t* destination, std::uint32_t count);
 
     /// Narrows `count` floats to bytes, saturating to 0..255. The plain member truncates toward zero; vector members
-    /// round to nearest even in whole passes of 16 and truncate the last `count` mod 16 elements.
+    /// round by the rounding mode in force, to nearest even by default, in whole passes of 16 and truncate the last
+    /// `count` mod 16 elements. NaN gives 0.
     void (*PackF32ToU8)(const float* source, std::uint8_t* destination, std::uint32_t count);
 
     /// Widens `count` bytes to the exact floats of their values.
@@ -32,7 +33,9 @@ struct KernelTableSlots {
     void (*ScaleF32)(float* vector, float factor, std::int32_t count);
 
     /// Returns the sum of products of two vectors of `count` floats. The plain member sums in extended precision in
-    /// index order; vector members keep four partial sums and may read two elements past `count`.
+    /// index order; vector members keep four partial sums over whole passes of 4 and then take `count` mod 3 further
+    /// elements, required as it stands: they leave some out at the end of some counts, and read up to two elements past
+    /// `count` at others, which the caller must provide.
     float (*DotF32)(const float* first, const float* second, std::int32_t count);
 
     /// Halves a tight plane of `width` by `height` bytes by picking: destination (x, y) is source (2x, 2y). The
@@ -43,8 +46,8 @@ struct KernelTableSlots {
     void (*ExpandU8ToComplex)(const std::uint8_t* source, ChComplex* destination, std::uint32_t count);
 
     /// Narrows the real parts of `count` pairs to bytes. The plain member clamps to 0..255, stores the clamped value
-    /// back into the source and truncates; vector members leave the source alone, round to nearest even with
-    /// saturation in whole passes of 16, and truncate the rest to its low byte without a clamp.
+    /// back into the source and truncates; vector members leave the source alone, round as PackF32ToU8
+    /// does with saturation in whole passes of 16, and truncate the rest to its low byte without a clamp.
     void (*PackComplexToU8)(ChComplex* source, std::uint8_t* destination, std::uint32_t count);
 
     /// Widens `count` floats v to the pairs (v, 0.0).

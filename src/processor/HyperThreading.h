@@ -8,7 +8,8 @@ namespace processor {
 /// Stores in `siblings` the logical processors of one package, 1..255 (0 where they cannot be told), and in `packages`
 /// the packages that the logical processors of the system make up (-1 where that cannot be told).
 ///
-/// Only where the processor is a "GenuineIntel" of family 15 or above with the feature bit of hyper-threading does it
+/// Only where the processor is a "GenuineIntel" whose family field is 15 or whose extended family is not 0, with the
+/// feature bit of hyper-threading, does it
 /// look at the affinity of the caller, visit the processors one by one and put the affinity back.
 HyperThreadingStatus DetectHyperThreading(ProcessorPort& port, int& packages, int& siblings);
 

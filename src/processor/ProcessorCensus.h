@@ -34,7 +34,7 @@ struct CensusResults {
     std::uint32_t type = 0;           ///< 0..3, kept on "GenuineIntel" only
     char vendor[13] = "------------"; ///< as the processor gives it
     char name[49] = "";               ///< for display, without the clock; may be empty
-    std::uint32_t megahertz = 0;      ///< measured clock of the time stamp counter; 0 where it cannot be measured
+    std::uint32_t megahertz = 0; ///< measured clock, or an estimate by family without a time stamp counter; 0: unknown
     std::int32_t status = NotCapable; ///< a `HyperThreadingStatus`
 };
 
@@ -56,20 +56,21 @@ extern const std::uint32_t& ProcessorMHz;
 extern const std::int32_t& ProcessorHTStatus;
 
 /// Processor packages; -1 where it could not be found out, 0 where a package reports more logical processors than the
-/// system has in use. The three counts are filled at load, are zero before, and are only read afterwards; they are no
-/// constants so that tests can force either form of an operation that chooses by them.
+/// system has in use. The three counts are zero before the load, which fills them, and are only read afterwards; they
+/// are no constants so that tests can force either form of an operation that chooses by them.
 extern int CensusPackages;
 
-/// Cores in one package, 1..64.
+/// Cores in one package, 1..64 once counted.
 extern int CensusCoresPerPackage;
 
-/// Logical processors of one core, 0..255. By the rule of `CountProcessors` 0 on all processors with several cores on
-/// which hyper-threading is not possible.
+/// Logical processors of one core, 0..255. By the rule of `CountProcessors` 0 wherever a package tells fewer logical
+/// processors than cores, on processors of several cores without hyper-threading among others, and where the packages
+/// are unknown.
 extern int CensusThreadsPerCore;
 
 /// Examines the processor of this machine into `processor::MachineResults`; to be called once, at load. Returns 0, or
-/// -1 where the processor has no CPUID, with all results as they stood. Measures the clock, which takes a third of a
-/// millisecond or more, and may visit the processors as `CountProcessors` does.
+/// -1 where the processor has no CPUID, with all results as they stood. Measures the clock, which takes 0.3 to 2.1
+/// milliseconds of processor time, and may visit the processors as `CountProcessors` does.
 int ProcessorCensus();
 
 /// The same for the machine behind `port`, into `results`.
@@ -78,7 +79,8 @@ int ProcessorCensus(processor::ProcessorPort& port, processor::CensusResults& re
 /// Counts the processors of this machine. Stores packages (-1 where unknown), cores per package and logical processors
 /// per core, and returns a `processor::HyperThreadingStatus`.
 ///
-/// On "GenuineIntel" processors of family 15 and above that report hyper-threading, the calling thread visits one
+/// On "GenuineIntel" processors whose family field is 15 or whose extended family is not 0, and that report
+/// hyper-threading with two or more logical processors in a package, the calling thread visits one
 /// processor after the other and is then free to run where it was before. On all others it is never moved.
 int CountProcessors(int& packages, int& coresPerPackage, int& threadsPerCore);
 

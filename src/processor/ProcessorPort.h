@@ -30,7 +30,8 @@ constexpr int TimeCriticalPriority = 15;
 class ProcessorPort {
 public:
     /// Reads CPUID with EAX = `leaf` and ECX = `subleaf` into `registers`. Where the processor has no CPUID (leaf 0
-    /// tells) or not this leaf, returns false with all registers zero.
+    /// tells), returns false with all registers zero. A leaf above the highest may do the same or give another's data:
+    /// callers ask for the highest leaf first.
     virtual bool ReadCpuid(std::uint32_t leaf, std::uint32_t subleaf, CpuidRegisters& registers) = 0;
 
     /// Returns the initial local APIC identifier (CPUID leaf 1, EBX bits 24 to 31) of the processor that runs the call.
