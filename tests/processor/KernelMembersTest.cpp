@@ -243,8 +243,8 @@ TEST_P(KernelMembersTest, DotKeepsFourSumsAndTakesATailOfCountModulo3) {
     }
     // Sums that only extended precision, and only this order, keep apart.
     for (const float large : {0x1p60f, 0x1p70f}) {
-        GuardedBuffer<float> first(4);
-        GuardedBuffer<float> second(4);
+        GuardedBuffer<float> first(6); // with slack, as above
+        GuardedBuffer<float> second(6);
         for (std::size_t k = 0; k < 4; ++k) {
             first.Write(k, k == 0 ? large : k == 2 ? -large : 3.0f);
             second.Write(k, 1.0f);
