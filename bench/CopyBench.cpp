@@ -1,12 +1,12 @@
 #include "CopyBench.h"
 
+#include "ProcessorTime.h"
 #include "processor/KernelMembers.h"
 
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
 #include <cstring>
-#include <ctime>
 #include <memory>
 #include <string>
 #include <vector>
@@ -32,12 +32,6 @@ Block MakeBlock(std::uint32_t size, int first) {
         bytes[k] = static_cast<std::uint8_t>(first + static_cast<int>(k % 251));
     }
     return block;
-}
-
-double ProcessorSeconds() {
-    std::timespec now;
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
 void Measure(benchmark::State& state, Copy copy, std::uint32_t size) {

@@ -1,6 +1,7 @@
 #include "FocusBench.h"
 
 #include "MemoryMeter.h"
+#include "ProcessorTime.h"
 
 #include <claribox/CImageFocus.h>
 #include <claribox/ChFunctions.h>
@@ -13,7 +14,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <functional>
 #include <memory>
 
@@ -151,14 +151,6 @@ double WorkingKiB(const Run& run, Picture& picture) {
     const MemoryMeter meter;
     run(picture);
     return (static_cast<double>(meter.PeakBytes()) - 3.0 * static_cast<double>(picture.PixelCount())) / 1024.0;
-}
-
-// Processor time of the process, which neighbours on the machine disturb less than the clock on the wall. All subjects
-// run on one thread; should one start more, they count as well.
-double ProcessorSeconds() {
-    std::timespec now;
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
 }
 
 void Measure(benchmark::State& state, const Subject& subject, const Picture& original, Picture& work) {

@@ -1,6 +1,7 @@
 // claribox_bench [--picture=FILE.ppm] [--vector_class=NAME|all] [options of Google Benchmark]: measures the library,
 // and peers beside it, in one run and on one thread.
 #include "CopyBench.h"
+#include "DenoiseBench.h"
 #include "FocusBench.h"
 #include "Picture.h"
 #include "processor/ProcessorCensus.h"
@@ -66,10 +67,11 @@ void Configure(std::vector<char*>& arguments) {
         pictures = {bench::MakePhotograph(512, 512), bench::MakePhotograph(640, 427),
                     bench::MakePhotograph(kLargeWidth, kLargeHeight)};
     }
-    if (!bench::CheckFocusOperations(classes)) {
+    if (!bench::CheckFocusOperations(classes) || !bench::CheckDenoiser(classes)) {
         throw std::runtime_error("results are wrong; nothing was measured");
     }
     bench::RegisterFocusBenchmarks(pictures, classes);
+    bench::RegisterDenoiseBenchmarks(pictures, classes);
     bench::RegisterCopyBenchmarks();
     benchmark::AddCustomContext("widest_vector_class", simd::Name(widest));
     benchmark::AddCustomContext("opencv_version", CV_VERSION);

@@ -22,6 +22,8 @@ TARGETS = {
     ("MotionBlur_length_15_degree_30", "filter2D"): 0.1,
     ("DeBlur_radius_3", "filter2D"): 0.3,
     ("DeBlur_radius_10", "filter2D"): 0.25,
+    ("Denoise_YUV", "vaguedenoiser"): 0.3,
+    ("Denoise_YUV", "plain"): 0.05,
 }
 MILLISECONDS = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}
 
