@@ -15,7 +15,7 @@ namespace {
 
 constexpr int SmallestMeasured = 96;        // side of the square on which the library measures
 constexpr int LargestTooSmall = 8;          // side on which three levels of wavelets leave no band to speak of
-constexpr float LargestThreshold = 2040.0f; // no coefficient of three levels over bytes lies above 8 * 255
+constexpr float LargestThreshold = 2040.0f; // no detail of three levels over bytes comes near 8 * 255
 
 constexpr const char* Rules[] = {"soft", "hard", "garrote"}; // in the order of the library's numbers
 

@@ -12,7 +12,8 @@ void CImageDenoiser::SetSize(int width, int height) {
     m_Height = height;
 }
 
-// The second argument works as a flag: it cannot set the second threshold to a value of its own. Required.
+// The second argument works as a flag: it cannot set the second threshold to a value of its own. Required;
+// DenoiserStateTest pins it.
 void CImageDenoiser::SetThreshold(float first, float second) {
     m_Threshold = first;
     if (second == -1.0f) {

@@ -1,7 +1,7 @@
 // What happens to the wavelet coefficients between the two halves of the transform, and to the chrominance.
 //
 // The ranges are cut at halves and eighths of the plane, whether or not those meet the bands of an odd size, and two
-// of them overlap: both required.
+// of them overlap: both required, and pinned by CoefficientShapingTest.
 #include <claribox/CImageDenoiser.h>
 
 #include "NeighbourMeans.h"
@@ -19,8 +19,8 @@ struct Span {
     int end;
 };
 
-/// The ranges of the operations of the same names in row r of a plane of width W and height H. The rim at exactly an
-/// eighth belongs to none of them.
+/// The ranges of the operations of the same names in row r of a plane of width W and height H. The corner up to
+/// an eighth, rim included, belongs to neither High nor Middle, and the rim not to Low.
 struct Ranges {
     int W;
     int H;

@@ -3,17 +3,23 @@
 #include "SkewedMeans.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <vector>
 
 namespace denoise {
 namespace {
+
+template <typename Sample>
+Sample* RowOf(const MeanArea<Sample>& area, int y) {
+    return area.plane + static_cast<std::ptrdiff_t>(y) * area.width;
+}
 
 // The plain form, for any radius. Wide is the type in which samples are subtracted and added.
 template <typename Wide, typename Sample, typename Keep>
 void SmoothPlain(const MeanArea<Sample>& area, int radius, Wide tolerance, Keep keep) {
     for (int y = area.top; y < area.top + area.rows; ++y) {
         for (int x = area.left; x < area.left + area.columns; ++x) {
-            const Wide centre = area.Row(y)[x];
+            const Wide centre = RowOf(area, y)[x];
             if (keep(centre)) {
                 continue;
             }
@@ -21,7 +27,7 @@ void SmoothPlain(const MeanArea<Sample>& area, int radius, Wide tolerance, Keep 
             int count = 0;
             for (int ny = std::max(0, y - radius); ny <= std::min(area.height - 1, y + radius); ++ny) {
                 for (int nx = std::max(0, x - radius); nx <= std::min(area.width - 1, x + radius); ++nx) {
-                    const Wide sample = area.Row(ny)[nx];
+                    const Wide sample = RowOf(area, ny)[nx];
                     const bool unlike = sample - centre > tolerance || sample - centre < -tolerance;
                     if (!unlike) { // an unordered difference counts
                         sum += sample;
@@ -30,7 +36,7 @@ void SmoothPlain(const MeanArea<Sample>& area, int radius, Wide tolerance, Keep 
                 }
             }
             if (count > 0) {
-                area.Row(y)[x] = static_cast<Sample>(sum / count);
+                RowOf(area, y)[x] = static_cast<Sample>(sum / count);
             }
         }
     }

@@ -2,7 +2,6 @@
 // new values when they serve as neighbours, which is part of the result.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
 namespace denoise {
@@ -18,8 +17,6 @@ struct MeanArea {
     int top;
     int columns;
     int rows;
-
-    Sample* Row(int y) const { return plane + static_cast<std::ptrdiff_t>(y) * width; }
 };
 
 /// Each byte p becomes the mean, truncated, of those samples in the square of side 2 * radius + 1 around it that differ

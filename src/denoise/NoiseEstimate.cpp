@@ -5,6 +5,7 @@
 #include "wavelet/WaveletTransform.h"
 
 #include <cmath>
+#include <cstddef>
 #include <limits>
 #include <vector>
 
@@ -98,7 +99,8 @@ void CImageDenoiser::_probe_region(unsigned char* plane) {
     }
 }
 
-// The mean absolute detail of the two finest levels. The sum is a float, rounded at each step: required.
+// The mean absolute detail of the two finest levels. The sum is a float, rounded at each step: required,
+// and pinned by NoiseEstimateTest.
 float CImageDenoiser::_estimate_noise(unsigned char* plane) {
     using namespace denoise;
     std::vector<float> square(kEstSide * kEstSide);

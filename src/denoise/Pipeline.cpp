@@ -4,6 +4,7 @@
 #include "Constants.h"
 #include "wavelet/WaveletTransform.h"
 
+#include <cstddef>
 #include <memory>
 
 namespace {

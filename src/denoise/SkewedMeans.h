@@ -13,6 +13,9 @@
 #include "NeighbourMeans.h"
 #include "simd/VectorClass.h"
 
+#include <cstddef>
+#include <cstdint>
+
 namespace denoise {
 
 struct SkewedMeans {

@@ -133,7 +133,8 @@ private:
         for (int block = firstColumn; block < lastColumn; block += kBlock) {
             const int end = block + kBlock < lastColumn ? block + kBlock : lastColumn;
             for (int lane = firstLane; lane <= lastLane; ++lane) {
-                Sample* const row = m_area.Row(m_top + lane - 1) + m_area.left;
+                Sample* const row =
+                    m_area.plane + static_cast<std::ptrdiff_t>(m_top + lane - 1) * m_area.width + m_area.left;
                 Element* const cells = CellAt(kSkew * lane, lane);
                 for (int x = block; x < end; ++x) {
                     work(row[x], cells[x * kStride]);

@@ -1,5 +1,6 @@
 #include "LineFilters.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <numeric>
 
@@ -53,11 +54,13 @@ void RowFilter::Sum(int output, float* out, int count) {
     m_functions.WeightedSum(m_sources.data(), m_weights.data(), static_cast<int>(terms.size()), out, count);
 }
 
-ColumnFilter::ColumnFilter(const Pass& pass)
-    : m_pass(pass), m_rows(pass.size, pass.margin, pass.ends), m_sources(LargestTermCount(pass.terms)),
-      m_weights(LargestTermCount(pass.terms)) {
+ColumnFilter::ColumnFilter(const Pass& pass, int columns)
+    : m_pass(pass), m_columns(columns), m_rows(pass.size, pass.margin, pass.ends),
+      m_sources(LargestTermCount(pass.terms)), m_weights(LargestTermCount(pass.terms)) {
     const auto rows = static_cast<std::size_t>(pass.size) + 1;
-    m_stripColumns = std::max(std::size_t{1}, kStripBytes / (rows * sizeof(float) * kColumnStep)) * kColumnStep;
+    const std::size_t wanted = (static_cast<std::size_t>(columns) + kColumnStep - 1) / kColumnStep;
+    const std::size_t fitting = kStripBytes / (rows * sizeof(float) * kColumnStep);
+    m_stripColumns = std::max(std::size_t{1}, std::min(wanted, fitting)) * kColumnStep;
     m_strip.resize(rows * m_stripColumns);
     if (pass.direction == Pass::Direction::Forward) {
         std::vector<int> numbers(static_cast<std::size_t>(pass.size + 2 * pass.margin));
@@ -70,10 +73,10 @@ ColumnFilter::ColumnFilter(const Pass& pass)
     }
 }
 
-void ColumnFilter::Filter(const float* source, float* out, std::ptrdiff_t stride, int count) {
+void ColumnFilter::Filter(const float* source, float* out, std::ptrdiff_t stride) {
     const int step = static_cast<int>(m_stripColumns);
-    for (int x = 0; x < count; x += step) {
-        const int columns = std::min(step, count - x);
+    for (int x = 0; x < m_columns; x += step) {
+        const int columns = std::min(step, m_columns - x);
         for (int y = 0; y < m_pass.size; ++y) {
             std::copy_n(source + y * stride + x, columns,
                         m_strip.data() + static_cast<std::size_t>(y + 1) * m_stripColumns);

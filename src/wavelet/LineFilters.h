@@ -54,16 +54,17 @@ class ColumnFilter {
 public:
     static constexpr std::size_t kStripBytes = std::size_t{512} << 10;
 
-    explicit ColumnFilter(const Pass& pass);
+    ColumnFilter(const Pass& pass, int columns);
 
-    /// Filters columns 0 .. count - 1. Source row y, of size rows, is source + y * stride; the output, which may be
+    /// Filters columns 0 .. columns - 1. Source row y, of size rows, is source + y * stride; the output, which may be
     /// the same plane, likewise.
-    void Filter(const float* source, float* out, std::ptrdiff_t stride, int count);
+    void Filter(const float* source, float* out, std::ptrdiff_t stride);
 
 private:
     void SumRow(int output, int k, float* out, int count);
 
     Pass m_pass;
+    int m_columns;
     // Stands for the source row at each place of the sequences: its number, counted from 1, negative where the mirror
     // image changes the sign, 0 for a row of zeros.
     LineSequences<int> m_rows;

@@ -42,7 +42,7 @@ void FilterRows(const Pass& pass, const float* source, float* out, std::ptrdiff_
 }
 
 void FilterColumns(const Pass& pass, const float* source, float* out, std::ptrdiff_t stride, int count) {
-    wavelet::ColumnFilter(pass).Filter(source, out, stride, count);
+    wavelet::ColumnFilter(pass, count).Filter(source, out, stride);
 }
 
 void CopyPlane(const float* input, float* output, int width, int height) {

@@ -17,9 +17,10 @@ public:
     explicit WaveletTransform(const WaveletFilterSet& set);
 
     /// Transforms width * height floats of `input` into `output`, another array, through `levels` levels; 0 copies.
-    /// `extension` is 0 for periodic lines, 1 for mirrored ones, -1 for the choice of the set. Rows go first. With
-    /// mirrored lines a level that starts from 2 samples or fewer in a direction prints two warnings and an error and
-    /// goes on all the same. Needs two lines and a strip of columns of working memory, below 2 MiB.
+    /// `extension` is 0 for periodic lines, -1 for the choice of the set, 1 or any other value for mirrored ones. Rows
+    /// go first. With mirrored lines a level that starts from 2 samples or fewer in a direction prints two warnings and
+    /// an error and goes on all the same. Needs a few lines and a strip of columns of working memory, below 2 MiB up to
+    /// 16000 samples a side.
     void Forward2D(const float* input, float* output, int width, int height, int levels, int extension) const;
 
     /// The inverse: columns first, from the deepest level out. `levels` must be at least 1. Exact up to the rounding of
@@ -27,19 +28,22 @@ public:
     void Inverse2D(const float* input, float* output, int width, int height, int levels, int extension) const;
 
     /// One line. `in` and `out` hold size + 2 * margin floats; the samples stand from index `margin` on, and so does
-    /// the result: (size + 1) / 2 low samples and then the high ones. The margins of `in` are filled by its extension.
-    /// `extension` is 0 or 1. Every product is added in more than single precision and each sum rounded to float at
-    /// once, tap after tap.
+    /// the result: (size + 1) / 2 low samples and then the high ones. The margins of `in` are filled by its extension,
+    /// those of `out` are left alone. `extension` is 0 or 1. Every product is added in more than single precision and
+    /// each sum rounded to float at once, tap after tap.
     void ForwardLine(float* in, float* out, int size, int extension) const;
 
     /// The inverse line: low and high samples in, `size` samples out. `in` is left alone.
     void InverseLine(const float* in, float* out, int size, int extension) const;
 
     /// Continues `size` samples from index `margin` on by their mirror image into both margins. Kind 1 mirrors about
-    /// the last sample, kind 2 about the gap behind it; a sign of -1 makes the image antisymmetric.
+    /// the last sample, kind 2 about the gap behind it; a sign of -1 makes the image antisymmetric, with a 0 between
+    /// line and image at an end of kind 1. Beyond one image the line repeats by its period; where that is not above 0,
+    /// the rest of the margins stays. `buffer` holds size + 2 * margin floats.
     void ExtendMirror(float* buffer, int size, int leftKind, int rightKind, int sign) const;
 
-    /// Repeats `size` samples from index `margin` on into both margins.
+    /// Repeats `size` samples from index `margin` on into both margins of a buffer of size + 2 * margin
+    /// floats. The size is at least 1.
     void ExtendPeriodic(float* buffer, int size) const;
 
     WaveletFilter* lowAnalysis;

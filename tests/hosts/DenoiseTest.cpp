@@ -94,6 +94,24 @@ TEST(Denoise, ColoursSurviveTheConversionAndAlphaIsKept) {
     }
 }
 
+// The weights of BT.601: 0.299, 0.587 and 0.114.
+TEST(Denoise, BandShowsTheLuminanceOfBt601) {
+    const struct {
+        std::vector<double> colour;
+        int luminance;
+    } rows[] = {{{255, 0, 0, 9}, 76}, {{0, 255, 0, 9}, 150}, {{0, 0, 255, 9}, 29}};
+    for (const auto& row : rows) {
+        const TemporaryFolder folder;
+        Save(PlainPicture(row.colour, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB), folder / "in.png");
+        const RunResult result = RunCommand(folder, {"band", "in.png", "-o", "out.png", "--band", "2"});
+        ASSERT_EQ(result.status, 0) << result.err;
+        const std::vector<unsigned char> out = Samples(Load(folder / "out.png"));
+        for (std::size_t at = 0; at < out.size(); ++at) {
+            ASSERT_EQ(out[at], at % 4 == 3 ? 9 : row.luminance) << testing::PrintToString(row.colour);
+        }
+    }
+}
+
 TEST(Denoise, TellsThresholdAndRegionAndLessensTheNoise) {
     const TemporaryFolder folder;
     const vips::VImage picture = NoisyPicture(3);
