@@ -23,7 +23,7 @@ struct Size {
 // Heights about the rows that a band of each class and type holds, widths shorter and longer than such a band is tall.
 constexpr Size kSizes[] = {{1, 1},  {2, 1},  {1, 2},   {5, 3},   {1, 40},   {40, 1},  {9, 9},
                            {70, 7}, {3, 65}, {33, 31}, {34, 32}, {131, 33}, {67, 64}, {200, 17}};
-constexpr int kTolerances[] = {0, 1, 20, 50, 254, 255, 256, 40000};
+constexpr int kTolerances[] = {0, 1, 50, 255, 256, 40000};
 
 template <typename Sample, typename Expect, typename Actual>
 void ExpectSame(const std::vector<Sample>& source, const Size& size, Expect expect, Actual actual) {
@@ -69,7 +69,7 @@ TEST_P(NeighbourMeansTest, BytesEqualThePlainForm) {
     for (const Size& size : kSizes) {
         for (const int noise : {255, 30}) {
             for (const int tolerance : kTolerances) {
-                for (int radius = 0; radius <= 3; ++radius) {
+                for (int radius = 0; radius <= 2; ++radius) {
                     SCOPED_TRACE(::testing::Message() << size.width << " by " << size.height << ", noise " << noise
                                                       << ", tolerance " << tolerance << ", radius " << radius);
                     CImageDenoiser denoiser = DenoiserOf(size.width, size.height);
