@@ -39,11 +39,12 @@ public:
     void SetNoiseFactor(float noiseFactor);
     double GetNoiseFactor() const;
 
-    /// Length of motion in pixels, 1 or more and below the picture's smaller side.
+    /// Length of motion in pixels, 1 or more and not above the picture's smaller side.
     void SetMotionLength(int length);
     int GetMotionLength() const;
 
-    /// Direction of motion in whole degrees, counter-clockwise from the right.
+    /// Direction of motion in whole degrees, counter-clockwise from the right; -360 and above are reduced to a full
+    /// turn.
     void SetMotionDegree(int degree);
     int GetMotionDegree() const;
 
@@ -67,8 +68,8 @@ private:
     void DeBlur_Deconv(unsigned char* first, unsigned char* second, unsigned char* third);
     void DeBlur_Deconv_MT(unsigned char* first, unsigned char* second, unsigned char* third);
 
-    int m_Width;
-    int m_Height;
+    int m_Width = 0; // nothing to work on until SetSize
+    int m_Height = 0;
     int m_Radius = 3;
     float m_NoiseFactor = 0.01f;
     float m_Correlation = 0.5f; // carried and copied; no operation reads it

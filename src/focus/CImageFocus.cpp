@@ -1,6 +1,5 @@
 #include <claribox/CImageFocus.h>
 
-// A size must come from SetSize, so that none is invented here.
 CImageFocus::CImageFocus() = default;
 CImageFocus::CImageFocus(const CImageFocus& other) = default;
 CImageFocus& CImageFocus::operator=(const CImageFocus& other) = default;

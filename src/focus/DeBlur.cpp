@@ -18,9 +18,11 @@ constexpr float DeconvNoiseByRadius[11] = {0.0f, 0.01f, 0.1f, 0.14f, 0.2f, 0.24f
 // Correlation of neighbouring picture points that the restoration assumes.
 constexpr float kCorrelation = 0.5f;
 
-void MakeRestorationKernel(ChMatrix<float>& kernel, int radius, float noise) {
+// Stores in `noiseFactor` the one it uses.
+void MakeRestorationKernel(ChMatrix<float>& kernel, int radius, float& noiseFactor) {
     ChMakeCirclePSF(kernel, 2 * radius + 1, 0.66 * radius); // a disc a third smaller than the radius set
-    ChMakeDeconvMatrix(kernel, kCorrelation, noise);
+    noiseFactor = DeconvNoiseByRadius[radius];
+    ChMakeDeconvMatrix(kernel, kCorrelation, noiseFactor);
 }
 
 } // namespace
@@ -50,7 +52,6 @@ void CImageFocus::DeBlur(unsigned char* pixels, FoPixelFmt format, int pitch) {
 
 void CImageFocus::DeBlur_Deconv(unsigned char* first, unsigned char* second, unsigned char* third) {
     ChMatrix<float> kernel;
-    m_NoiseFactor = focus::DeconvNoiseByRadius[m_Radius];
     focus::MakeRestorationKernel(kernel, m_Radius, m_NoiseFactor);
     for (unsigned char* const plane : {first, second, third}) {
         ConvolvePlane(plane, kernel);
@@ -59,7 +60,6 @@ void CImageFocus::DeBlur_Deconv(unsigned char* first, unsigned char* second, uns
 
 void CImageFocus::DeBlur_Deconv_MT(unsigned char* first, unsigned char* second, unsigned char* third) {
     ChMatrix<float> kernel;
-    m_NoiseFactor = focus::DeconvNoiseByRadius[m_Radius];
     focus::MakeRestorationKernel(kernel, m_Radius, m_NoiseFactor);
     FoConvolveJob jobs[3] = {{this, first, &kernel, 0}, {this, second, &kernel, 128}, {this, third, &kernel, 256}};
     focus::RunOnThreads(jobs);

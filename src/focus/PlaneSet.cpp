@@ -14,7 +14,7 @@ constexpr std::size_t kStagger = 128;
 // pitch may be negative and the address behind the last row need not exist.
 template <typename Pixel, typename Work>
 void ForEachRow(Pixel* pixels, int pitch, unsigned char* const (&planes)[3], int width, int height, Work work) {
-    for (int y = 0; y < height; ++y) {
+    for (int y = 0; y < height && width > 0; ++y) {
         const std::size_t start = static_cast<std::size_t>(y) * static_cast<std::size_t>(width);
         const PlaneRow row = {planes[0] + start, planes[1] + start, planes[2] + start};
         work(pixels + static_cast<std::ptrdiff_t>(y) * pitch, row);

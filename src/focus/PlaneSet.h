@@ -3,8 +3,6 @@
 
 #include <claribox/CImageFocus.h>
 
-#include <cstdint>
-
 namespace focus {
 
 /// Red, green and blue planes of width by height bytes, row y starting at byte y * width. The blocks come from
@@ -22,6 +20,9 @@ public:
 
     /// Writes the planes over packed pixels, all but the fourth byte; nothing happens for a format that is not known.
     void Merge(unsigned char* pixels, FoPixelFmt format, int pitch) const;
+
+    /// First, second and third plane.
+    unsigned char* const (&All() const)[3] { return m_planes; }
 
     unsigned char* First() const { return m_planes[0]; }
     unsigned char* Second() const { return m_planes[1]; }

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <alloca.h>
-#include <cstdint>
+#include <cstddef>
 #include <pthread.h>
 
 namespace focus {

@@ -67,12 +67,12 @@ float ElementShare(const Disk& disk, int dx, int dy) {
     }
     const double upper = disk.Crossing(x0, x1, y1);
     const double lower = disk.Crossing(x0, x1, y0);
-    // Named, so that each is a stored double: equal arguments must give equal integrals, and empty elements exactly 0,
-    // on the x87 unit too.
-    const double toUpper = disk.HeightIntegral(upper);
+    // Where nothing lies under the arc this is exactly 0. On the x87 unit, whose registers are wider than a double, two
+    // integrals of the same argument need not cancel.
     const double toLower = disk.HeightIntegral(lower);
+    const double underArc = toLower - (lower == upper ? toLower : disk.HeightIntegral(upper));
     // The strip of full height left of `upper`, then what lies under the arc and above the lower edge.
-    const double area = (y1 - y0) * (upper - x0) + (toLower - toUpper) - y0 * (lower - upper);
+    const double area = (y1 - y0) * (upper - x0) + underArc - y0 * (lower - upper);
     return static_cast<float>(area * fold / disk.Area());
 }
 

@@ -63,6 +63,7 @@ void BuildNormalMatrix(ChMatrix<float>& normal, const ChMatrix<float>& blurred, 
 /// (6h + 1) square.
 void BuildRightSide(ChMatrix<float>& right, const ChMatrix<float>& cross, int half) {
     right.Create(PairIndex(half, half) + 1, 1);
+    right.Zero();
     for (int u = 0; u <= half; ++u) {
         for (int v = 0; v <= u; ++v) {
             right.At(PairIndex(u, v), 0) = cross.At(3 * half + u, 3 * half + v);
