@@ -6,7 +6,9 @@ set(CLARIBOX_VECTOR_CLASSES Portable SSE2 AVX2 AVX512)
 set(CLARIBOX_VECTOR_FLAGS_Portable -Wno-psabi)
 set(CLARIBOX_VECTOR_FLAGS_SSE2 -msse2 -mfpmath=sse)
 set(CLARIBOX_VECTOR_FLAGS_AVX2 -mavx2 -mfma -mfpmath=sse)
-set(CLARIBOX_VECTOR_FLAGS_AVX512 -mavx512f -mavx512bw -mavx512dq -mavx512vl -mfma -mfpmath=sse -mprefer-vector-width=512)
+# g++ 12 takes the undefined source operands inside its own AVX-512 headers for uninitialised variables of ours.
+set(CLARIBOX_VECTOR_FLAGS_AVX512 -mavx512f -mavx512bw -mavx512dq -mavx512vl -mavx512vnni -mfma -mfpmath=sse -mprefer-vector-width=512
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-uninitialized> $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
 
 # Paths are relative to the calling folder.
 function(claribox_vector_sources)

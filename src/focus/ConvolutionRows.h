@@ -32,7 +32,7 @@ struct MirroredKernel {
     int pairCount;                     ///< halfCols / 2 + 1
     int columns;                       ///< a multiple of kRowSlack
     bool hasBox;                       ///< every coefficient is 65536 more than it says
-    const std::uint32_t* coefficients; ///< for each row from the middle, for each pair: those of the two distances
+    const std::uint32_t* coefficients; ///< for each pair of distances, for each row from the middle: the two
 };
 
 struct ConvolutionRows {
@@ -40,9 +40,11 @@ struct ConvolutionRows {
     void (*FoldRow)(const MirroredKernel& kernel, const std::uint8_t* samples, const std::uint32_t* before,
                     std::uint32_t* folded, int count);
 
-    /// sums[x] = the mirrored kernel's sum of products at column x, modulo 2^32. `rows` are the 2 * halfRows + 1 folded
-    /// rows that the kernel covers, from the top down, after the one above them.
-    void (*SumFolded)(const MirroredKernel& kernel, const std::uint32_t* const* rows, std::int32_t* sums, int count);
+    /// upperSums[x] and lowerSums[x] = the mirrored kernel's sums of products at column x of two successive rows,
+    /// modulo 2^32. `rows` are the 2 * halfRows + 2 folded rows that the kernel covers there, from the top down, after
+    /// the one above them.
+    void (*SumFolded)(const MirroredKernel& kernel, const std::uint32_t* const* rows, std::int32_t* upperSums,
+                      std::int32_t* lowerSums, int count);
 
     /// sums[x] = the sum of coefficient times samples[x + offset] over all taps, modulo 2^32.
     void (*SumTaps)(const std::uint8_t* samples, const TapPair* pairs, int pairCount, std::int32_t* sums, int count);

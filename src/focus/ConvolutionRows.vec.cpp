@@ -14,8 +14,9 @@ using namespace simd::CLARIBOX_VECTOR_CLASS;
 
 constexpr int kLane32 = kLanes<std::uint32_t>;
 constexpr int kStep = 2 * kLane32; // columns whose samples fill a vector once widened
-constexpr int kBlock = 4;          // vectors of sums that one pass keeps in registers
-constexpr int kTapBlock = 2;       // the same in steps, with as many vectors of high parts
+// What one pass keeps in registers: vectors of sums in each of two rows, and steps of sums of taps.
+constexpr int kBlock = kVectorBytes == 64 ? 4 : 2; // AVX-512 has twice the registers
+constexpr int kTapBlock = 2;
 
 // 65536 times the sum of both 16-bit halves.
 U32 HighSum(U16 pair) {
@@ -61,40 +62,59 @@ void FoldRow(const MirroredKernel& kernel, const std::uint8_t* samples, const st
     (kernel.hasBox ? FoldRowWith<true> : FoldRowWith<false>)(kernel, samples, before, folded, count);
 }
 
-void SumFoldedBlock(const MirroredKernel& kernel, const std::uint32_t* const* rows, int x, std::int32_t* sums) {
-    I32 sum[kBlock] = {};
+// Of the rows that the kernel covers at the upper and at the lower pixel, each is read once: what lies at distance i
+// below the upper one and above the lower one was read at the step before.
+void SumFoldedBlock(const MirroredKernel& kernel, const std::uint32_t* const* rows, int x, std::int32_t* upperSums,
+                    std::int32_t* lowerSums) {
+    const auto load = [](const std::uint32_t* at, int k) { return Load<I16>(at + k * kLane32); };
+    I32 upper[kBlock] = {};
+    I32 lower[kBlock] = {};
     if (kernel.hasBox) {
         const std::ptrdiff_t at = kernel.pairCount * kernel.columns + x;
-        const std::uint32_t* const last = rows[2 * kernel.halfRows + 1] + at;
-        const std::uint32_t* const before = rows[0] + at;
-        for (int k = 0; k < kBlock; ++k) {
-            sum[k] = reinterpret_cast<I32>(Load<U32>(last + k * kLane32) - Load<U32>(before + k * kLane32));
-        }
+        const auto box = [&](int endRow, int k) {
+            return Load<U32>(rows[endRow] + at + k * kLane32) -
+                   Load<U32>(rows[endRow - 2 * kernel.halfRows - 1] + at + k * kLane32);
+        };
+        Unrolled<kBlock>([&](int k) {
+            upper[k] = reinterpret_cast<I32>(box(2 * kernel.halfRows + 1, k));
+            lower[k] = reinterpret_cast<I32>(box(2 * kernel.halfRows + 2, k));
+        });
     }
     const std::uint32_t* const* const middle = rows + kernel.halfRows + 1;
     const std::uint32_t* coefficients = kernel.coefficients;
-    for (int i = 0; i <= kernel.halfRows; ++i) {
-        const std::uint32_t* above = middle[-i] + x;
-        const std::uint32_t* below = middle[i] + x;
-        for (int p = 0; p < kernel.pairCount; ++p, above += kernel.columns, below += kernel.columns) {
+    for (int p = 0; p < kernel.pairCount; ++p) {
+        const std::ptrdiff_t at = p * kernel.columns + x;
+        I16 above[kBlock];
+        I16 below[kBlock];
+        const I16 middleWeights = reinterpret_cast<I16>(U32{} + *coefficients++);
+        Unrolled<kBlock>([&](int k) {
+            above[k] = load(middle[0] + at, k);
+            below[k] = load(middle[1] + at, k);
+            upper[k] = AddProductPairs(upper[k], above[k], middleWeights);
+            lower[k] = AddProductPairs(lower[k], below[k], middleWeights);
+        });
+        for (int i = 1; i <= kernel.halfRows; ++i) {
             const I16 weights = reinterpret_cast<I16>(U32{} + *coefficients++);
-            for (int k = 0; k < kBlock; ++k) {
-                I16 samples = Load<I16>(above + k * kLane32);
-                if (i > 0) {
-                    samples += Load<I16>(below + k * kLane32);
-                }
-                sum[k] = AddProductPairs(sum[k], samples, weights);
-            }
+            Unrolled<kBlock>([&](int k) {
+                const I16 nextAbove = load(middle[-i] + at, k);
+                const I16 nextBelow = load(middle[1 + i] + at, k);
+                upper[k] = AddProductPairs(upper[k], nextAbove + below[k], weights);
+                lower[k] = AddProductPairs(lower[k], above[k] + nextBelow, weights);
+                above[k] = nextAbove;
+                below[k] = nextBelow;
+            });
         }
     }
-    for (int k = 0; k < kBlock; ++k) {
-        Store(sums + k * kLane32, sum[k]);
-    }
+    Unrolled<kBlock>([&](int k) {
+        Store(upperSums + k * kLane32, upper[k]);
+        Store(lowerSums + k * kLane32, lower[k]);
+    });
 }
 
-void SumFolded(const MirroredKernel& kernel, const std::uint32_t* const* rows, std::int32_t* sums, int count) {
+void SumFolded(const MirroredKernel& kernel, const std::uint32_t* const* rows, std::int32_t* upperSums,
+               std::int32_t* lowerSums, int count) {
     for (int x = 0; x < count; x += kBlock * kLane32) {
-        SumFoldedBlock(kernel, rows, x, sums + x);
+        SumFoldedBlock(kernel, rows, x, upperSums + x, lowerSums + x);
     }
 }
 

@@ -39,7 +39,7 @@ MirroredKernel LayoutOf(const QuantisedKernel& kernel) {
     return layout;
 }
 
-// For each row from the middle and each pair of distances from the middle column, less the box's part, as 16 bits; 0
+// For each pair of distances from the middle column and each row from the middle, less the box's part, as 16 bits; 0
 // for the distance that an odd count of them lacks.
 std::vector<std::uint32_t> PairedCoefficients(const QuantisedKernel& kernel, const MirroredKernel& layout) {
     const std::int32_t base = layout.hasBox ? kBoxCoefficient : 0;
@@ -49,8 +49,8 @@ std::vector<std::uint32_t> PairedCoefficients(const QuantisedKernel& kernel, con
                    : std::uint16_t{0};
     };
     std::vector<std::uint32_t> coefficients;
-    for (int i = 0; i <= layout.halfRows; ++i) {
-        for (int pair = 0; pair < layout.pairCount; ++pair) {
+    for (int pair = 0; pair < layout.pairCount; ++pair) {
+        for (int i = 0; i <= layout.halfRows; ++i) {
             coefficients.push_back(remainder(i, 2 * pair) | std::uint32_t{remainder(i, 2 * pair + 1)} << 16);
         }
     }
@@ -69,7 +69,9 @@ MirroredSums::MirroredSums(const QuantisedKernel& kernel, const SourceBand& band
     m_layout.coefficients = m_coefficients.data();
     const std::size_t rowSize =
         static_cast<std::size_t>(PlaneCount(m_layout)) * static_cast<std::size_t>(m_layout.columns);
-    const auto ringRows = static_cast<std::size_t>(kernel.Rows()) + 1;
+    const auto ringRows = static_cast<std::size_t>(kernel.Rows()) + 2;
+    m_upperSums.resize(static_cast<std::size_t>(m_layout.columns));
+    m_lowerSums.resize(m_upperSums.size());
     m_ring.resize(ringRows * rowSize);
     for (std::size_t row = 0; row < 2 * ringRows; ++row) {
         m_foldedRows.push_back(m_ring.data() + row % ringRows * rowSize);
@@ -78,6 +80,7 @@ MirroredSums::MirroredSums(const QuantisedKernel& kernel, const SourceBand& band
 
 void MirroredSums::StartTile(int x, int count) {
     m_count = count;
+    m_hasLower = false;
     m_nextSource = m_band.Row(m_band.First() - m_layout.halfRows) + x;
     for (int k = 0; k < 2 * m_layout.halfRows; ++k) {
         FoldNextRow();
@@ -91,13 +94,19 @@ void MirroredSums::FoldNextRow() {
     m_nextSource += m_band.Stride();
 }
 
-void MirroredSums::SumNextRow(std::int32_t* sums) {
-    FoldNextRow();
-    // After the last row of the ring comes the first, the oldest held: the one above those that the kernel covers.
-    m_rows.SumFolded(m_layout, m_foldedRows.data() + m_last + 1, sums, m_count);
+const std::int32_t* MirroredSums::SumNextRow() {
+    m_hasLower = !m_hasLower;
+    if (m_hasLower) {
+        FoldNextRow();
+        FoldNextRow();
+        // After the last row of the ring comes the first, the oldest held: the one above those that the kernel covers.
+        m_rows.SumFolded(m_layout, m_foldedRows.data() + m_last + 1, m_upperSums.data(), m_lowerSums.data(), m_count);
+        return m_upperSums.data();
+    }
+    return m_lowerSums.data();
 }
 
-TapSums::TapSums(const QuantisedKernel& kernel, const SourceBand& band) : m_band(band) {
+TapSums::TapSums(const QuantisedKernel& kernel, const SourceBand& band) : m_band(band), m_sums(kMostColumns) {
     int taps = 0;
     for (int i = 0; i < kernel.Rows(); ++i) {
         for (int j = 0; j < kernel.Cols(); ++j) {
@@ -122,14 +131,19 @@ TapSums::TapSums(const QuantisedKernel& kernel, const SourceBand& band) : m_band
     }
 }
 
+int TapSums::TileColumns() const {
+    return kMostColumns;
+}
+
 void TapSums::StartTile(int x, int count) {
     m_count = count;
     m_nextSource = m_band.Row(m_band.First()) + x;
 }
 
-void TapSums::SumNextRow(std::int32_t* sums) {
-    m_rows.SumTaps(m_nextSource, m_pairs.data(), static_cast<int>(m_pairs.size()), sums, m_count);
+const std::int32_t* TapSums::SumNextRow() {
+    m_rows.SumTaps(m_nextSource, m_pairs.data(), static_cast<int>(m_pairs.size()), m_sums.data(), m_count);
     m_nextSource += m_band.Stride();
+    return m_sums.data();
 }
 
 } // namespace focus

@@ -1,8 +1,8 @@
 // The two ways in which the spatial filter forms its sums of products, chosen by the shape of the kernel.
 //
 // Both work down a tile: some columns of a band of rows, few enough that what they need stays in the first-level cache.
-// StartTile() takes the column where the tile begins and their number, at most TileColumns(); SumNextRow() then stores
-// the sums of the tile's rows, one at a call from the top down, into `sums` with kRowSlack elements to spare.
+// StartTile() takes the column where the tile begins and their number, at most TileColumns(); SumNextRow() then returns
+// the sums of the tile's rows, one at a call from the top down, valid until the next call.
 #pragma once
 
 #include "ConvolutionRows.h"
@@ -30,7 +30,7 @@ public:
 
     int TileColumns() const { return m_layout.columns; }
     void StartTile(int x, int count);
-    void SumNextRow(std::int32_t* sums);
+    const std::int32_t* SumNextRow();
 
 private:
     void FoldNextRow();
@@ -39,10 +39,13 @@ private:
     const ConvolutionRows& m_rows = ActiveConvolutionRows();
     std::vector<std::uint32_t> m_coefficients;
     MirroredKernel m_layout;
-    simd::AlignedVector<std::uint32_t> m_ring; // as many folded rows as the kernel covers, and one above
+    simd::AlignedVector<std::uint32_t> m_ring; // as many folded rows as the kernel covers at two pixels, and one above
     std::vector<std::uint32_t*> m_foldedRows;  // twice around the ring, so that any rows of it follow each other
     int m_count = 0;
-    std::size_t m_last = 0; // row of the ring that was folded last
+    std::size_t m_last = 0;                        // row of the ring that was folded last
+    simd::AlignedVector<std::int32_t> m_upperSums; // rows are summed two at once
+    simd::AlignedVector<std::int32_t> m_lowerSums;
+    bool m_hasLower = false; // the lower one was not yet asked for
     const std::uint8_t* m_nextSource = nullptr;
 };
 
@@ -52,14 +55,15 @@ class TapSums {
 public:
     TapSums(const QuantisedKernel& kernel, const SourceBand& band);
 
-    int TileColumns() const { return 512; }
+    int TileColumns() const;
     void StartTile(int x, int count);
-    void SumNextRow(std::int32_t* sums);
+    const std::int32_t* SumNextRow();
 
 private:
     const SourceBand& m_band;
     const ConvolutionRows& m_rows = ActiveConvolutionRows();
     std::vector<TapPair> m_pairs;
+    simd::AlignedVector<std::int32_t> m_sums;
     int m_count = 0;
     const std::uint8_t* m_nextSource = nullptr;
 };

@@ -41,15 +41,13 @@ void ConvolveWith(const QuantisedKernel& kernel, const Plane& plane) {
     Sums sumsOf(kernel, band);
     const int tileColumns = sumsOf.TileColumns();
     Quotients quotients(kernel, plane.width, plane.height, tileColumns);
-    simd::AlignedVector<std::int32_t> sums(static_cast<std::size_t>(tileColumns) + kRowSlack);
     do {
         band.Advance();
         for (int x = 0; x < plane.width; x += tileColumns) {
             const int count = std::min(tileColumns, plane.width - x);
             sumsOf.StartTile(x, count);
             for (int y = band.First(); y < band.End(); ++y) {
-                sumsOf.SumNextRow(sums.data());
-                quotients.Store(sums.data(), x, y, count,
+                quotients.Store(sumsOf.SumNextRow(), x, y, count,
                                 plane.samples + plane.RowStart(y) + static_cast<std::size_t>(x));
             }
         }

@@ -16,19 +16,19 @@ void Quotients::Store(const std::int32_t* sums, int x, int y, int count, std::ui
     const auto reciprocalAt = [&](int at) {
         return Reciprocal(m_kernel.Weight(firstRow, endRow, firstCol(at), endCol(at)));
     };
-    if (firstCol(x) == 0 && endCol(x + count - 1) == m_kernel.Cols()) {
-        m_rows.PackQuotientsByOne(sums, reciprocalAt(x), samples, count);
-        return;
-    }
-    if (x != m_knownX || firstRow != m_knownFirstRow || endRow != m_knownEndRow) {
-        for (int k = 0; k < count; ++k) {
+    const bool interior = firstCol(x) == 0 && endCol(x + count - 1) == m_kernel.Cols();
+    const std::array<int, 3> place = {interior ? -1 : x, firstRow, endRow};
+    if (place != m_known) {
+        m_known = place;
+        for (int k = 0; k < (interior ? 1 : count); ++k) {
             m_reciprocals[static_cast<std::size_t>(k)] = reciprocalAt(x + k);
         }
-        m_knownX = x;
-        m_knownFirstRow = firstRow;
-        m_knownEndRow = endRow;
     }
-    m_rows.PackQuotients(sums, m_reciprocals.data(), samples, count);
+    if (interior) {
+        m_rows.PackQuotientsByOne(sums, m_reciprocals.front(), samples, count);
+    } else {
+        m_rows.PackQuotients(sums, m_reciprocals.data(), samples, count);
+    }
 }
 
 double Reciprocal(std::int32_t divisor) {

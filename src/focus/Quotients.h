@@ -4,6 +4,7 @@
 #include "ConvolutionRows.h"
 #include "QuantisedKernel.h"
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -23,10 +24,8 @@ private:
     const QuantisedKernel& m_kernel;
     int m_width;
     int m_height;
-    std::vector<double> m_reciprocals; // of the last piece at an edge, which those below it mostly share
-    int m_knownX = -1;
-    int m_knownFirstRow = 0;
-    int m_knownEndRow = 0;
+    std::vector<double> m_reciprocals; // of the last piece, which those below it mostly share; one if it is interior
+    std::array<int, 3> m_known{};      // column of that piece, -1 if it is interior, and the kernel rows that weigh
     const ConvolutionRows& m_rows = ActiveConvolutionRows();
 };
 

@@ -12,7 +12,8 @@
 namespace focus {
 
 /// Copies of successive rows of a plane: those of a band of output rows, and above and below them as many as the
-/// kernel reaches. Samples outside the plane read as zeros. Memory: about (band + kernel rows) * (width + kernel
+/// kernel reaches. A band has an even number of rows, so that they can be worked on two at once; the last may reach
+/// below the plane. Samples outside the plane read as zeros. Memory: about (band + kernel rows) * (width + kernel
 /// columns) bytes, whatever the plane's height.
 class SourceBand {
 public:
@@ -20,7 +21,8 @@ public:
         : m_plane(plane), m_width(width), m_height(height), m_above(kernel.RowsAbove()), m_left(kernel.ColsLeft()),
           m_kept(kernel.Rows() - 1),
           m_stride(static_cast<std::size_t>(width) + static_cast<std::size_t>(kernel.Cols() - 1) + kRowSlack),
-          m_count(std::min(height, std::clamp(static_cast<int>(kUsualBytes / m_stride) - m_kept, kFewest, kMost))),
+          m_count(EvenAbove(
+              std::min(height, std::clamp(static_cast<int>(kUsualBytes / m_stride) - m_kept, kFewest, kMost)))),
           m_first(-m_count), m_rows(m_stride * static_cast<std::size_t>(m_kept + m_count), 0) {
         CopyRows(m_count, m_kept);
     }
@@ -33,12 +35,9 @@ public:
         CopyRows(m_kept, m_count);
     }
 
-    /// The output rows of the band.
+    /// The output rows of the band that lie inside the plane.
     int First() const { return m_first; }
     int End() const { return std::min(m_first + m_count, m_height); }
-
-    /// The most rows that a band has.
-    int Capacity() const { return m_count; }
 
     /// Column 0 of row y, which the kernel reaches from the band. Rows are Stride() bytes apart.
     const std::uint8_t* Row(int y) const {
@@ -49,9 +48,11 @@ public:
 
 private:
     // More rows a band cost fewer copies of the rows that two bands share, and more memory.
-    static constexpr int kMost = 32;
+    static constexpr int kMost = 64;
     static constexpr int kFewest = 8;
-    static constexpr std::size_t kUsualBytes = std::size_t{256} << 10;
+    static constexpr std::size_t kUsualBytes = std::size_t{384} << 10;
+
+    static int EvenAbove(int count) { return count + count % 2; }
 
     // Fills `count` of the rows held, from the one at `index` on.
     void CopyRows(int index, int count) {

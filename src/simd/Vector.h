@@ -53,6 +53,23 @@ using U32 = VectorOf<std::uint32_t, kLanes<std::uint32_t>>::Type;
 using F32 = VectorOf<float, kLanes<float>>::Type;
 using F64 = VectorOf<double, kLanes<double>>::Type;
 
+/// The numbers 0 .. count - 1 as types.
+template <int count, int... before>
+struct Indices : Indices<count - 1, count - 1, before...> {};
+template <int... indices>
+struct Indices<0, indices...> {};
+
+/// Calls work(k) for each k from 0 to count - 1 in straight-line code, so that arrays of vectors indexed by k become
+/// registers: g++ 12 leaves them in memory where it unrolls a loop itself.
+template <int... indices, typename Work>
+inline void ForEachOf(Indices<0, indices...>, Work work) {
+    (work(indices), ...);
+}
+template <int count, typename Work>
+inline void Unrolled(Work work) {
+    ForEachOf(Indices<count>{}, work);
+}
+
 /// Reads a vector from any address.
 template <typename Vector>
 inline Vector Load(const void* address) {
@@ -169,7 +186,12 @@ inline F32 MultiplyAdd(F32 a, F32 b, F32 c) {
 
 /// sum + MultiplyAddPairs(a, b); the addition wraps.
 inline I32 AddProductPairs(I32 sum, I16 a, I16 b) {
+#if defined(CLARIBOX_VECTOR_AVX512)
+    return reinterpret_cast<I32>(_mm512_dpwssd_epi32(reinterpret_cast<__m512i>(sum), reinterpret_cast<__m512i>(a),
+                                                     reinterpret_cast<__m512i>(b)));
+#else
     return WrappingAdd(sum, MultiplyAddPairs(a, b));
+#endif
 }
 
 /// A double for each lane of a vector of 32-bit lanes, in order.

@@ -32,7 +32,7 @@ bool IsSupported(VectorClass vectorClass) {
     case VectorClass::AVX512:
         return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
                __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
-               __builtin_cpu_supports("fma");
+               __builtin_cpu_supports("avx512vnni") && __builtin_cpu_supports("fma");
     default:
         return true;
     }

@@ -85,15 +85,20 @@ struct Cases {
                 Add(k, size);
             }
         }
-        // Widths about multiples of the column tile, in one kernel for each form of the filter.
+        // Widths about multiples of the column tile and heights about multiples of the band, in one kernel for each
+        // form of the filter; and a row so long that its bands are the shortest.
         for (const char* name :
              {"blur of radius 3", "deblur of radius 3", "motion of length 5, degree 225", "17 bits"}) {
             const auto kernel = std::find_if(kernels.begin(), kernels.end(), [&](auto& k) { return k.name == name; });
             const auto index = static_cast<std::size_t>(kernel - kernels.begin());
-            for (const int width : {255, 256, 257, 511, 512, 513, 514, 518, 1023, 1024, 1025, 1031, 1536}) {
+            for (const int width : {31,  32,  33,  63,  64,  65,  127, 128,  129,  255,  256, 257,
+                                    383, 384, 385, 511, 512, 513, 518, 1023, 1024, 1025, 1031}) {
                 Add(index, {width, 12});
             }
-            Add(index, {700, 300});
+            for (const int height : {63, 64, 65, 66, 127, 128, 129, 300}) {
+                Add(index, {height == 300 ? 700 : 41, height});
+            }
+            Add(index, {52001, 19});
         }
     }
 
