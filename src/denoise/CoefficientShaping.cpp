@@ -51,7 +51,7 @@ void ForEachSpan(float* coefficients, const Ranges& ranges, Span (Ranges::*range
 // the rest the rule is rounded to float once, for which the soft rule needs no wider type.
 struct Soft {
     static float Shrink(float x, float a, float t) {
-        const float sign = static_cast<float>(static_cast<int>(x > 0.0f) - static_cast<int>(x < 0.0f));
+        const float sign = x > 0.0f ? 1.0f : x < 0.0f ? -1.0f : 0.0f;
         return sign * (a - t);
     }
 };

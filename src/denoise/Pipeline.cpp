@@ -66,10 +66,13 @@ void CImageDenoiser::_load_pixel(float* dst, unsigned char* src) {
 // Limits the floats in place as well. What lies above 255 is set to 254.5, and an unordered value counts as below 0.
 void CImageDenoiser::_restore_pixel(float* src, unsigned char* dst) {
     const std::size_t count = Samples(m_Width, m_Height);
+    float* __restrict const values = src;
+    unsigned char* __restrict const pixels = dst;
     for (std::size_t i = 0; i < count; ++i) {
-        const float positive = src[i] > 0.0f ? src[i] : 0.0f;
+        const float value = values[i];
+        const float positive = value > 0.0f ? value : 0.0f;
         const float limited = positive > 255.0f ? 254.5f : positive;
-        src[i] = limited;
-        dst[i] = static_cast<unsigned char>(static_cast<int>(static_cast<double>(limited) + 0.5));
+        values[i] = limited;
+        pixels[i] = static_cast<unsigned char>(static_cast<int>(static_cast<double>(limited) + 0.5));
     }
 }

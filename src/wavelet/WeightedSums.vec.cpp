@@ -23,6 +23,13 @@ void WeightedSum(const float* const* sources, const float* weights, int terms, f
             Store(out + x + k * kLanes<float>, sum[k]);
         }
     }
+    for (; x + kLanes<float> <= count; x += kLanes<float>) {
+        F32 sum = {};
+        for (int t = 0; t < terms; ++t) {
+            sum = MultiplyAdd(Load<F32>(sources[t] + x), F32{} + weights[t], sum);
+        }
+        Store(out + x, sum);
+    }
     for (; x < count; ++x) {
         float sum = 0.0f;
         for (int t = 0; t < terms; ++t) {
