@@ -14,15 +14,7 @@
 #include <cstdint>
 
 #if !defined(CLARIBOX_VECTOR_Portable)
-// The 512-bit intrinsics of g++ 12 begin with registers left undefined on purpose, and its warning finds them.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
 #include <immintrin.h>
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic pop
-#endif
 #endif
 
 namespace simd::CLARIBOX_VECTOR_CLASS {
