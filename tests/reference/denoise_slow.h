@@ -1,4 +1,4 @@
-// The denoiser in its plainest form: one sample at a time, straight from the definition, with wide sums in double and
+// The denoiser in its plainest form: one sample at a time, step by step, with wide sums in double and
 // the plain wavelet engine. Slow and obviously correct; the library's own code includes nothing of it.
 #pragma once
 
