@@ -15,8 +15,8 @@
 namespace processor {
 
 /// Required at each of these steps, once in each source that takes one, though nothing reads them: the order of the
-/// initialisers is part of what the library promises, and a step without its group would be another one. Pinned by
-/// tests/processor/KernelTableTest.cpp.
+/// initialisers is part of what the library promises, and a step without its group would be another one. Their values
+/// are pinned by tests/processor/KernelTableTest.cpp; their order rests on the priorities below alone.
 struct ConstantGroup {
     ConstantGroup() : twoPi(6.2831855f), squareRootOfTwo(1.4142135f), logOfTwo(static_cast<float>(std::log(2.0))) {}
 

@@ -6,7 +6,7 @@ namespace processor::sse {
 namespace {
 
 constexpr std::uint32_t Line = 64;            // bytes of a cache line, and of a pass
-constexpr std::uint32_t BlockLines = 128;     // 8 KiB, a quarter of the smallest first-level data cache since 2001
+constexpr std::uint32_t BlockLines = 128;     // 8 KiB; given, as are the next three
 constexpr std::uint32_t FirstStreamed = 1024; // lines, 64 KiB
 constexpr std::uint32_t FirstInBlocks = 3152; // lines, about 197 KiB
 constexpr std::uintptr_t PrefetchAhead = 568; // bytes
