@@ -1,0 +1,154 @@
+// The one front door of the DFT engine: discrete Fourier transforms of any length, in one to seven dimensions, single
+// or double precision, complex or real, in place or out of place.
+//
+// A job lives through create, commit, compute (any number of times, either direction) and free. The forward transform
+// is X[j] = sum over k of x[k] * exp(-2 pi i j k / n), the backward one has the opposite sign; neither divides by n.
+// Oppenheim and Schafer, "Discrete-Time Signal Processing", chapter 8.
+#pragma once
+
+#include "dft/complex.h"
+
+#include <cstdint>
+
+namespace dft {
+
+/// Values of the configuration fields of a descriptor: one numbering for all, and a field holds the number itself.
+enum DftCode : std::int32_t {
+    DFT_COMMITTED = 30,       ///< `commit_state` after commit
+    DFT_UNCOMMITTED = 31,     ///< `commit_state` after creation
+    DFT_COMPLEX = 32,         ///< complex forward domain
+    DFT_REAL = 33,            ///< real forward domain, one dimension only
+    DFT_DOMAIN_RESERVED = 34, ///< recognised and refused with DFT_UNSUPPORTED
+    DFT_SINGLE = 35,          ///< 32-bit floating elements
+    DFT_DOUBLE = 36,          ///< 64-bit floating elements
+    DFT_DEFAULT_37 = 37,      ///< `cfg_a`: carried, no path tests it
+    DFT_DEFAULT_39 = 39,      ///< `cfg_b`: carried, no path tests it
+    DFT_DEFAULT_40 = 40,      ///< `cfg_d`: carried, no path tests it
+    DFT_DEFAULT_42 = 42,      ///< `cfg_c`: carried, no path tests it
+    DFT_INPLACE = 43,         ///< the result overwrites the input
+    DFT_NOT_INPLACE = 44,     ///< the result goes to a second buffer
+    DFT_DEFAULT_46 = 46,      ///< `cfg_e`: carried, no path tests it
+    DFT_ORDERED = 48,         ///< natural order; any other value leaves power-of-two spectra bit-reversed
+    DFT_DEFAULT_51 = 51,      ///< `cfg_f`: carried, no path tests it
+    DFT_DEFAULT_53 = 53,      ///< `cfg_g`: carried, no path tests it
+    DFT_PACK_FULL = 54,       ///< packed layouts of real transforms: see real/packed_formats.h
+    DFT_PACK_TIGHT = 55,
+    DFT_PACK_NATIVE = 56,
+};
+
+/// Results of all operations.
+enum DftStatus : std::int32_t {
+    DFT_OK = 0,
+    DFT_NO_MEMORY = 1,      ///< an allocation failed
+    DFT_NOT_COMMITTED = 2,  ///< compute on a descriptor that was never committed
+    DFT_BAD_ARGUMENT = 3,   ///< null handle or data; rank outside 1..7; a length below 1; unknown domain or precision
+    DFT_BAD_DESCRIPTOR = 5, ///< the record does not begin with the letters D, F, T
+    DFT_UNSUPPORTED = 6,    ///< reserved domain; real domain with a rank above 1; unknown packed format
+    DFT_KERNEL_FAILURE = 7, ///< a plan refused for another reason than memory
+};
+
+inline constexpr int kMaximumRank = 7;
+
+struct DftDescriptor;
+template <typename Real>
+struct BasicDftPlan;
+template <typename Real>
+struct BasicRealDftPlan;
+
+/// One-dimensional routine of a record: transforms `length` elements at unit stride from input to output, which may be
+/// the same, and multiplies by the scale factor of its direction. `work` holds the record's `workspace_need` bytes, or
+/// is null where that is 16 or less. Power-of-two routines work in place on `input` and look at nothing else.
+/// DFT_OK or another status.
+using DftRoutine = std::int32_t (*)(void* input, void* output, DftDescriptor* record, void* work);
+
+/// Threaded one-dimensional power-of-two routine, in place at unit stride on up to `threads` threads.
+using DftThreadedRoutine = std::int32_t (*)(void* data, std::int32_t threads, DftDescriptor* record);
+
+/// Real transform of a `BasicRealDftPlan` to or from one packed layout. A plan status (plans/dft_plan.h).
+using DftPackRoutine = std::int32_t (*)(const void* input, void* output, const void* plan, void* work);
+
+/// One record a dimension, in one block, the fastest-varying dimension (record 0, the head) first. Strides, offsets and
+/// distances are counted in elements. Created by `dfti_create_descriptor`; opaque to callers.
+struct DftDescriptor {
+    char tag[3]; ///< 'D', 'F', 'T'
+    std::int32_t cfg_a;
+    std::int32_t forward_domain;
+    std::int32_t precision;
+    std::int32_t number_of_transforms;
+    std::int32_t cfg_b;
+    std::int32_t cfg_c;
+    std::int32_t cfg_d;
+    std::int32_t placement;
+    std::int32_t packed_format;
+    std::int32_t input_stride; ///< product of the lengths of all earlier records
+    std::int32_t output_stride;
+    std::int32_t cfg_e;
+    std::int32_t cfg_f;
+    std::int32_t ordering;
+    std::int32_t cfg_g;
+    std::int32_t rank;
+    std::int32_t dimension_index;
+    std::int32_t length;
+    Complex<float>* table_single; ///< twiddles of a power of two, else null
+    Complex<double>* table_double;
+    float forward_scale_single;
+    double forward_scale_double;
+    float backward_scale_single;
+    double backward_scale_double;
+    std::int32_t log2_length; ///< rounded down
+    std::int32_t input_offset;
+    std::int32_t output_offset;
+    std::int32_t input_distance; ///< from one transform of a job to the next
+    std::int32_t output_distance;
+    std::int32_t general_length;  ///< 0: the power-of-two path serves this dimension; 1: a general plan does
+    std::int32_t running_product; ///< product of the lengths up to this record; in the head, of all
+    DftDescriptor* previous;
+    DftDescriptor* next;
+    DftRoutine backward_single;
+    DftRoutine forward_single;
+    DftRoutine backward_double;
+    DftRoutine forward_double;
+    DftThreadedRoutine c1d_back_dft;
+    DftThreadedRoutine c1d_forw_dft;
+    DftThreadedRoutine z1d_back_dft;
+    DftThreadedRoutine z1d_forw_dft;
+    DftPackRoutine real_pack_backward_single;
+    DftPackRoutine real_pack_forward_single;
+    DftPackRoutine real_pack_backward_double;
+    DftPackRoutine real_pack_forward_double;
+    std::int32_t longest_length; ///< largest `length` of all records
+    std::int32_t commit_state;
+    std::int32_t unsupported_flag; ///< commit refuses with DFT_UNSUPPORTED where it reads 1
+    BasicDftPlan<float>* plan_complex_single;
+    BasicDftPlan<double>* plan_complex_double;
+    BasicRealDftPlan<float>* plan_real_single;
+    BasicRealDftPlan<double>* plan_real_double;
+    std::int32_t workspace_need;  ///< bytes of work memory of this dimension's plan
+    std::int32_t workspace_bytes; ///< head: the largest need of all records; 0 if that is 16 or less
+    std::int32_t one_shot;        ///< head: a single call of record 0's routine is the whole job
+};
+
+/// Describes a job of `rank` dimensions, 1 to 7. The last argument is the length itself, an `int`, for rank 1, and a
+/// `const int*` to `rank` lengths, slowest dimension first, otherwise: a picture of h rows of w pixels has {h, w}.
+/// Stores the new descriptor in `*handle`, or null where it fails after the lengths were found good.
+/// DFT_BAD_ARGUMENT, DFT_UNSUPPORTED or DFT_NO_MEMORY on failure.
+std::int32_t dfti_create_descriptor(DftDescriptor** handle, int precision, int domain, int rank, ...);
+
+/// Builds all tables and plans, after releasing those of an earlier commit. A descriptor whose commit failed can only
+/// be freed. DFT_BAD_ARGUMENT, DFT_BAD_DESCRIPTOR, DFT_UNSUPPORTED, DFT_NO_MEMORY or DFT_KERNEL_FAILURE on failure.
+std::int32_t dfti_commit_descriptor(DftDescriptor* handle);
+
+/// Transforms `data`, in place or into `output`, as the descriptor's `placement` says; `output` is not looked at in
+/// place. Several threads may compute with one descriptor. DFT_BAD_ARGUMENT (null data), DFT_BAD_DESCRIPTOR,
+/// DFT_NOT_COMMITTED, DFT_NO_MEMORY or DFT_KERNEL_FAILURE on failure; the data is then in no defined state.
+std::int32_t dfti_compute_forward(DftDescriptor* handle, void* data, void* output = nullptr);
+std::int32_t dfti_compute_backward(DftDescriptor* handle, void* data, void* output = nullptr);
+
+/// Releases the descriptor and all it owns and clears `*handle`. DFT_BAD_ARGUMENT for a null one, DFT_BAD_DESCRIPTOR.
+std::int32_t dfti_free_descriptor(DftDescriptor** handle);
+
+/// x[k * |increment|] *= scale for k below `count`: the level-1 operation of the Basic Linear Algebra Subprograms
+/// (Lawson, Hanson, Kincaid, Krogh 1979). A count below 1 does nothing.
+void SSCAL(const int* count, const float* scale, float* x, const int* increment);
+
+} // namespace dft

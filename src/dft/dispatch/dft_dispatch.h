@@ -1,0 +1,37 @@
+// Which of the four processor variants runs, and the constants in which they differ.
+#pragma once
+
+#include <cstdint>
+
+namespace dft {
+
+/// Limits and sizes of one variant. Lengths are in elements; [0] is single precision, [1] double.
+struct DftTuning {
+    const char* name;                    ///< "default", "pentiumiii", "pentium4", "pentium4_sse3"
+    std::int32_t table_alignment;        ///< bytes
+    std::int32_t one_shot_below[2];      ///< complex, rank 1
+    std::int32_t one_shot_real_below[2]; ///< packed format 54
+    std::int32_t small_log2_below[2];    ///< the whole transform in one go
+    std::int32_t ordered_log2_from;      ///< single precision: ordered through a temporary; 99: never
+    std::int32_t two_level_up_to[2];
+    std::int32_t two_level_block[2];
+    std::int32_t group[2]; ///< of the three-level form
+    std::int32_t group_block[2];
+    bool scale_last_forward;            ///< the single-precision forward transform scales after all passes
+    std::int32_t serial_rank1_below[2]; ///< threads for longer lines only
+    std::int32_t two_threads_below[2];  ///< rank 1: at most two threads; [0] is single out of place
+    std::int32_t serial_rank2_below;    ///< elements of a plane
+};
+
+/// -1 until selected, then 0 to 3.
+extern std::int32_t dft_variant_code;
+
+/// The code of the variant in force, chosen at the first call: by the environment variable `CLARIBOX_DFT_VARIANT`, else
+/// by the processor.
+std::int32_t dft_select_variant();
+
+/// The constants of a variant, 0 to 3, and of the variant in force.
+const DftTuning& dft_tuning_of(std::int32_t code);
+const DftTuning& dft_tuning();
+
+} // namespace dft

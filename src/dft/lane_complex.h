@@ -1,0 +1,102 @@
+// Complex arithmetic on one element (V = float or double) or on the same element of several lines, one a lane
+// (V = a vector). Every pass is a template of V, so that a line gets the same bytes alone and beside others. For vector
+// sources only.
+#pragma once
+
+#include "dft/complex.h"
+#include "dft/plans/plan_runs.h"
+#include "simd/Vector.h"
+
+namespace dft::CLARIBOX_VECTOR_CLASS {
+
+// Without SSE the x87 unit rounds by how a compiler arranges its code: there a batch is one line, by the same code.
+#if defined(CLARIBOX_VECTOR_Portable)
+using BatchSingle = float;
+using BatchDouble = double;
+#else
+using BatchSingle = simd::CLARIBOX_VECTOR_CLASS::F32;
+using BatchDouble = simd::CLARIBOX_VECTOR_CLASS::F64;
+#endif
+
+template <typename V>
+struct RealOf;
+template <>
+struct RealOf<float> {
+    using Type = float;
+};
+template <>
+struct RealOf<double> {
+    using Type = double;
+};
+#if !defined(CLARIBOX_VECTOR_Portable)
+template <>
+struct RealOf<BatchSingle> {
+    using Type = float;
+};
+template <>
+struct RealOf<BatchDouble> {
+    using Type = double;
+};
+#endif
+
+/// The element type of V.
+template <typename V>
+using Real = typename RealOf<V>::Type;
+
+template <typename V>
+inline constexpr int kLines = static_cast<int>(sizeof(V) / sizeof(Real<V>));
+
+/// Element k of all lines of a batch. An array of them is a batch in memory.
+template <typename V>
+struct LaneComplex {
+    V re;
+    V im;
+};
+
+template <typename V>
+inline LaneComplex<V> operator+(LaneComplex<V> a, LaneComplex<V> b) {
+    return {a.re + b.re, a.im + b.im};
+}
+template <typename V>
+inline LaneComplex<V> operator-(LaneComplex<V> a, LaneComplex<V> b) {
+    return {a.re - b.re, a.im - b.im};
+}
+
+/// x * w forward, x * conj(w) backward.
+template <Direction direction, typename V, typename W>
+inline LaneComplex<V> Rotate(LaneComplex<V> x, W re, W im) {
+    if constexpr (direction == kForward) {
+        return {x.re * re - x.im * im, x.re * im + x.im * re};
+    } else {
+        return {x.re * re + x.im * im, x.im * re - x.re * im};
+    }
+}
+template <Direction direction, typename V>
+inline LaneComplex<V> Rotate(LaneComplex<V> x, Complex<Real<V>> w) {
+    return Rotate<direction>(x, w.re, w.im);
+}
+
+/// x * -i forward, x * i backward.
+template <Direction direction, typename V>
+inline LaneComplex<V> QuarterTurn(LaneComplex<V> x) {
+    if constexpr (direction == kForward) {
+        return {x.im, -x.re};
+    } else {
+        return {-x.im, x.re};
+    }
+}
+
+/// The 4-point transform, in natural order.
+template <Direction direction, typename V>
+inline void Butterfly4(LaneComplex<V>& x0, LaneComplex<V>& x1, LaneComplex<V>& x2, LaneComplex<V>& x3) {
+    const LaneComplex<V> even = x0 + x2;
+    const LaneComplex<V> odd = x1 + x3;
+    const LaneComplex<V> evenRest = x0 - x2;
+    const LaneComplex<V> oddRest = QuarterTurn<direction>(x1 - x3);
+    x0 = even + odd;
+    x1 = evenRest + oddRest;
+    x2 = even - odd;
+    x3 = evenRest - oddRest;
+}
+
+} // namespace dft::CLARIBOX_VECTOR_CLASS

@@ -1,0 +1,52 @@
+// Memory of the DFT engine, and the one decision on whether it may use threads.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace dft {
+
+inline constexpr int kThreadSlots = 64;
+inline constexpr int kBlocksPerThread = 32;
+
+/// The cached blocks of one thread.
+struct EngineBlockSlot {
+    void* block[kBlocksPerThread];              ///< null while never used
+    std::uint32_t block_size[kBlocksPerThread]; ///< bytes; 0 while never used
+    std::uint8_t block_in_use[kBlocksPerThread];
+    std::uint32_t owner_thread; ///< system thread id, 0 if the slot is free
+};
+
+extern EngineBlockSlot engine_block_table[kThreadSlots];
+extern std::int32_t fast_mm_disabled; ///< -1 until the environment was read, then 0 or 1
+extern std::int32_t serial_switch;    ///< the same
+
+/// Where blocks and plan memory come from. Tests put a failing or a counting allocator here.
+struct SystemAllocator {
+    void* (*allocate)(std::size_t bytes); ///< null if there is none
+    void (*release)(void* block);
+};
+extern SystemAllocator engine_system_allocator;
+
+/// Work memory of the calling thread, from its cached blocks where one fits. Null if the system has none, if the thread
+/// holds 32 blocks, or if 64 other threads hold some. Aligned as the system allocator aligns.
+void* engine_alloc(std::size_t bytes);
+
+/// Gives a block back; the thread that allocated it must be the caller. Other pointers are ignored.
+void engine_free(void* block);
+
+/// Releases the cached blocks of all threads. No block may be in use.
+void engine_free_buffers();
+
+/// 1 if the engine must not use threads, 0 if it may: by `OMP_NUM_THREADS` and `CLARIBOX_SERIAL`, read once.
+std::int32_t engine_serial_switch();
+
+/// The number of threads a compute call may use: 1 where the serial switch is on or the call comes from inside a
+/// parallel region, else what the threading runtime gives.
+int engine_maximum_threads();
+
+/// Memory of a plan, aligned to 32 bytes; null for a count below 1 or exhausted memory.
+void* plan_alloc(std::ptrdiff_t bytes);
+void plan_free(void* block);
+
+} // namespace dft

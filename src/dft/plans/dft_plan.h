@@ -1,0 +1,134 @@
+// Plans of one-dimensional complex transforms: of any length (`BasicDftPlan`) and of powers of two (`BasicFftPlan`).
+//
+// The forward transform is X[j] = sum over k of x[k] * exp(-2 pi i j k / n), the backward one has the opposite sign.
+// Plans are immutable after creation and may be shared by threads; each run has its own work memory.
+#pragma once
+
+#include "dft/complex.h"
+
+#include <cstdint>
+
+namespace dft {
+
+/// Status codes of this layer.
+enum PlanStatus : std::int32_t {
+    kPlanOk = 0,
+    kPlanBadLength = -6,
+    kPlanNullPointer = -8,
+    kPlanNoMemory = -9,
+    kPlanBadOrder = -15, ///< `order` of an FFT plan outside 0 to 30
+    kPlanBadNormalisation = -16,
+    kPlanBadTag = -17,
+};
+
+/// Values of `norm_flag`.
+enum PlanNormalisation : std::int32_t {
+    kForwardByLength = 1,  ///< the forward run multiplies by 1/n
+    kBackwardByLength = 2, ///< the backward run multiplies by 1/n
+    kBothBySquareRoot = 4, ///< both multiply by 1/sqrt(n)
+    kUnscaled = 8,
+};
+
+inline constexpr int kDftPlanTag = 13;
+inline constexpr int kFftPlanTag = 4;
+inline constexpr int kRealPlanTag = 15;
+inline constexpr int kMaximumStages = 20;
+inline constexpr int kLargestFactor = 150; ///< no prime above it enters the mixed-radix method
+inline constexpr int kGroupPoints = 2000;  ///< a block of at most so many points stays in the first-level cache
+
+/// One radix of the mixed-radix method, in the order of the factor list.
+template <typename Real>
+struct StageRecord {
+    std::int32_t radix;
+    std::int32_t span;   ///< the length left after this stage
+    std::int32_t stride; ///< product of the radices before it
+    std::int32_t count;  ///< blocks of this stage in a row inside its group
+    /// 2 * radix roots of unity, twice the circle; null up to radix 5. May be that of the stage before.
+    Complex<Real>* radix_matrix;
+    /// For each j below span: root^(i * j * stride) for i from 0 (radix above 5) or from 1 (others) to radix - 1.
+    Complex<Real>* twiddles;
+    Complex<Real>* tail_matrix; ///< last stage only: the like of radix_matrix for a tail span above 5
+};
+
+/// Plan for 2^order elements.
+template <typename Real>
+struct BasicFftPlan {
+    std::int32_t tag; ///< kFftPlanTag
+    std::int32_t order;
+    std::int32_t scale_forward;
+    std::int32_t scale_backward;
+    Real scale;
+    std::int32_t hint;
+    std::int32_t work_bytes;
+    std::int32_t* bit_reversal; ///< order 4 and above: see pow2/fft_plan.cpp
+    /// Radix-4 twiddles W^j, W^2j, W^3j of each stage of 2^k points, k from 4 (even order) or 5 (odd) by twos, j below
+    /// 2^k / 4, in groups of four j: four re W^j, four im W^j, then the same of W^2j and of W^3j.
+    Real* stage_tables;
+    Real* large_tables; ///< the stages beyond 2^15, of the same layout; null below order 16
+};
+
+/// Plan for `length` elements.
+template <typename Real>
+struct BasicDftPlan {
+    std::int32_t tag; ///< kDftPlanTag, or kRealPlanTag inside a BasicRealDftPlan
+    std::int32_t length;
+    std::int32_t scale_forward; ///< nonzero if the forward run multiplies by `scale`
+    std::int32_t scale_backward;
+    Real scale;
+    std::int32_t norm_flag;
+    std::int32_t work_bytes; ///< of one run
+    std::int32_t power_of_two;
+    std::int32_t compact_tables; ///< always 0
+    std::int32_t bluestein_length;
+    Complex<Real>* direct_matrix;
+    Complex<Real>* chirp;
+    Complex<Real>* chirp_spectrum;
+    BasicFftPlan<Real>* fft_plan;
+    BasicFftPlan<Real>* bluestein_fft_plan;
+    std::int32_t mixed_radix;
+    std::int32_t last_stage; ///< index of the last record in `stages`
+    std::int32_t* digit_reversal;
+    StageRecord<Real> stages[kMaximumStages];
+};
+
+using DftPlan = BasicDftPlan<float>;
+using DftPlanDouble = BasicDftPlan<double>;
+using FftPlan = BasicFftPlan<float>;
+using FftPlanDouble = BasicFftPlan<double>;
+
+/// Builds a plan for `length` elements; `*plan` is null unless kPlanOk is returned. `hint` is carried, no run looks at
+/// it. kPlanNullPointer, kPlanBadLength, kPlanBadNormalisation, kPlanNoMemory.
+template <typename Real>
+std::int32_t dft_plan_create(BasicDftPlan<Real>** plan, int length, int norm_flag, int hint);
+
+/// Stores the bytes of work memory of one run. kPlanNullPointer, kPlanBadTag.
+template <typename Real>
+std::int32_t dft_plan_work_size(const BasicDftPlan<Real>* plan, int* bytes);
+
+/// Transforms `length` elements from `input` to `output`, which are the same or do not overlap. `work` holds
+/// `work_bytes` bytes at any alignment; if it is null, the run allocates them itself. kPlanNullPointer, kPlanBadTag,
+/// kPlanNoMemory.
+template <typename Real>
+std::int32_t dft_plan_forward(const Complex<Real>* input, Complex<Real>* output, const BasicDftPlan<Real>* plan,
+                              void* work);
+template <typename Real>
+std::int32_t dft_plan_backward(const Complex<Real>* input, Complex<Real>* output, const BasicDftPlan<Real>* plan,
+                               void* work);
+
+/// Releases a plan and all it owns; null is ignored.
+template <typename Real>
+void dft_plan_free(BasicDftPlan<Real>* plan);
+
+/// The same five for 2^order elements, `order` 0 to 30 (kPlanBadOrder).
+template <typename Real>
+std::int32_t fft_plan_create(BasicFftPlan<Real>** plan, int order, int norm_flag, int hint);
+template <typename Real>
+std::int32_t fft_plan_forward(const Complex<Real>* input, Complex<Real>* output, const BasicFftPlan<Real>* plan,
+                              void* work);
+template <typename Real>
+std::int32_t fft_plan_backward(const Complex<Real>* input, Complex<Real>* output, const BasicFftPlan<Real>* plan,
+                               void* work);
+template <typename Real>
+void fft_plan_free(BasicFftPlan<Real>* plan);
+
+} // namespace dft

@@ -1,0 +1,24 @@
+// How power-of-two transforms run: one form a vector class, each for one line and for several side by side.
+#pragma once
+
+#include "dft/dft.h"
+#include "dft/plans/plan_runs.h"
+#include "simd/VectorClass.h"
+
+namespace dft {
+
+/// The members give what the routine slots of a record give (ordering, scale factor and table of the record, tuning of
+/// the variant in force), bit for bit the same for one line and for a batch (layout: plans/plan_runs.h).
+template <typename Real>
+struct Pow2Runs {
+    int lanes; ///< lines of a batch
+    /// One line in place. `scratch` holds `length` elements on a multiple of 64 bytes.
+    void (*line[2])(const DftDescriptor& record, Complex<Real>* data, Complex<Real>* scratch);
+    /// A batch in place; both arrays of `lanes` times `length` elements, on a multiple of 64 bytes.
+    void (*batch[2])(const DftDescriptor& record, Real* data, Real* scratch);
+};
+
+CLARIBOX_VECTOR_VARIANTS(Pow2Runs<float>, kPow2RunsSingle, ActivePow2RunsSingle)
+CLARIBOX_VECTOR_VARIANTS(Pow2Runs<double>, kPow2RunsDouble, ActivePow2RunsDouble)
+
+} // namespace dft
