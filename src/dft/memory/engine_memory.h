@@ -1,6 +1,11 @@
 // Memory of the DFT engine, and the one decision on whether it may use threads.
+//
+// A compute call takes its work memory and gives it back at once, often on several threads, and in the same few sizes.
+// A fixed table keeps such blocks for each thread, so that the steady state costs one lock round and a scan of 32
+// cells.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -9,17 +14,19 @@ namespace dft {
 inline constexpr int kThreadSlots = 64;
 inline constexpr int kBlocksPerThread = 32;
 
-/// The cached blocks of one thread.
+/// The cached blocks of one thread. `owner_thread` changes under `engine_table_lock` and is read by all threads; the
+/// other members are touched by the owner alone.
 struct EngineBlockSlot {
     void* block[kBlocksPerThread];              ///< null while never used
-    std::uint32_t block_size[kBlocksPerThread]; ///< bytes; 0 while never used
+    std::uint32_t block_size[kBlocksPerThread]; ///< bytes, 2^32 - 1 for more; 0 while never used
     std::uint8_t block_in_use[kBlocksPerThread];
-    std::uint32_t owner_thread; ///< system thread id, 0 if the slot is free
+    std::atomic<std::uint32_t> owner_thread; ///< system thread id, 0 if the slot is free
 };
 
 extern EngineBlockSlot engine_block_table[kThreadSlots];
-extern std::int32_t fast_mm_disabled; ///< -1 until the environment was read, then 0 or 1
-extern std::int32_t serial_switch;    ///< the same
+extern std::atomic<std::uint32_t> engine_table_lock; ///< 1 while a thread holds it
+extern std::atomic<std::int32_t> fast_mm_disabled;   ///< -1 until the environment was read, then 0 or 1
+extern std::atomic<std::int32_t> serial_switch;      ///< the same
 
 /// Where blocks and plan memory come from. Tests put a failing or a counting allocator here.
 struct SystemAllocator {
@@ -29,7 +36,8 @@ struct SystemAllocator {
 extern SystemAllocator engine_system_allocator;
 
 /// Work memory of the calling thread, from its cached blocks where one fits. Null if the system has none, if the thread
-/// holds 32 blocks, or if 64 other threads hold some. Aligned as the system allocator aligns.
+/// holds 32 blocks, or if 64 other threads hold some. Aligned as the system allocator aligns. Where the environment
+/// variable `CLARIBOX_DISABLE_FAST_MM` is set and not empty, every block comes from the system allocator directly.
 void* engine_alloc(std::size_t bytes);
 
 /// Gives a block back; the thread that allocated it must be the caller. Other pointers are ignored.
@@ -45,7 +53,7 @@ std::int32_t engine_serial_switch();
 /// parallel region, else what the threading runtime gives.
 int engine_maximum_threads();
 
-/// Memory of a plan, aligned to 32 bytes; null for a count below 1 or exhausted memory.
+/// Memory of a plan, aligned to 32 bytes; null for a count below 1 or exhausted memory. Any thread may release it.
 void* plan_alloc(std::ptrdiff_t bytes);
 void plan_free(void* block);
 

@@ -1,0 +1,168 @@
+#include "dft/memory/engine_memory.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <pthread.h>
+#include <unistd.h>
+
+namespace dft {
+
+EngineBlockSlot engine_block_table[kThreadSlots] = {};
+std::atomic<std::uint32_t> engine_table_lock{0};
+std::atomic<std::int32_t> fast_mm_disabled{-1};
+
+namespace {
+
+class TableLock {
+public:
+    TableLock() {
+        std::uint32_t free = 0;
+        while (!engine_table_lock.compare_exchange_weak(free, 1, std::memory_order_acquire)) {
+            free = 0;
+            __builtin_ia32_pause();
+        }
+    }
+    ~TableLock() { engine_table_lock.store(0, std::memory_order_release); }
+    TableLock(const TableLock&) = delete;
+    TableLock& operator=(const TableLock&) = delete;
+};
+
+thread_local std::uint32_t knownThread = 0;
+
+/// The system's id of the calling thread, asked for once: the question costs more than the rest of an allocation. A
+/// forked child has another id.
+std::uint32_t CallingThread() {
+    if (knownThread == 0) {
+        [[maybe_unused]] static const int registered = pthread_atfork(nullptr, nullptr, [] { knownThread = 0; });
+        knownThread = static_cast<std::uint32_t>(gettid());
+    }
+    return knownThread;
+}
+
+EngineBlockSlot* SlotOf(std::uint32_t owner) {
+    const auto slot = std::find_if(std::begin(engine_block_table), std::end(engine_block_table),
+                                   [owner](const EngineBlockSlot& candidate) {
+                                       return candidate.owner_thread.load(std::memory_order_relaxed) == owner;
+                                   });
+    return slot == std::end(engine_block_table) ? nullptr : slot;
+}
+
+/// The slot of the calling thread, claimed where it has none. A slot that another thread gave up comes with its blocks:
+/// the lock orders what that thread did to them before what this one does. Null if all slots have other owners.
+EngineBlockSlot* ClaimSlot() {
+    const std::uint32_t thread = CallingThread();
+    const TableLock lock;
+    if (EngineBlockSlot* const own = SlotOf(thread)) {
+        return own;
+    }
+    EngineBlockSlot* const slot = SlotOf(0);
+    if (slot != nullptr) {
+        slot->owner_thread.store(thread, std::memory_order_relaxed);
+    }
+    return slot;
+}
+
+/// The idle cell with the smallest block of at least `bytes`, or -1. The first of equals wins.
+int BestFit(const EngineBlockSlot& slot, std::size_t bytes) {
+    int best = -1;
+    for (int i = 0; i < kBlocksPerThread; ++i) {
+        const bool fits = slot.block_in_use[i] == 0 && slot.block[i] != nullptr && slot.block_size[i] >= bytes;
+        if (fits && (best < 0 || slot.block_size[i] < slot.block_size[best])) {
+            best = i;
+        }
+    }
+    return best;
+}
+
+/// The idle cell with the smallest block, a cell never used first, or -1.
+int CellToReplace(const EngineBlockSlot& slot) {
+    int smallest = -1;
+    for (int i = 0; i < kBlocksPerThread; ++i) {
+        if (slot.block_in_use[i] == 0 && (smallest < 0 || slot.block_size[i] < slot.block_size[smallest])) {
+            smallest = i;
+        }
+    }
+    return smallest;
+}
+
+bool FastManagerDisabled() {
+    std::int32_t disabled = fast_mm_disabled.load(std::memory_order_relaxed);
+    if (disabled == -1) {
+        const char* const value = std::getenv("CLARIBOX_DISABLE_FAST_MM");
+        disabled = value != nullptr && value[0] != '\0' ? 1 : 0;
+        fast_mm_disabled.store(disabled, std::memory_order_relaxed);
+    }
+    return disabled == 1;
+}
+
+} // namespace
+
+void* engine_alloc(std::size_t bytes) {
+    if (FastManagerDisabled()) {
+        return engine_system_allocator.allocate(bytes);
+    }
+    EngineBlockSlot* const slot = ClaimSlot();
+    if (slot == nullptr) {
+        return nullptr;
+    }
+    int cell = BestFit(*slot, bytes);
+    if (cell < 0) {
+        cell = CellToReplace(*slot);
+        if (cell < 0) {
+            return nullptr;
+        }
+        if (slot->block[cell] != nullptr) {
+            engine_system_allocator.release(slot->block[cell]);
+        }
+        slot->block[cell] = engine_system_allocator.allocate(bytes);
+        // A larger block is told as smaller than it is, never the other way round.
+        slot->block_size[cell] =
+            static_cast<std::uint32_t>(std::min<std::size_t>(bytes, std::numeric_limits<std::uint32_t>::max()));
+    }
+    // Required: a cell whose allocation failed stays in use, with no block to give back, until engine_free_buffers.
+    // Pinned by EngineMemory.FailedAllocationKeepsItsCell.
+    slot->block_in_use[cell] = 1;
+    return slot->block[cell];
+}
+
+void engine_free(void* block) {
+    if (fast_mm_disabled.load(std::memory_order_relaxed) == 1) {
+        engine_system_allocator.release(block);
+        return;
+    }
+    // No lock: no other thread makes or unmakes the caller the owner of a slot.
+    EngineBlockSlot* const slot = SlotOf(CallingThread());
+    if (slot == nullptr) {
+        return;
+    }
+    const auto cell = std::find(std::begin(slot->block), std::end(slot->block), block);
+    if (block != nullptr && cell != std::end(slot->block)) {
+        slot->block_in_use[cell - std::begin(slot->block)] = 0;
+    }
+    if (std::find(std::begin(slot->block_in_use), std::end(slot->block_in_use), 1) == std::end(slot->block_in_use)) {
+        // The blocks stay for the next owner.
+        const TableLock lock;
+        slot->owner_thread.store(0, std::memory_order_relaxed);
+    }
+}
+
+void engine_free_buffers() {
+    if (fast_mm_disabled.load(std::memory_order_relaxed) == 1) {
+        return;
+    }
+    const TableLock lock;
+    for (EngineBlockSlot& slot : engine_block_table) {
+        for (int i = 0; i < kBlocksPerThread; ++i) {
+            slot.block_in_use[i] = 0;
+            slot.block_size[i] = 0;
+            if (slot.block[i] != nullptr) {
+                engine_system_allocator.release(slot.block[i]);
+                slot.block[i] = nullptr;
+            }
+        }
+        slot.owner_thread.store(0, std::memory_order_relaxed);
+    }
+}
+
+} // namespace dft
