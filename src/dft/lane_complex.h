@@ -48,10 +48,7 @@ inline constexpr int kLines = static_cast<int>(sizeof(V) / sizeof(Real<V>));
 
 /// Element k of all lines of a batch. An array of them is a batch in memory.
 template <typename V>
-struct LaneComplex {
-    V re;
-    V im;
-};
+using LaneComplex = Complex<V>;
 
 template <typename V>
 inline LaneComplex<V> operator+(LaneComplex<V> a, LaneComplex<V> b) {

@@ -1,0 +1,139 @@
+// Short transforms: of the radices with a kernel of their own, and of any odd length. For vector sources only.
+//
+// Each reads its inputs through load(k) before it gives the first output to store(j), so that both may name the same
+// places.
+#pragma once
+
+#include "dft/lane_complex.h"
+
+namespace dft::CLARIBOX_VECTOR_CLASS {
+
+template <Direction direction, typename V, typename Load, typename Store>
+inline void Dft2(Load load, Store store) {
+    const LaneComplex<V> x0 = load(0);
+    const LaneComplex<V> x1 = load(1);
+    store(0, x0 + x1);
+    store(1, x0 - x1);
+}
+
+/// The three-point transform of Winograd ("On computing the discrete Fourier transform", 1978).
+template <Direction direction, typename V, typename Load, typename Store>
+inline void Dft3(Load load, Store store) {
+    constexpr Real<V> kCosine = Real<V>(-0.5L);
+    constexpr Real<V> kSine = Real<V>(-0.866025403784438646763723170752936183L);
+    const LaneComplex<V> x0 = load(0);
+    const LaneComplex<V> x1 = load(1);
+    const LaneComplex<V> x2 = load(2);
+    const LaneComplex<V> sum = x1 + x2;
+    const LaneComplex<V> turned = QuarterTurn<direction>(x1 - x2);
+    const LaneComplex<V> middle{x0.re + sum.re * kCosine, x0.im + sum.im * kCosine};
+    const LaneComplex<V> rest{turned.re * kSine, turned.im * kSine};
+    store(0, x0 + sum);
+    store(1, middle - rest);
+    store(2, middle + rest);
+}
+
+template <Direction direction, typename V, typename Load, typename Store>
+inline void Dft4(Load load, Store store) {
+    LaneComplex<V> x0 = load(0);
+    LaneComplex<V> x1 = load(1);
+    LaneComplex<V> x2 = load(2);
+    LaneComplex<V> x3 = load(3);
+    Butterfly4<direction>(x0, x1, x2, x3);
+    store(0, x0);
+    store(1, x1);
+    store(2, x2);
+    store(3, x3);
+}
+
+template <Direction direction, typename V, typename Load, typename Store>
+inline void Dft5(Load load, Store store) {
+    constexpr Real<V> kCosine1 = Real<V>(0.309016994374947424102293417182819059L);
+    constexpr Real<V> kCosine2 = Real<V>(-0.809016994374947424102293417182819059L);
+    constexpr Real<V> kSine1 = Real<V>(0.951056516295153572116439333379382143L);
+    constexpr Real<V> kSine2 = Real<V>(0.587785252292473129168705954639072769L);
+    const LaneComplex<V> x0 = load(0);
+    const LaneComplex<V> x1 = load(1);
+    const LaneComplex<V> x2 = load(2);
+    const LaneComplex<V> x3 = load(3);
+    const LaneComplex<V> x4 = load(4);
+    const LaneComplex<V> outer = x1 + x4;
+    const LaneComplex<V> inner = x2 + x3;
+    const LaneComplex<V> outerTurned = QuarterTurn<direction>(x1 - x4);
+    const LaneComplex<V> innerTurned = QuarterTurn<direction>(x2 - x3);
+    const LaneComplex<V> even1{x0.re + outer.re * kCosine1 + inner.re * kCosine2,
+                               x0.im + outer.im * kCosine1 + inner.im * kCosine2};
+    const LaneComplex<V> even2{x0.re + outer.re * kCosine2 + inner.re * kCosine1,
+                               x0.im + outer.im * kCosine2 + inner.im * kCosine1};
+    const LaneComplex<V> odd1{outerTurned.re * kSine1 + innerTurned.re * kSine2,
+                              outerTurned.im * kSine1 + innerTurned.im * kSine2};
+    const LaneComplex<V> odd2{outerTurned.re * kSine2 - innerTurned.re * kSine1,
+                              outerTurned.im * kSine2 - innerTurned.im * kSine1};
+    store(0, x0 + outer + inner);
+    store(1, even1 + odd1);
+    store(2, even2 + odd2);
+    store(3, even2 - odd2);
+    store(4, even1 - odd1);
+}
+
+/// Outputs j .. j + width - 1 of a transform of odd `length`, and their mirror images at length - j.
+template <Direction direction, int width, typename V, typename Store>
+inline void DftOddOutputs(int length, const Complex<Real<V>>* matrix, LaneComplex<V> first, const LaneComplex<V>* pairs,
+                          int j, Store store) {
+    using simd::CLARIBOX_VECTOR_CLASS::Unrolled;
+    LaneComplex<V> cosines[width]; // sums times cosines
+    LaneComplex<V> sines[width];   // differences times sines, a quarter turn short
+    int angle[width];
+    Unrolled<width>([&](int w) {
+        cosines[w] = first;
+        sines[w] = LaneComplex<V>{};
+        angle[w] = 0;
+    });
+    for (int k = 0; k < length / 2; ++k) {
+        const LaneComplex<V> sum = pairs[2 * k];
+        const LaneComplex<V> difference = pairs[2 * k + 1];
+        Unrolled<width>([&](int w) {
+            angle[w] += j + w;
+            angle[w] -= angle[w] >= length ? length : 0;
+            const Complex<Real<V>> root = matrix[angle[w]];
+            cosines[w].re = cosines[w].re + sum.re * root.re;
+            cosines[w].im = cosines[w].im + sum.im * root.re;
+            sines[w].re = sines[w].re + difference.re * root.im;
+            sines[w].im = sines[w].im + difference.im * root.im;
+        });
+    }
+    Unrolled<width>([&](int w) {
+        // The roots' imaginary parts are those of the forward transform.
+        const LaneComplex<V> turned{-sines[w].im, sines[w].re};
+        const int mirrored = length - j - w;
+        store(direction == kForward ? j + w : mirrored, cosines[w] + turned);
+        store(direction == kForward ? mirrored : j + w, cosines[w] - turned);
+    });
+}
+
+/// The definition for an odd `length` of 3 or more, on sums and differences of mirrored inputs, which halves the
+/// multiplications. `matrix` is a direct table (plans/plan_tables.h); `pairs` has room for length - 1 elements.
+template <Direction direction, typename V, typename Load, typename Store>
+inline void DftOdd(int length, const Complex<Real<V>>* matrix, LaneComplex<V>* pairs, Load load, Store store) {
+    const LaneComplex<V> first = load(0);
+    LaneComplex<V> total = first;
+    const int half = length / 2;
+    for (int k = 1; k <= half; ++k) {
+        const LaneComplex<V> x = load(k);
+        const LaneComplex<V> mirrored = load(length - k);
+        pairs[2 * k - 2] = x + mirrored;
+        pairs[2 * k - 1] = x - mirrored;
+        total = total + pairs[2 * k - 2];
+    }
+    store(0, total);
+    constexpr int kWidth = 4; // as many as the registers hold
+    int j = 1;
+    for (; j + kWidth - 1 <= half; j += kWidth) {
+        DftOddOutputs<direction, kWidth>(length, matrix, first, pairs, j, store);
+    }
+    for (; j <= half; ++j) {
+        DftOddOutputs<direction, 1>(length, matrix, first, pairs, j, store);
+    }
+}
+
+} // namespace dft::CLARIBOX_VECTOR_CLASS

@@ -1,0 +1,160 @@
+#include "dft/plans/dft_plan.h"
+
+#include "dft/memory/engine_memory.h"
+#include "dft/plans/plan_runs.h"
+#include "dft/plans/plan_tables.h"
+#include "dft/plans/root_table.h"
+
+#include <memory>
+
+namespace dft {
+namespace {
+
+constexpr int kLargestTiny = 4;
+
+const PlanRuns<float>& ActiveRuns(const DftPlan&) {
+    return ActivePlanRunsSingle();
+}
+const PlanRuns<double>& ActiveRuns(const DftPlanDouble&) {
+    return ActivePlanRunsDouble();
+}
+
+/// Chooses the method by the length and builds its tables.
+template <typename Real>
+std::int32_t BuildMethod(BasicDftPlan<Real>& plan, int length, int hint) {
+    if (length <= kLargestTiny) {
+        return kPlanOk;
+    }
+    if ((length & (length - 1)) == 0) {
+        int order = 0;
+        while (1 << order < length) {
+            ++order;
+        }
+        plan.power_of_two = 1;
+        const std::int32_t status = fft_plan_create(&plan.fft_plan, order, kUnscaled, hint);
+        if (status == kPlanOk) {
+            plan.work_bytes = plan.fft_plan->work_bytes;
+        }
+        return status;
+    }
+    if (length > kLargestLength<Real>) {
+        return kPlanNoMemory;
+    }
+    Complex<Real>* const circle = AllocateTable<Complex<Real>>(length);
+    if (circle == nullptr) {
+        return kPlanNoMemory;
+    }
+    FillRoots(circle, length);
+    const std::int32_t status = BuildGeneral(plan, length, Roots<Real>{circle, length}, kLargestFactor);
+    plan_free(circle);
+    return status;
+}
+
+/// A pointer into `block` on a multiple of 16 bytes.
+void* RoundUp(void* block) {
+    std::size_t space = 32;
+    return std::align(16, 16, block, space);
+}
+
+template <typename Real>
+std::int32_t Run(Direction direction, const Complex<Real>* input, Complex<Real>* output, const BasicDftPlan<Real>* plan,
+                 void* work) {
+    if (plan == nullptr) {
+        return kPlanNullPointer;
+    }
+    if (plan->tag != kDftPlanTag) {
+        return kPlanBadTag;
+    }
+    if (input == nullptr || output == nullptr) {
+        return kPlanNullPointer;
+    }
+    void* own = nullptr;
+    if (work == nullptr && plan->work_bytes > 0) {
+        work = own = engine_alloc(static_cast<std::size_t>(plan->work_bytes));
+        if (own == nullptr) {
+            return kPlanNoMemory;
+        }
+    }
+    ActiveRuns(*plan).line[direction](*plan, input, output, plan->work_bytes > 0 ? RoundUp(work) : nullptr);
+    if (own != nullptr) {
+        engine_free(own);
+    }
+    if (direction == kForward ? plan->scale_forward : plan->scale_backward) {
+        for (int k = 0; k < plan->length; ++k) {
+            output[k] = {output[k].re * plan->scale, output[k].im * plan->scale};
+        }
+    }
+    return kPlanOk;
+}
+
+} // namespace
+
+template <typename Real>
+std::int32_t dft_plan_create(BasicDftPlan<Real>** plan, int length, int norm_flag, int hint) {
+    if (plan == nullptr) {
+        return kPlanNullPointer;
+    }
+    *plan = nullptr;
+    if (length < 1) {
+        return kPlanBadLength;
+    }
+    BasicDftPlan<Real>* const built = AllocateTable<BasicDftPlan<Real>>(1);
+    if (built == nullptr) {
+        return kPlanNoMemory;
+    }
+    std::int32_t status = StoreNormalisation(*built, kDftPlanTag, length, norm_flag);
+    if (status == kPlanOk) {
+        status = BuildMethod(*built, length, hint);
+    }
+    if (status == kPlanOk) {
+        *plan = built;
+    } else {
+        dft_plan_free(built);
+    }
+    return status;
+}
+
+template <typename Real>
+std::int32_t dft_plan_work_size(const BasicDftPlan<Real>* plan, int* bytes) {
+    if (plan == nullptr || bytes == nullptr) {
+        return kPlanNullPointer;
+    }
+    if (plan->tag != kDftPlanTag) {
+        return kPlanBadTag;
+    }
+    *bytes = plan->work_bytes;
+    return kPlanOk;
+}
+
+template <typename Real>
+std::int32_t dft_plan_forward(const Complex<Real>* input, Complex<Real>* output, const BasicDftPlan<Real>* plan,
+                              void* work) {
+    return Run(kForward, input, output, plan, work);
+}
+
+template <typename Real>
+std::int32_t dft_plan_backward(const Complex<Real>* input, Complex<Real>* output, const BasicDftPlan<Real>* plan,
+                               void* work) {
+    return Run(kBackward, input, output, plan, work);
+}
+
+template <typename Real>
+void dft_plan_free(BasicDftPlan<Real>* plan) {
+    if (plan != nullptr) {
+        ReleaseTables(*plan);
+        plan->tag = 0;
+        plan_free(plan);
+    }
+}
+
+#define CLARIBOX_INSTANTIATE(Real)                                                                                     \
+    template std::int32_t dft_plan_create(BasicDftPlan<Real>**, int, int, int);                                        \
+    template std::int32_t dft_plan_work_size(const BasicDftPlan<Real>*, int*);                                         \
+    template std::int32_t dft_plan_forward(const Complex<Real>*, Complex<Real>*, const BasicDftPlan<Real>*, void*);    \
+    template std::int32_t dft_plan_backward(const Complex<Real>*, Complex<Real>*, const BasicDftPlan<Real>*, void*);   \
+    template void dft_plan_free(BasicDftPlan<Real>*)
+CLARIBOX_INSTANTIATE(float);
+CLARIBOX_INSTANTIATE(double);
+#undef CLARIBOX_INSTANTIATE
+
+} // namespace dft
