@@ -3,6 +3,7 @@
 #include "Errors.h"
 
 // The command is linked against the library's inner archive for this: a host sees only the exported surface.
+#include "dft/dispatch/dft_dispatch.h"
 #include "processor/KernelMembers.h"
 #include "processor/ProcessorCensus.h"
 #include "simd/VectorClass.h"
@@ -70,6 +71,7 @@ std::vector<InfoRow> Rows() {
         {"status", "status", processor::HyperThreadingTexts[ProcessorHTStatus]},
         {"kernel class", "kernel_class", ProcessorClassName(ActiveProcessorClass())},
         {"vector class", "vector_class", simd::Name(simd::ActiveVectorClass())},
+        {"DFT variant", "dft_variant", dft::dft_tuning().name},
     };
 }
 

@@ -30,6 +30,7 @@ const struct {
     {"status", "status", json::value_t::string},
     {"kernel class", "kernel_class", json::value_t::string},
     {"vector class", "vector_class", json::value_t::string},
+    {"DFT variant", "dft_variant", json::value_t::string},
 };
 
 /// The lines of the text by their labels, which take 21 columns and a blank.

@@ -76,6 +76,13 @@ inline void Dft5(Load load, Store store) {
     store(4, even1 - odd1);
 }
 
+/// As many pairs of outputs as the registers hold.
+#if defined(CLARIBOX_VECTOR_AVX512)
+inline constexpr int kMirroredPairs = 4;
+#else
+inline constexpr int kMirroredPairs = 2;
+#endif
+
 /// Outputs j .. j + width - 1 of a transform of odd `length`, and their mirror images at length - j.
 template <Direction direction, int width, typename V, typename Store>
 inline void DftOddOutputs(int length, const Complex<Real<V>>* matrix, LaneComplex<V> first, const LaneComplex<V>* pairs,
@@ -126,13 +133,19 @@ inline void DftOdd(int length, const Complex<Real<V>>* matrix, LaneComplex<V>* p
         total = total + pairs[2 * k - 2];
     }
     store(0, total);
-    constexpr int kWidth = 4; // as many as the registers hold
     int j = 1;
-    for (; j + kWidth - 1 <= half; j += kWidth) {
-        DftOddOutputs<direction, kWidth>(length, matrix, first, pairs, j, store);
+    for (; half - j >= kMirroredPairs; j += kMirroredPairs) {
+        DftOddOutputs<direction, kMirroredPairs>(length, matrix, first, pairs, j, store);
     }
-    for (; j <= half; ++j) {
-        DftOddOutputs<direction, 1>(length, matrix, first, pairs, j, store);
+    switch (half - j) {
+    case 3:
+        return DftOddOutputs<direction, 4>(length, matrix, first, pairs, j, store);
+    case 2:
+        return DftOddOutputs<direction, 3>(length, matrix, first, pairs, j, store);
+    case 1:
+        return DftOddOutputs<direction, 2>(length, matrix, first, pairs, j, store);
+    default:
+        return DftOddOutputs<direction, 1>(length, matrix, first, pairs, j, store);
     }
 }
 
