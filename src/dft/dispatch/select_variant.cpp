@@ -1,0 +1,76 @@
+#include "dft/dispatch/dft_dispatch.h"
+
+#include <cpuid.h>
+#include <cstdlib>
+#include <cstring>
+
+namespace dft {
+
+std::atomic<std::int32_t> dft_variant_code{-1};
+
+namespace {
+
+constexpr std::size_t kOverrideCharacters = 32;
+
+ProcessorIdentity ThisProcessor() {
+    ProcessorIdentity processor = {};
+    unsigned int eax = 0, ebx = 0, ecx = 0, edx = 0;
+    // On 32-bit processors the look for leaf 0 first toggles bit 21 of EFLAGS.
+    if (__get_cpuid(0, &eax, &ebx, &ecx, &edx) == 0) {
+        return processor;
+    }
+    processor.has_cpuid = true;
+    const unsigned int vendor[3] = {ebx, edx, ecx};
+    std::memcpy(processor.vendor, vendor, sizeof(processor.vendor));
+    if (__get_cpuid(1, &eax, &ebx, &ecx, &edx) != 0) {
+        processor.eax = eax;
+        processor.ebx = ebx;
+        processor.ecx = ecx;
+    }
+    return processor;
+}
+
+} // namespace
+
+std::int32_t dft_variant_of_override(std::string_view value) {
+    char head[kOverrideCharacters + 1] = {};
+    value.copy(head, kOverrideCharacters);
+    const long code = std::strtol(head, nullptr, 10);
+    if (code >= 1 && code <= 3) {
+        return static_cast<std::int32_t>(code);
+    }
+    return std::strcmp(head, "0") == 0 ? 0 : -1;
+}
+
+std::int32_t dft_variant_of_processor(const ProcessorIdentity& processor) {
+    if (!processor.has_cpuid || std::memcmp(processor.vendor, "GenuineIntel", sizeof(processor.vendor)) != 0) {
+        return 0;
+    }
+    const std::uint32_t family = processor.eax >> 8 & 15;
+    if (family == 15) {
+        return (processor.ecx & 1) != 0 ? 3 : 2;
+    }
+    if ((processor.ebx & 0xFF & 0xF8) == 0x10) {
+        return 2;
+    }
+    // Required: the model field alone decides, whatever the family; today's processors come out by their low four bits.
+    // Pinned by Dispatch.VariantOfProcessor.
+    const std::uint32_t model = processor.eax >> 4 & 15;
+    return model < 7 ? 0 : 1;
+}
+
+std::int32_t dft_select_variant() {
+    std::int32_t code = dft_variant_code.load(std::memory_order_relaxed);
+    if (code == -1) {
+        const char* const value = std::getenv("CLARIBOX_DFT_VARIANT");
+        code = value != nullptr ? dft_variant_of_override(value) : -1;
+        if (code == -1) {
+            code = dft_variant_of_processor(ThisProcessor());
+        }
+        // Two first calls at once store the same code.
+        dft_variant_code.store(code, std::memory_order_relaxed);
+    }
+    return code;
+}
+
+} // namespace dft
