@@ -1,0 +1,29 @@
+// The routines behind the front entries that create, commit and free a job: they take their numbers and the handle by
+// address. compute_routines.h has those that compute.
+#pragma once
+
+#include "dft/dft.h"
+
+#include <cstring>
+
+namespace dft {
+
+/// As dfti_create_descriptor; `lengths` holds `*rank` lengths, the fastest dimension first.
+std::int32_t CreateDescriptor(DftDescriptor** handle, const int* precision, const int* domain, const int* rank,
+                              const int* lengths);
+
+/// As dfti_commit_descriptor.
+std::int32_t CommitDescriptor(DftDescriptor* const* handle);
+
+/// As dfti_free_descriptor.
+std::int32_t FreeDescriptor(DftDescriptor** handle);
+
+/// Releases the plans and tables of all records, from the last of the chain back to the head.
+void ReleasePlans(DftDescriptor* head);
+
+/// Whether a record begins with the letters that creation wrote.
+inline bool HasTag(const DftDescriptor& record) {
+    return std::memcmp(record.tag, "DFT", sizeof(record.tag)) == 0;
+}
+
+} // namespace dft
