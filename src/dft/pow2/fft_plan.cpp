@@ -1,0 +1,226 @@
+#include "dft/plans/dft_plan.h"
+
+#include "dft/memory/engine_memory.h"
+#include "dft/plans/root_table.h"
+#include "dft/pow2/bit_reversal.h"
+#include "dft/pow2/fft_plan_layout.h"
+#include "dft/pow2/fft_runs.h"
+
+#include <cmath>
+#include <limits>
+#include <memory>
+
+namespace dft {
+namespace {
+
+constexpr int kLargestOrder = 30;
+constexpr int kLargestTinyOrder = 3;
+
+/// Plan memory for `count` elements of T; null if there is none.
+template <typename T>
+T* AllocateArray(std::int64_t count) {
+    constexpr auto kElementBytes = static_cast<std::int64_t>(sizeof(T));
+    if (count > std::numeric_limits<std::ptrdiff_t>::max() / kElementBytes / 2) {
+        return nullptr;
+    }
+    return static_cast<T*>(plan_alloc(static_cast<std::ptrdiff_t>(count * kElementBytes)));
+}
+
+int FirstBits(int order) {
+    return order % 2 == 0 ? 2 : 3;
+}
+
+std::int32_t* MakeBitReversal(int order) {
+    if (order >= kBlockedOrder) {
+        const int half = (order + 1) / 2;
+        std::int32_t* const halves = AllocateArray<std::int32_t>(1 << half);
+        for (std::int32_t k = 0; halves != nullptr && k < 1 << half; ++k) {
+            halves[k] = ReverseBits(k, half);
+        }
+        return halves;
+    }
+    const int bits = order - FirstBits(order);
+    // There are 2^ceil(bits / 2) palindromes, each a pair of its own.
+    const std::int32_t pairs = ((1 << bits) + (1 << (bits + 1) / 2)) / 2;
+    std::int32_t* const table = AllocateArray<std::int32_t>(1 + 2 * pairs);
+    if (table == nullptr) {
+        return nullptr;
+    }
+    std::int32_t* end = table;
+    *end++ = pairs;
+    for (std::int32_t a = 0; a < 1 << bits; ++a) {
+        const std::int32_t b = ReverseBits(a, bits);
+        if (a <= b) {
+            *end++ = a;
+            *end++ = b;
+        }
+    }
+    return table;
+}
+
+/// The stages of 2^first, 2^(first + 2), .. 2^last points, one after the other, cut from the circle of 2^order roots.
+template <typename Real>
+Real* MakeStages(int first, int last, const Complex<Real>* circle, int order) {
+    Real* const table = AllocateArray<Real>(((std::int64_t{4} << last) - (std::int64_t{1} << first)) / 2);
+    Real* group = table;
+    for (int stage = first; table != nullptr && stage <= last; stage += 2) {
+        const std::int64_t quarter = std::int64_t{1} << (stage - 2);
+        for (std::int64_t j = 0; j < quarter; j += 4) {
+            for (std::int64_t power = 1; power <= 3; ++power) {
+                for (std::int64_t k = j; k < j + 4; ++k, ++group) {
+                    const Complex<Real>& root = circle[power * k << (order - stage)];
+                    group[0] = root.re;
+                    group[4] = root.im;
+                }
+                group += 4;
+            }
+        }
+    }
+    return table;
+}
+
+template <typename Real>
+std::int32_t BuildTables(BasicFftPlan<Real>& plan) {
+    const int order = plan.order;
+    if (order <= kLargestTinyOrder) {
+        return kPlanOk;
+    }
+    // The passes of the higher orders run in place: their need is that of the largest order that does not.
+    constexpr auto kElementBytes = static_cast<std::int32_t>(sizeof(Complex<Real>));
+    plan.work_bytes = (kElementBytes << (order < kLastSmallStage ? order : kLastSmallStage)) + 16;
+
+    Complex<Real>* const circle = AllocateArray<Complex<Real>>(std::int64_t{1} << order);
+    plan.bit_reversal = MakeBitReversal(order);
+    if (circle == nullptr || plan.bit_reversal == nullptr) {
+        plan_free(circle);
+        return kPlanNoMemory;
+    }
+    FillRoots(circle, 1 << order);
+    const int first = FirstBits(order) + 2;
+    const int lastSmall = order <= kLastSmallStage ? order : first + 10;
+    plan.stage_tables = MakeStages(first, lastSmall, circle, order);
+    if (order > kLastSmallStage) {
+        plan.large_tables = MakeStages(lastSmall + 2, order, circle, order);
+    }
+    plan_free(circle);
+    const bool complete = plan.stage_tables != nullptr && (order <= kLastSmallStage || plan.large_tables != nullptr);
+    return complete ? kPlanOk : kPlanNoMemory;
+}
+
+template <typename Real>
+std::int32_t StoreNormalisation(BasicFftPlan<Real>& plan, int norm_flag) {
+    const Real length = std::ldexp(Real{1}, plan.order);
+    plan.scale_forward = norm_flag == kForwardByLength || norm_flag == kBothBySquareRoot;
+    plan.scale_backward = norm_flag == kBackwardByLength || norm_flag == kBothBySquareRoot;
+    switch (norm_flag) {
+    case kForwardByLength:
+    case kBackwardByLength:
+        plan.scale = Real{1} / length;
+        return kPlanOk;
+    case kBothBySquareRoot:
+        plan.scale = Real{1} / std::sqrt(length);
+        return kPlanOk;
+    case kUnscaled:
+        return kPlanOk;
+    default:
+        return kPlanBadNormalisation;
+    }
+}
+
+template <typename Real>
+std::int32_t Run(Direction direction, const Complex<Real>* input, Complex<Real>* output, const BasicFftPlan<Real>* plan,
+                 void* work) {
+    if (plan == nullptr) {
+        return kPlanNullPointer;
+    }
+    if (plan->tag != kFftPlanTag) {
+        return kPlanBadTag;
+    }
+    if (input == nullptr || output == nullptr) {
+        return kPlanNullPointer;
+    }
+    void* own = nullptr;
+    if (work == nullptr && plan->work_bytes > 0) {
+        work = own = engine_alloc(static_cast<std::size_t>(plan->work_bytes));
+        if (own == nullptr) {
+            return kPlanNoMemory;
+        }
+    }
+    std::size_t space = 32;
+    void* const scratch = work == nullptr ? nullptr : std::align(16, 16, work, space);
+    ActiveFftRuns(*plan).line[direction](*plan, input, output, static_cast<Complex<Real>*>(scratch));
+    if (own != nullptr) {
+        engine_free(own);
+    }
+    if (direction == kForward ? plan->scale_forward : plan->scale_backward) {
+        for (std::ptrdiff_t k = 0; k < std::ptrdiff_t{1} << plan->order; ++k) {
+            output[k] = {output[k].re * plan->scale, output[k].im * plan->scale};
+        }
+    }
+    return kPlanOk;
+}
+
+} // namespace
+
+template <typename Real>
+std::int32_t fft_plan_create(BasicFftPlan<Real>** plan, int order, int norm_flag, int hint) {
+    if (plan == nullptr) {
+        return kPlanNullPointer;
+    }
+    *plan = nullptr;
+    if (order < 0 || order > kLargestOrder) {
+        return kPlanBadOrder;
+    }
+    BasicFftPlan<Real>* const built = AllocateArray<BasicFftPlan<Real>>(1);
+    if (built == nullptr) {
+        return kPlanNoMemory;
+    }
+    *built = {};
+    built->tag = kFftPlanTag;
+    built->order = order;
+    built->hint = hint;
+    std::int32_t status = StoreNormalisation(*built, norm_flag);
+    if (status == kPlanOk) {
+        status = BuildTables(*built);
+    }
+    if (status == kPlanOk) {
+        *plan = built;
+    } else {
+        fft_plan_free(built);
+    }
+    return status;
+}
+
+template <typename Real>
+std::int32_t fft_plan_forward(const Complex<Real>* input, Complex<Real>* output, const BasicFftPlan<Real>* plan,
+                              void* work) {
+    return Run(kForward, input, output, plan, work);
+}
+
+template <typename Real>
+std::int32_t fft_plan_backward(const Complex<Real>* input, Complex<Real>* output, const BasicFftPlan<Real>* plan,
+                               void* work) {
+    return Run(kBackward, input, output, plan, work);
+}
+
+template <typename Real>
+void fft_plan_free(BasicFftPlan<Real>* plan) {
+    if (plan != nullptr) {
+        plan_free(plan->bit_reversal);
+        plan_free(plan->stage_tables);
+        plan_free(plan->large_tables);
+        plan->tag = 0;
+        plan_free(plan);
+    }
+}
+
+#define CLARIBOX_INSTANTIATE(Real)                                                                                     \
+    template std::int32_t fft_plan_create(BasicFftPlan<Real>**, int, int, int);                                        \
+    template std::int32_t fft_plan_forward(const Complex<Real>*, Complex<Real>*, const BasicFftPlan<Real>*, void*);    \
+    template std::int32_t fft_plan_backward(const Complex<Real>*, Complex<Real>*, const BasicFftPlan<Real>*, void*);   \
+    template void fft_plan_free(BasicFftPlan<Real>*)
+CLARIBOX_INSTANTIATE(float);
+CLARIBOX_INSTANTIATE(double);
+#undef CLARIBOX_INSTANTIATE
+
+} // namespace dft

@@ -1,0 +1,136 @@
+// Passes of radix 2 and 4 over blocks of elements, decimated in time or in frequency, and the twiddles that they read.
+// For vector sources only.
+//
+// A block of 4 * quarter elements is four transforms of `quarter` elements in a row. Order of the four, here and
+// wherever spectra are "bit-reversed": by the two lowest bits of the frequency, reversed, so 0, 2, 1, 3. Cooley and
+// Tukey, "An algorithm for the machine calculation of complex Fourier series", 1965; Gentleman and Sande, "Fast Fourier
+// transforms for fun and profit", 1966.
+#pragma once
+
+#include "dft/lane_complex.h"
+
+#include <cstddef>
+
+namespace dft::CLARIBOX_VECTOR_CLASS {
+
+template <typename V>
+inline LaneComplex<V> Fetch(const LaneComplex<V>* from, std::ptrdiff_t k) {
+    return from[k];
+}
+template <typename V>
+inline void Deposit(LaneComplex<V>* to, std::ptrdiff_t k, LaneComplex<V> x) {
+    to[k] = x;
+}
+
+template <typename V>
+inline LaneComplex<V> operator*(LaneComplex<V> x, Real<V> factor) {
+    return {x.re * factor, x.im * factor};
+}
+
+/// Twiddles w, w^2, w^3 of one butterfly.
+template <typename W>
+struct TwiddleTriple {
+    Complex<W> w1;
+    Complex<W> w2;
+    Complex<W> w3;
+};
+
+/// Twiddles in groups of four consecutive j: the four real parts of W^j, the four imaginary ones, then the same of W^2j
+/// and of W^3j. Forward roots, as in all tables of this room.
+template <typename T>
+struct GroupsOfFour {
+    const T* table;
+    TwiddleTriple<T> operator()(std::ptrdiff_t j) const {
+        const T* const at = table + j / 4 * 24 + j % 4;
+        return {{at[0], at[4]}, {at[8], at[12]}, {at[16], at[20]}};
+    }
+};
+
+/// A pass decimated in time on `blocks` adjacent blocks. `twiddle(j)` gives the triple of element j of a quarter.
+template <Direction direction, typename In, typename Out, typename Twiddle>
+inline void TimePass4(In in, Out out, std::ptrdiff_t quarter, std::ptrdiff_t blocks, Twiddle twiddle) {
+    for (std::ptrdiff_t j = 0; j < quarter; ++j) {
+        const auto w = twiddle(j);
+        for (std::ptrdiff_t k = j; k < 4 * quarter * blocks; k += 4 * quarter) {
+            auto x0 = Fetch(in, k);
+            auto x1 = Rotate<direction>(Fetch(in, k + 2 * quarter), w.w1.re, w.w1.im);
+            auto x2 = Rotate<direction>(Fetch(in, k + quarter), w.w2.re, w.w2.im);
+            auto x3 = Rotate<direction>(Fetch(in, k + 3 * quarter), w.w3.re, w.w3.im);
+            Butterfly4<direction>(x0, x1, x2, x3);
+            Deposit(out, k, x0);
+            Deposit(out, k + quarter, x1);
+            Deposit(out, k + 2 * quarter, x2);
+            Deposit(out, k + 3 * quarter, x3);
+        }
+    }
+}
+
+/// Its counterpart decimated in frequency.
+template <Direction direction, typename In, typename Out, typename Twiddle>
+inline void FrequencyPass4(In in, Out out, std::ptrdiff_t quarter, std::ptrdiff_t blocks, Twiddle twiddle) {
+    for (std::ptrdiff_t j = 0; j < quarter; ++j) {
+        const auto w = twiddle(j);
+        for (std::ptrdiff_t k = j; k < 4 * quarter * blocks; k += 4 * quarter) {
+            auto x0 = Fetch(in, k);
+            auto x1 = Fetch(in, k + quarter);
+            auto x2 = Fetch(in, k + 2 * quarter);
+            auto x3 = Fetch(in, k + 3 * quarter);
+            Butterfly4<direction>(x0, x1, x2, x3);
+            Deposit(out, k, x0);
+            Deposit(out, k + 2 * quarter, Rotate<direction>(x1, w.w1.re, w.w1.im));
+            Deposit(out, k + quarter, Rotate<direction>(x2, w.w2.re, w.w2.im));
+            Deposit(out, k + 3 * quarter, Rotate<direction>(x3, w.w3.re, w.w3.im));
+        }
+    }
+}
+
+/// Transforms of 2, 4 and 8 elements, all in natural order; load(k) and store(j, x) say where they are. All loads come
+/// before the first store.
+template <Direction direction, typename Load, typename Store>
+inline void Transform2(Load load, Store store) {
+    const auto x0 = load(0);
+    const auto x1 = load(1);
+    store(0, x0 + x1);
+    store(1, x0 - x1);
+}
+template <Direction direction, typename Load, typename Store>
+inline void Transform4(Load load, Store store) {
+    auto x0 = load(0);
+    auto x1 = load(1);
+    auto x2 = load(2);
+    auto x3 = load(3);
+    Butterfly4<direction>(x0, x1, x2, x3);
+    store(0, x0);
+    store(1, x1);
+    store(2, x2);
+    store(3, x3);
+}
+template <Direction direction, typename V, typename Load, typename Store>
+inline void Transform8(Load load, Store store) {
+    constexpr Real<V> kHalfRoot = Real<V>(0.707106781186547524400844362104849039L); // cos(2 pi / 8)
+    LaneComplex<V> even0 = load(0);
+    LaneComplex<V> even1 = load(2);
+    LaneComplex<V> even2 = load(4);
+    LaneComplex<V> even3 = load(6);
+    LaneComplex<V> odd0 = load(1);
+    LaneComplex<V> odd1 = load(3);
+    LaneComplex<V> odd2 = load(5);
+    LaneComplex<V> odd3 = load(7);
+    Butterfly4<direction>(even0, even1, even2, even3);
+    Butterfly4<direction>(odd0, odd1, odd2, odd3);
+    const LaneComplex<V> turned1 = QuarterTurn<direction>(odd1);
+    const LaneComplex<V> turned3 = QuarterTurn<direction>(odd3);
+    odd1 = (odd1 + turned1) * kHalfRoot;
+    odd2 = QuarterTurn<direction>(odd2);
+    odd3 = (turned3 - odd3) * kHalfRoot;
+    store(0, even0 + odd0);
+    store(1, even1 + odd1);
+    store(2, even2 + odd2);
+    store(3, even3 + odd3);
+    store(4, even0 - odd0);
+    store(5, even1 - odd1);
+    store(6, even2 - odd2);
+    store(7, even3 - odd3);
+}
+
+} // namespace dft::CLARIBOX_VECTOR_CLASS
