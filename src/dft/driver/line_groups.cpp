@@ -1,0 +1,216 @@
+#include "dft/driver/line_groups.h"
+
+#include "dft/descriptor/general_slots.h"
+#include "dft/driver/copy_strided.h"
+#include "dft/driver/record_fields.h"
+#include "dft/driver/work_memory.h"
+#include "dft/pow2/pow2.h"
+#include "dft/pow2/pow2_runs.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+namespace dft {
+namespace {
+
+/// Lines taken from adjacent columns together, so that each cache line of the array is fetched for several of them.
+constexpr std::ptrdiff_t kColumnGroup = 4;
+
+/// Batches beyond this go line by line: their memory would be out of proportion to the job's.
+constexpr std::uint64_t kLargestBatchBytes = std::uint64_t{64} << 20;
+
+template <typename Real>
+const PlanRuns<Real>& ActivePlanRuns() {
+    if constexpr (kPrecision<Real> == 0) {
+        return ActivePlanRunsSingle();
+    } else {
+        return ActivePlanRunsDouble();
+    }
+}
+template <typename Real>
+const Pow2Runs<Real>& ActivePow2Runs() {
+    if constexpr (kPrecision<Real> == 0) {
+        return ActivePow2RunsSingle();
+    } else {
+        return ActivePow2RunsDouble();
+    }
+}
+template <typename Real>
+const LineTransport<Real>& ActiveLineTransport() {
+    if constexpr (kPrecision<Real> == 0) {
+        return ActiveLineTransportSingle();
+    } else {
+        return ActiveLineTransportDouble();
+    }
+}
+
+/// The engine's own routines, indexed by precision and direction.
+constexpr DftRoutine kGeneralSlots[2][2] = {{general_forward_single, general_backward_single},
+                                            {general_forward_double, general_backward_double}};
+constexpr DftRoutine kPow2Slots[2][2] = {{c1d_forward_pow2, c1d_backward_pow2}, {z1d_forward_pow2, z1d_backward_pow2}};
+
+template <typename Real>
+bool IsOwn(DftRoutine slot, Direction direction) {
+    return slot == kGeneralSlots[kPrecision<Real>][direction] || slot == kPow2Slots[kPrecision<Real>][direction];
+}
+
+/// The batched twin of a record's routine. A routine that is none of the engine's own has none.
+template <typename Real>
+class BatchRoutine {
+public:
+    BatchRoutine(const DftDescriptor& record, Direction direction) : m_Record(record), m_Direction(direction) {
+        const DftRoutine slot = Slot<Real>(record, direction);
+        const BasicDftPlan<Real>* const plan = GeneralPlan<Real>(record);
+        const auto length = static_cast<std::uint64_t>(record.length);
+        if (slot == kGeneralSlots[kPrecision<Real>][direction]) {
+            m_Exists = plan != nullptr && plan->tag == kDftPlanTag && plan->norm_flag == kUnscaled &&
+                       plan->length == record.length;
+            m_Plan = plan;
+            m_Scale = ScaleFactor<Real>(record, direction);
+            m_WorkBytes = m_Exists ? static_cast<std::uint64_t>(plan->work_bytes) : 0;
+        } else if (slot == kPow2Slots[kPrecision<Real>][direction]) {
+            m_Exists = true;
+            m_WorkBytes = length * sizeof(Complex<Real>);
+        }
+        m_LineBytes = length * sizeof(Complex<Real>);
+        const auto lanes = static_cast<std::uint64_t>(ActivePlanRuns<Real>().lanes);
+        m_Exists = m_Exists && lanes > 1 && lanes * (m_LineBytes + m_WorkBytes) <= kLargestBatchBytes;
+    }
+
+    bool Exists() const { return m_Exists; }
+    std::ptrdiff_t lanes() const { return ActivePlanRuns<Real>().lanes; }
+    std::size_t BatchReals() const { return Reals(m_LineBytes); }
+    std::size_t WorkReals() const { return Reals(m_WorkBytes); }
+
+    /// The factor that `Run` leaves to be applied.
+    Real scale() const { return m_Scale; }
+
+    /// In place.
+    void Run(Real* batch, Real* work) const {
+        if (m_Plan != nullptr) {
+            ActivePlanRuns<Real>().batch[m_Direction](*m_Plan, batch, batch, work);
+        } else {
+            ActivePow2Runs<Real>().batch[m_Direction](m_Record, batch, work);
+        }
+    }
+
+private:
+    std::size_t Reals(std::uint64_t bytesOfLine) const {
+        return static_cast<std::size_t>(static_cast<std::uint64_t>(lanes()) * bytesOfLine / sizeof(Real));
+    }
+
+    const DftDescriptor& m_Record;
+    Direction m_Direction;
+    bool m_Exists = false;
+    const BasicDftPlan<Real>* m_Plan = nullptr; ///< null for a power of two
+    Real m_Scale = 1;
+    std::uint64_t m_LineBytes = 0;
+    std::uint64_t m_WorkBytes = 0; ///< of one line
+};
+
+/// Whether no two lines share an element, as far as blocks of lines and interleaved lines go.
+template <typename Real>
+bool AreApart(const Lines<Real>& lines) {
+    const auto span = [](std::ptrdiff_t count, std::ptrdiff_t stride) {
+        return (static_cast<std::int64_t>(count) - 1) * std::abs(static_cast<std::int64_t>(stride));
+    };
+    return std::abs(lines.lineStride) > span(lines.length, lines.elementStride) ||
+           (lines.lineStride != 0 && std::abs(lines.elementStride) > span(lines.count, lines.lineStride));
+}
+
+template <typename Real>
+Lines<Real> Part(const Lines<Real>& lines, std::ptrdiff_t first, std::ptrdiff_t count) {
+    Lines<Real> part = lines;
+    part.base += first * lines.lineStride;
+    part.count = std::min(count, lines.count - first);
+    return part;
+}
+
+template <typename Real>
+std::int32_t TransformInBatches(const BatchRoutine<Real>& routine, const Lines<Real>& lines) {
+    const LineBuffer<Real> batch(routine.BatchReals());
+    const LineBuffer<Real> work(routine.WorkReals());
+    if (batch.data() == nullptr || work.data() == nullptr) {
+        return DFT_NO_MEMORY;
+    }
+    const LineTransport<Real>& transport = ActiveLineTransport<Real>();
+    for (std::ptrdiff_t first = 0; first < lines.count; first += routine.lanes()) {
+        const Lines<Real> group = Part(lines, first, routine.lanes());
+        transport.gather(group, batch.data());
+        routine.Run(batch.data(), work.data());
+        transport.scatter(batch.data(), group, routine.scale());
+    }
+    return DFT_OK;
+}
+
+template <typename Real>
+std::int32_t TransformWhereTheyLie(DftDescriptor* record, Direction direction, const Lines<Real>& lines, void* work) {
+    std::int32_t status = DFT_OK;
+    for (std::ptrdiff_t j = 0; j < lines.count && status == DFT_OK; ++j) {
+        Complex<Real>* const line = lines.base + j * lines.lineStride;
+        status = Slot<Real>(*record, direction)(line, line, record, work);
+    }
+    return status;
+}
+
+/// Copies lines to or from a buffer in which they stand one after the other.
+template <typename Real>
+void Gather(const Lines<Real>& lines, Complex<Real>* buffer) {
+    for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
+        dft_copy_strided(lines.count, lines.base + k * lines.elementStride, lines.lineStride, buffer + k, lines.length);
+    }
+}
+template <typename Real>
+void Scatter(Complex<Real>* buffer, const Lines<Real>& lines) {
+    for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
+        dft_copy_strided(lines.count, buffer + k, lines.length, lines.base + k * lines.elementStride, lines.lineStride);
+    }
+}
+
+template <typename Real>
+std::int32_t TransformInCopies(DftDescriptor* record, Direction direction, const Lines<Real>& lines, StatusRule rule,
+                               void* work) {
+    const std::ptrdiff_t perGroup = lines.lineStride == 1 && AreApart(lines) ? kColumnGroup : 1;
+    const LineBuffer<Complex<Real>> buffer(static_cast<std::size_t>(perGroup * lines.length));
+    if (buffer.data() == nullptr) {
+        return DFT_NO_MEMORY;
+    }
+    const bool isOwn = IsOwn<Real>(Slot<Real>(*record, direction), direction);
+    for (std::ptrdiff_t first = 0; first < lines.count; first += perGroup) {
+        const Lines<Real> group = Part(lines, first, perGroup);
+        const bool isTested = rule == StatusRule::kAllTested || group.count == perGroup || isOwn;
+        Gather(group, buffer.data());
+        for (std::ptrdiff_t j = 0; j < group.count; ++j) {
+            Complex<Real>* const line = buffer.data() + j * lines.length;
+            const std::int32_t status = Slot<Real>(*record, direction)(line, line, record, work);
+            if (isTested && status != DFT_OK) {
+                return status;
+            }
+        }
+        Scatter(buffer.data(), group);
+    }
+    return DFT_OK;
+}
+
+} // namespace
+
+template <typename Real>
+std::int32_t TransformLines(DftDescriptor* record, Direction direction, const Lines<Real>& lines, StatusRule rule,
+                            void* work) {
+    if (lines.count > 1 && AreApart(lines)) {
+        const BatchRoutine<Real> routine(*record, direction);
+        if (routine.Exists()) {
+            return TransformInBatches(routine, lines);
+        }
+    }
+    if (lines.elementStride == 1) {
+        return TransformWhereTheyLie(record, direction, lines, work);
+    }
+    return TransformInCopies(record, direction, lines, rule, work);
+}
+
+template std::int32_t TransformLines(DftDescriptor*, Direction, const Lines<float>&, StatusRule, void*);
+template std::int32_t TransformLines(DftDescriptor*, Direction, const Lines<double>&, StatusRule, void*);
+
+} // namespace dft

@@ -1,0 +1,34 @@
+// Lines of an array, and their way into batches (plans/plan_runs.h) and back: one form a vector class.
+#pragma once
+
+#include "dft/complex.h"
+#include "simd/VectorClass.h"
+
+#include <cstddef>
+
+namespace dft {
+
+/// `count` lines of `length` elements: element k of line j is base[j * lineStride + k * elementStride].
+template <typename Real>
+struct Lines {
+    Complex<Real>* base;
+    std::ptrdiff_t elementStride;
+    std::ptrdiff_t lineStride;
+    std::ptrdiff_t count;
+    std::ptrdiff_t length;
+};
+
+/// No member touches an element that is not of the lines it is given.
+template <typename Real>
+struct LineTransport {
+    int lanes; ///< of a batch, as in PlanRuns
+    /// Copies the lines, at most `lanes`, to a batch on a multiple of 64 bytes. Lanes without a line become 0.
+    void (*gather)(const Lines<Real>& lines, Real* batch);
+    /// Copies the lines back, each part times `scale` unless that is 1.
+    void (*scatter)(const Real* batch, const Lines<Real>& lines, Real scale);
+};
+
+CLARIBOX_VECTOR_VARIANTS(LineTransport<float>, kLineTransportSingle, ActiveLineTransportSingle)
+CLARIBOX_VECTOR_VARIANTS(LineTransport<double>, kLineTransportDouble, ActiveLineTransportDouble)
+
+} // namespace dft

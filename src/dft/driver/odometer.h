@@ -1,0 +1,82 @@
+// Walks the positions of several records of a job.
+#pragma once
+
+#include "dft/dft.h"
+#include "dft/driver/record_fields.h"
+
+#include <cstddef>
+
+namespace dft {
+
+/// A run of positions of one record, to which a pass is confined.
+struct Slice {
+    int record;
+    std::ptrdiff_t first;
+    std::ptrdiff_t count;
+};
+
+/// The slice of `record` that chunk `chunk` of `chunks` takes: runs of ceil(length / chunks) positions, the last cut at
+/// the end; surplus chunks get none.
+inline Slice ChunkOf(int record, std::ptrdiff_t length, int chunks, int chunk) {
+    const std::ptrdiff_t size = length / chunks + (length % chunks != 0 ? 1 : 0);
+    const std::ptrdiff_t first = chunk * size < length ? chunk * size : length;
+    return {record, first, size < length - first ? size : length - first};
+}
+
+/// Positions of chosen records, the one added first turning fastest.
+class Odometer {
+public:
+    /// Adds positions first .. first + count - 1 of a record.
+    void Add(const DftDescriptor& record, std::ptrdiff_t first, std::ptrdiff_t count) {
+        Axis& axis = m_Axes[m_Count++];
+        axis = {count, 0, {record.input_stride, record.output_stride}};
+        for (int side = 0; side < 2; ++side) {
+            m_Offsets[side] += first * axis.strides[side];
+        }
+        m_IsDone = m_IsDone || count < 1;
+    }
+
+    /// Adds all records from `from` on but `except`; one of them may be confined to `slice`.
+    void AddRecords(const DftDescriptor* head, int from, int except, const Slice& slice) {
+        for (int k = from; k < head->rank; ++k) {
+            if (k == slice.record) {
+                Add(head[k], slice.first, slice.count);
+            } else if (k != except) {
+                Add(head[k], 0, head[k].length);
+            }
+        }
+    }
+
+    bool IsDone() const { return m_IsDone; }
+
+    /// Elements from the first element of the transform to this position.
+    std::ptrdiff_t Offset(Side side) const { return m_Offsets[static_cast<int>(side)]; }
+
+    void Next() {
+        for (int k = 0; k < m_Count; ++k) {
+            Axis& axis = m_Axes[k];
+            const bool turnsOver = ++axis.index == axis.count;
+            const std::ptrdiff_t steps = turnsOver ? 1 - axis.count : 1;
+            m_Offsets[0] += steps * axis.strides[0];
+            m_Offsets[1] += steps * axis.strides[1];
+            if (!turnsOver) {
+                return;
+            }
+            axis.index = 0;
+        }
+        m_IsDone = true;
+    }
+
+private:
+    struct Axis {
+        std::ptrdiff_t count;
+        std::ptrdiff_t index;
+        std::ptrdiff_t strides[2];
+    };
+    Axis m_Axes[kMaximumRank];
+    int m_Count = 0;
+    std::ptrdiff_t m_Offsets[2] = {0, 0};
+    bool m_IsDone = false;
+};
+
+} // namespace dft

@@ -1,0 +1,64 @@
+// Memory of one compute call, given back where its scope ends, by the thread that took it.
+#pragma once
+
+#include "dft/memory/engine_memory.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace dft {
+
+/// Work memory of routine slots, `slices` times `bytes` bytes; 16 bytes of its own where that is enough.
+class WorkMemory {
+public:
+    explicit WorkMemory(std::size_t bytes, int slices = 1) : m_SliceBytes(bytes) {
+        const std::size_t all = bytes * static_cast<std::size_t>(slices);
+        m_Block = all <= sizeof m_Local ? m_Local : static_cast<char*>(engine_alloc(all));
+    }
+    ~WorkMemory() {
+        if (m_Block != nullptr && m_Block != m_Local) {
+            engine_free(m_Block);
+        }
+    }
+    WorkMemory(const WorkMemory&) = delete;
+    WorkMemory& operator=(const WorkMemory&) = delete;
+
+    /// Null if there was no memory.
+    void* data() const { return m_Block; }
+    void* slice(int index) const { return m_Block + static_cast<std::size_t>(index) * m_SliceBytes; }
+
+private:
+    std::size_t m_SliceBytes;
+    alignas(16) char m_Local[16];
+    char* m_Block;
+};
+
+/// Elements from a multiple of 64 bytes on: `engine_alloc` promises no alignment, so the block is taken larger.
+template <typename T>
+class LineBuffer {
+public:
+    static constexpr std::size_t kAlignment = 64;
+
+    explicit LineBuffer(std::size_t count) : m_Block(engine_alloc(count * sizeof(T) + kAlignment)) {}
+    ~LineBuffer() {
+        if (m_Block != nullptr) {
+            engine_free(m_Block);
+        }
+    }
+    LineBuffer(const LineBuffer&) = delete;
+    LineBuffer& operator=(const LineBuffer&) = delete;
+
+    /// Null if there was none.
+    T* data() const {
+        if (m_Block == nullptr) {
+            return nullptr;
+        }
+        const std::size_t past = reinterpret_cast<std::uintptr_t>(m_Block) % kAlignment;
+        return reinterpret_cast<T*>(static_cast<char*>(m_Block) + (kAlignment - past));
+    }
+
+private:
+    void* m_Block;
+};
+
+} // namespace dft
