@@ -1,4 +1,4 @@
-// Short transforms: of the radices with a kernel of their own, and of any odd length. For vector sources only.
+// Short transforms of odd length: 3, 5, and any other; 2 and 4 stand in pow2/radix_passes.h. For vector sources only.
 //
 // Each reads its inputs through load(k) before it gives the first output to store(j), so that both may name the same
 // places.
@@ -7,14 +7,6 @@
 #include "dft/lane_complex.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {
-
-template <Direction direction, typename V, typename Load, typename Store>
-inline void Dft2(Load load, Store store) {
-    const LaneComplex<V> x0 = load(0);
-    const LaneComplex<V> x1 = load(1);
-    store(0, x0 + x1);
-    store(1, x0 - x1);
-}
 
 /// The three-point transform of Winograd ("On computing the discrete Fourier transform", 1978).
 template <Direction direction, typename V, typename Load, typename Store>
@@ -31,19 +23,6 @@ inline void Dft3(Load load, Store store) {
     store(0, x0 + sum);
     store(1, middle - rest);
     store(2, middle + rest);
-}
-
-template <Direction direction, typename V, typename Load, typename Store>
-inline void Dft4(Load load, Store store) {
-    LaneComplex<V> x0 = load(0);
-    LaneComplex<V> x1 = load(1);
-    LaneComplex<V> x2 = load(2);
-    LaneComplex<V> x3 = load(3);
-    Butterfly4<direction>(x0, x1, x2, x3);
-    store(0, x0);
-    store(1, x1);
-    store(2, x2);
-    store(3, x3);
 }
 
 template <Direction direction, typename V, typename Load, typename Store>

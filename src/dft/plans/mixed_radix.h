@@ -4,6 +4,7 @@
 #pragma once
 
 #include "dft/plans/butterflies.h"
+#include "dft/pow2/radix_passes.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {
 
@@ -63,11 +64,11 @@ private:
     void Butterflies(const Stage& stage, const Element* block, Element* results) {
         switch (stage.radix) {
         case 2:
-            return Pass<2, 1>(stage, block, results, [](auto load, auto store) { Dft2<direction, V>(load, store); });
+            return Pass<2, 1>(stage, block, results, [](auto load, auto store) { Transform2<direction>(load, store); });
         case 3:
             return Pass<3, 1>(stage, block, results, [](auto load, auto store) { Dft3<direction, V>(load, store); });
         case 4:
-            return Pass<4, 1>(stage, block, results, [](auto load, auto store) { Dft4<direction, V>(load, store); });
+            return Pass<4, 1>(stage, block, results, [](auto load, auto store) { Transform4<direction>(load, store); });
         case 5:
             return Pass<5, 1>(stage, block, results, [](auto load, auto store) { Dft5<direction, V>(load, store); });
         default:

@@ -15,11 +15,11 @@ void RunTiny(int length, const LaneComplex<V>* input, LaneComplex<V>* output) {
     const auto store = [=](int j, LaneComplex<V> value) { output[j] = value; };
     switch (length) {
     case 2:
-        return Dft2<direction, V>(load, store);
+        return Transform2<direction>(load, store);
     case 3:
         return Dft3<direction, V>(load, store);
     case 4:
-        return Dft4<direction, V>(load, store);
+        return Transform4<direction>(load, store);
     default:
         return store(0, load(0));
     }
