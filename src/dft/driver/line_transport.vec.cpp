@@ -1,21 +1,22 @@
 #include "dft/driver/line_transport.h"
 
+#include "dft/driver/register_transpose.h"
 #include "dft/lane_complex.h"
 #include "simd/Vector.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {
 namespace {
 
-using simd::CLARIBOX_VECTOR_CLASS::Indices;
 using simd::CLARIBOX_VECTOR_CLASS::Load;
 using simd::CLARIBOX_VECTOR_CLASS::Store;
-using simd::CLARIBOX_VECTOR_CLASS::Unrolled;
 
-/// Elements first .. last - 1 of lines at any strides.
+// The loops take the lines by value: through a reference they would be read anew after every store.
+
+/// Elements from `first` on, of lines at any strides.
 template <typename V>
-void GatherPlain(const Lines<Real<V>>& lines, std::ptrdiff_t first, std::ptrdiff_t last, Real<V>* batch) {
+void GatherPlain(Lines<Real<V>> lines, std::ptrdiff_t first, Real<V>* batch) {
     constexpr int lanes = kLines<V>;
-    for (std::ptrdiff_t k = first; k < last; ++k) {
+    for (std::ptrdiff_t k = first; k < lines.length; ++k) {
         const Complex<Real<V>>* const row = lines.base + k * lines.elementStride;
         Real<V>* const element = batch + 2 * lanes * k;
         for (int j = 0; j < lanes; ++j) {
@@ -26,10 +27,9 @@ void GatherPlain(const Lines<Real<V>>& lines, std::ptrdiff_t first, std::ptrdiff
     }
 }
 template <typename V>
-void ScatterPlain(const Real<V>* batch, const Lines<Real<V>>& lines, std::ptrdiff_t first, std::ptrdiff_t last,
-                  Real<V> scale) {
+void ScatterPlain(const Real<V>* batch, Lines<Real<V>> lines, std::ptrdiff_t first, Real<V> scale) {
     constexpr int lanes = kLines<V>;
-    for (std::ptrdiff_t k = first; k < last; ++k) {
+    for (std::ptrdiff_t k = first; k < lines.length; ++k) {
         Complex<Real<V>>* const row = lines.base + k * lines.elementStride;
         const Real<V>* const element = batch + 2 * lanes * k;
         for (int j = 0; j < lines.count; ++j) {
@@ -38,14 +38,150 @@ void ScatterPlain(const Real<V>* batch, const Lines<Real<V>>& lines, std::ptrdif
     }
 }
 
+#if !defined(CLARIBOX_VECTOR_Portable)
+
+/// As many elements of a row as a square of numbers takes from it.
+template <typename V>
+constexpr std::ptrdiff_t kTile = kLines<V> / 2;
+
+/// How far ahead memory is fetched: rows of columns, far enough to hide the memory and few enough for arrays whose rows
+/// all fall on the same few places of a cache; and elements of a row.
+constexpr std::ptrdiff_t kRowsAhead = 8;
+template <typename V>
+constexpr std::ptrdiff_t kElementsAhead = 256 / static_cast<std::ptrdiff_t>(sizeof(Complex<Real<V>>));
+
+/// k + ahead, or the last index of a line.
+template <typename R>
+inline std::ptrdiff_t Ahead(const Lines<R>& lines, std::ptrdiff_t k, std::ptrdiff_t ahead) {
+    return k + ahead < lines.length ? k + ahead : lines.length - 1;
+}
+
+/// Fetches the row of full columns that comes after row k. Always inlined: g++ 12 drops calls of a function that does
+/// nothing else.
+template <int isWrite, typename V>
+[[gnu::always_inline]] inline void FetchRowAhead(const Lines<Real<V>>& lines, std::ptrdiff_t k) {
+    constexpr std::size_t bytes = 2 * sizeof(V);
+    const auto* const row =
+        reinterpret_cast<const char*>(lines.base + Ahead(lines, k, kRowsAhead) * lines.elementStride);
+    for (std::size_t at = 0; at < bytes; at += 64) {
+        __builtin_prefetch(row + at, isWrite);
+    }
+    __builtin_prefetch(row + bytes - 1, isWrite);
+}
+
+template <typename V, bool isFull>
+void GatherRows(Lines<Real<V>> lines, Real<V>* batch) {
+    const std::ptrdiff_t whole = lines.length / kTile<V> * kTile<V>;
+    for (std::ptrdiff_t k = 0; k < whole; k += kTile<V>) {
+        const std::ptrdiff_t ahead = Ahead(lines, k, kElementsAhead<V>);
+        V square[kLines<V>];
+        Unrolled<kLines<V>>([&](int j) {
+            if (isFull || j < lines.count) {
+                const Complex<Real<V>>* const line = lines.base + j * lines.lineStride;
+                __builtin_prefetch(line + ahead);
+                square[j] = Load<V>(line + k);
+            } else {
+                square[j] = V{};
+            }
+        });
+        Transpose(square);
+        Unrolled<kLines<V>>([&](int j) { Store(batch + (2 * k + j) * kLines<V>, square[j]); });
+    }
+    GatherPlain<V>(lines, whole, batch);
+}
+
+template <typename V, bool isFull, bool isScaled>
+void ScatterRows(const Real<V>* batch, Lines<Real<V>> lines, Real<V> scale) {
+    const std::ptrdiff_t whole = lines.length / kTile<V> * kTile<V>;
+    for (std::ptrdiff_t k = 0; k < whole; k += kTile<V>) {
+        const std::ptrdiff_t ahead = Ahead(lines, k, kElementsAhead<V>);
+        V square[kLines<V>];
+        Unrolled<kLines<V>>([&](int j) {
+            const V x = Load<V>(batch + (2 * k + j) * kLines<V>);
+            square[j] = isScaled ? x * scale : x;
+        });
+        Transpose(square);
+        Unrolled<kLines<V>>([&](int j) {
+            if (isFull || j < lines.count) {
+                Complex<Real<V>>* const line = lines.base + j * lines.lineStride;
+                __builtin_prefetch(line + ahead, 1);
+                Store(line + k, square[j]);
+            }
+        });
+    }
+    ScatterPlain<V>(batch, lines, whole, scale);
+}
+
+template <typename V>
+void GatherColumns(Lines<Real<V>> lines, Real<V>* batch) {
+    for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
+        const Complex<Real<V>>* const row = lines.base + k * lines.elementStride;
+        FetchRowAhead<0, V>(lines, k);
+        const auto x = Separate(Load<V>(row), Load<V>(row + kTile<V>), Indices<kLines<V>>{});
+        Store(batch + 2 * k * kLines<V>, x.re);
+        Store(batch + (2 * k + 1) * kLines<V>, x.im);
+    }
+}
+
+template <typename V, bool isScaled>
+void ScatterColumns(const Real<V>* batch, Lines<Real<V>> lines, Real<V> scale) {
+    for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
+        Complex<Real<V>>* const row = lines.base + k * lines.elementStride;
+        FetchRowAhead<1, V>(lines, k);
+        LaneComplex<V> x = {Load<V>(batch + 2 * k * kLines<V>), Load<V>(batch + (2 * k + 1) * kLines<V>)};
+        if constexpr (isScaled) {
+            x = {x.re * scale, x.im * scale};
+        }
+        V first;
+        V second;
+        Join(x, first, second, Indices<kLines<V>>{});
+        Store(row, first);
+        Store(row + kTile<V>, second);
+    }
+}
+
 template <typename V>
 void GatherLines(const Lines<Real<V>>& lines, Real<V>* batch) {
-    GatherPlain<V>(lines, 0, lines.length, batch);
+    const bool isFull = lines.count == kLines<V>;
+    if (lines.lineStride == 1 && isFull) {
+        GatherColumns<V>(lines, batch);
+    } else if (lines.elementStride == 1) {
+        isFull ? GatherRows<V, true>(lines, batch) : GatherRows<V, false>(lines, batch);
+    } else {
+        GatherPlain<V>(lines, 0, batch);
+    }
+}
+
+template <typename V, bool isScaled>
+void ScatterLines(const Real<V>* batch, const Lines<Real<V>>& lines, Real<V> scale) {
+    const bool isFull = lines.count == kLines<V>;
+    if (lines.lineStride == 1 && isFull) {
+        ScatterColumns<V, isScaled>(batch, lines, scale);
+    } else if (lines.elementStride == 1) {
+        isFull ? ScatterRows<V, true, isScaled>(batch, lines, scale)
+               : ScatterRows<V, false, isScaled>(batch, lines, scale);
+    } else {
+        ScatterPlain<V>(batch, lines, 0, scale);
+    }
 }
 template <typename V>
 void ScatterLines(const Real<V>* batch, const Lines<Real<V>>& lines, Real<V> scale) {
-    ScatterPlain<V>(batch, lines, 0, lines.length, scale);
+    const bool isScaled = scale != 1;
+    isScaled ? ScatterLines<V, true>(batch, lines, scale) : ScatterLines<V, false>(batch, lines, scale);
 }
+
+#else
+
+template <typename V>
+void GatherLines(const Lines<Real<V>>& lines, Real<V>* batch) {
+    GatherPlain<V>(lines, 0, batch);
+}
+template <typename V>
+void ScatterLines(const Real<V>* batch, const Lines<Real<V>>& lines, Real<V> scale) {
+    ScatterPlain<V>(batch, lines, 0, scale);
+}
+
+#endif
 
 } // namespace
 
