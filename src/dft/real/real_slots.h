@@ -1,7 +1,8 @@
-// What commit and free need of the real domain: the routine slots of a record, and the making and release of its plan.
+// What commit and free need of the real domain: the routine slots of a record, and the making of its plan.
 #pragma once
 
 #include "dft/dft.h"
+#include "dft/real/real_plan.h"
 
 namespace dft {
 
@@ -23,9 +24,5 @@ bool install_pack_stages(DftDescriptor* record);
 /// Builds the real plan of the record's precision and length (`plan_real_*`) and stores its bytes of work memory in
 /// `workspace_need`. A plan status (plans/dft_plan.h); on failure the plan is null.
 std::int32_t install_real_plan(DftDescriptor* record);
-
-/// Releases a real plan and all it owns; null is ignored.
-template <typename Real>
-void real_plan_free(BasicRealDftPlan<Real>* plan);
 
 } // namespace dft

@@ -1,0 +1,173 @@
+// The runs of a real plan.
+#include "dft/driver/work_memory.h"
+#include "dft/plans/plan_runs.h"
+#include "dft/real/packed_formats.h"
+#include "dft/real/real_kernels.h"
+#include "dft/real/real_plan.h"
+
+#include <memory>
+
+namespace dft {
+namespace {
+
+template <typename Real>
+void RunComplex(Direction direction, const BasicRealDftPlan<Real>& plan, const Complex<Real>* input,
+                Complex<Real>* output, void* work) {
+    if constexpr (sizeof(Real) == sizeof(float)) {
+        ActivePlanRunsSingle().line[direction](plan.complex_run, input, output, work);
+    } else {
+        ActivePlanRunsDouble().line[direction](plan.complex_run, input, output, work);
+    }
+}
+
+template <Direction direction, typename Real>
+void RunEven(const BasicRealDftPlan<Real>& plan, const Real* input, Real* output, void* work) {
+    // Pairs of elements as complex ones: the same numbers at the same places.
+    const auto* const from = reinterpret_cast<const Complex<Real>*>(input);
+    auto* const to = reinterpret_cast<Complex<Real>*>(output);
+    const int half = plan.length / 2;
+    if constexpr (direction == kForward) {
+        RunComplex(kForward, plan, from, to, work);
+        StepBetweenHalves<kForward>(half, plan.unpack_forward, to, to);
+    } else {
+        StepBetweenHalves<kBackward>(half, plan.unpack_backward, from, to);
+        RunComplex(kBackward, plan, to, to, work);
+    }
+}
+
+/// Lengths 1 and 3, which have no tables and no work memory.
+template <Direction direction, typename Real>
+void RunTinyOdd(int length, const Real* input, Real* output) {
+    constexpr Real kSine = Real(0.866025403784438646763723170752936183L);
+    constexpr Complex<Real> kThirds[3] = {{1, 0}, {Real(-0.5), -kSine}, {Real(-0.5), kSine}};
+    Real pairs[2];
+    TransformOddDirectly<direction>(length, kThirds, input, output, pairs);
+}
+
+/// Odd lengths by the mixed-radix and Bluestein methods, in place on a complex line of their own: forward with zero
+/// imaginary parts, of whose spectrum the first half is all there is to know; backward from a conjugate-even spectrum,
+/// which leaves nothing in the imaginary parts but rounding.
+template <Direction direction, typename Real>
+std::int32_t RunOddAsComplex(const BasicRealDftPlan<Real>& plan, const Real* input, Real* output, void* work) {
+    const int length = plan.length;
+    const LineBuffer<Complex<Real>> buffer(static_cast<std::size_t>(length));
+    Complex<Real>* const line = buffer.data();
+    if (line == nullptr) {
+        return kPlanNoMemory;
+    }
+    line[0] = {input[0], 0};
+    for (int k = 1; k <= length / 2; ++k) {
+        const int mirrored = length - k;
+        if constexpr (direction == kForward) {
+            line[k] = {input[k], 0};
+            line[mirrored] = {input[mirrored], 0};
+        } else {
+            line[k] = {input[2 * k - 1], input[2 * k]};
+            line[mirrored] = {input[2 * k - 1], -input[2 * k]};
+        }
+    }
+    RunComplex(direction, plan, line, line, work);
+    output[0] = line[0].re;
+    for (int k = 1; k <= length / 2; ++k) {
+        const int mirrored = length - k;
+        if constexpr (direction == kForward) {
+            output[2 * k - 1] = line[k].re;
+            output[2 * k] = line[k].im;
+        } else {
+            output[k] = line[k].re;
+            output[mirrored] = line[mirrored].re;
+        }
+    }
+    return kPlanOk;
+}
+
+/// A pointer into `block` on a multiple of 16 bytes.
+void* RoundUp(void* block) {
+    std::size_t space = 32;
+    return std::align(16, 16, block, space);
+}
+
+template <Direction direction, typename Real>
+std::int32_t RunMethod(const BasicRealDftPlan<Real>& plan, const Real* input, Real* output, void* work) {
+    if (plan.length % 2 == 0) {
+        RunEven<direction>(plan, input, output, work);
+    } else if (plan.length < 5) {
+        RunTinyOdd<direction>(plan.length, input, output);
+    } else if (plan.direct_matrix != nullptr) {
+        TransformOddDirectly<direction>(plan.length, plan.direct_matrix, input, output, static_cast<Real*>(work));
+    } else {
+        return RunOddAsComplex<direction>(plan, input, output, work);
+    }
+    return kPlanOk;
+}
+
+/// Between real elements and the native layout, scaled where the plan's flag asks for it.
+template <Direction direction, typename Real>
+std::int32_t RunNative(const BasicRealDftPlan<Real>& plan, const Real* input, Real* output, void* work) {
+    const WorkMemory own(work == nullptr ? static_cast<std::size_t>(plan.work_bytes) : 0);
+    if (own.data() == nullptr) {
+        return kPlanNoMemory;
+    }
+    const std::int32_t status = RunMethod<direction>(plan, input, output, RoundUp(work == nullptr ? own.data() : work));
+    if (status == kPlanOk && (direction == kForward ? plan.scale_forward : plan.scale_backward) != 0) {
+        for (int k = 0; k < plan.length; ++k) {
+            output[k] *= plan.scale;
+        }
+    }
+    return status;
+}
+
+template <typename Real>
+std::int32_t Check(const Real* input, const Real* output, const BasicRealDftPlan<Real>* plan) {
+    if (plan == nullptr) {
+        return kPlanNullPointer;
+    }
+    if (plan->tag != kRealPlanTag) {
+        return kPlanBadTag;
+    }
+    return input == nullptr || output == nullptr ? kPlanNullPointer : kPlanOk;
+}
+
+} // namespace
+
+template <DftCode format, typename Real>
+std::int32_t real_pack_forward(const Real* input, Real* output, const BasicRealDftPlan<Real>* plan, void* work) {
+    std::int32_t status = Check(input, output, plan);
+    if (status == kPlanOk) {
+        status = RunNative<kForward>(*plan, input, output, work);
+    }
+    if (status == kPlanOk) {
+        ShuffleFromNative<format>(output, plan->length);
+    }
+    return status;
+}
+
+template <DftCode format, typename Real>
+std::int32_t real_pack_backward(const Real* input, Real* output, const BasicRealDftPlan<Real>* plan, void* work) {
+    const std::int32_t status = Check(input, output, plan);
+    if (status != kPlanOk) {
+        return status;
+    }
+    if (!NeedsShuffle(format, plan->length)) {
+        return RunNative<kBackward>(*plan, input, output, work);
+    }
+    const LineBuffer<Real> native(static_cast<std::size_t>(plan->length));
+    if (native.data() == nullptr) {
+        return kPlanNoMemory;
+    }
+    CopyToNative<format>(input, native.data(), plan->length);
+    return RunNative<kBackward, Real>(*plan, native.data(), output, work);
+}
+
+#define CLARIBOX_INSTANTIATE(format, Real)                                                                             \
+    template std::int32_t real_pack_forward<format>(const Real*, Real*, const BasicRealDftPlan<Real>*, void*);         \
+    template std::int32_t real_pack_backward<format>(const Real*, Real*, const BasicRealDftPlan<Real>*, void*)
+CLARIBOX_INSTANTIATE(DFT_PACK_FULL, float);
+CLARIBOX_INSTANTIATE(DFT_PACK_TIGHT, float);
+CLARIBOX_INSTANTIATE(DFT_PACK_NATIVE, float);
+CLARIBOX_INSTANTIATE(DFT_PACK_FULL, double);
+CLARIBOX_INSTANTIATE(DFT_PACK_TIGHT, double);
+CLARIBOX_INSTANTIATE(DFT_PACK_NATIVE, double);
+#undef CLARIBOX_INSTANTIATE
+
+} // namespace dft
