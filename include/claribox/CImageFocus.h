@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ChMatrix.h"
+#include "DFT_Buffer.h"
 #include "Export.h"
 
 /// Layout of one packed pixel. A pixel operation given any other value leaves the caller's pixels as they were.
@@ -60,13 +61,38 @@ public:
     /// has more than one processor; the bytes are the same either way.
     void DeBlur(unsigned char* pixels, FoPixelFmt format, int pitch);
 
+    /// Undoes the set length and degree of motion in the frequency domain. Stores the noise factor it used. The motion
+    /// kernel, of side 2*length+1, has to fit into the picture extended by 50 pixels on each side. Runs a thread a
+    /// colour plane where the machine has more than one processor package or core; the bytes are the same either way.
+    void DeMotionBlur(unsigned char* pixels, FoPixelFmt format, int pitch);
+
+    /// Guesses the direction of motion blur inside the picture's busiest square and moves the estimation region there.
+    /// From 1700000 pixels on it looks at every second row and column. Returns a degree from 0 to 359; does not set the
+    /// motion degree. The pixels are only read.
+    int GuessMotionDegree(unsigned char* pixels, FoPixelFmt format, int pitch);
+
+    /// The estimation region in the coordinates of the plane that was looked at. It may reach beyond a picture of which
+    /// one side is above 512 and the other is not.
+    void GetEstRect(int& left, int& top, int& right, int& bottom) const;
+
+    /// The same in the coordinates of the full picture. A picture of exactly 1700000 pixels, already looked at in half
+    /// size, still reports the half-size coordinates: required.
+    void GetEstRectActSize(int& left, int& top, int& right, int& bottom) const;
+
 private:
     friend struct FoConvolveJob;
+    friend struct FoInvFilterJob;
 
     void ConvolvePlane(unsigned char* plane, ChMatrix<float>& kernel);
     void ConvolvePlane_Mask(unsigned char* plane, ChMatrix<float>& kernel, unsigned char* mask);
     void DeBlur_Deconv(unsigned char* first, unsigned char* second, unsigned char* third);
     void DeBlur_Deconv_MT(unsigned char* first, unsigned char* second, unsigned char* third);
+    void DeBlur_Inv(unsigned char* first, unsigned char* second, unsigned char* third);
+    void InvFilter(unsigned char* plane, unsigned char* scratch, DFT_Buffer& inverse);
+    void DeMotionBlur_MT(unsigned char* pixels, FoPixelFmt format, int pitch);
+    void Probe_Region(unsigned char* plane, int width, int height);
+    void GetEdgeMap(unsigned char* plane, unsigned char* map, int spare, int threshold);
+    void CvtToPlaneY(unsigned char* y, unsigned char* first, unsigned char* second, unsigned char* third);
 
     int m_Width = 0; // nothing to work on until SetSize
     int m_Height = 0;
