@@ -77,7 +77,7 @@ void TimePasses(const BasicFftPlan<Real<V>>& plan, LaneComplex<V>* data, int sta
         for (int k = 0; k < 4; ++k) {
             TimePasses<direction, V>(plan, data + k * quarter, stage - 2, finished);
         }
-        TimePass4<direction>(data, data, quarter, 1, StageTwiddles(plan, stage));
+        Pass4<direction, kUnscramble, kBefore>(data, data, quarter, 1, StageTwiddles(plan, stage));
         return;
     }
     if (finished == 0) {
@@ -85,8 +85,8 @@ void TimePasses(const BasicFftPlan<Real<V>>& plan, LaneComplex<V>* data, int sta
         UnscrambleFirstBlocks<direction, V>(data, finished, stage);
     }
     for (int k = finished + 2; k <= stage; k += 2) {
-        TimePass4<direction>(data, data, std::ptrdiff_t{1} << (k - 2), std::ptrdiff_t{1} << (stage - k),
-                             StageTwiddles(plan, k));
+        Pass4<direction, kUnscramble, kBefore>(data, data, std::ptrdiff_t{1} << (k - 2),
+                                               std::ptrdiff_t{1} << (stage - k), StageTwiddles(plan, k));
     }
 }
 
@@ -95,7 +95,7 @@ template <Direction direction, typename V>
 void FrequencyPasses(const BasicFftPlan<Real<V>>& plan, LaneComplex<V>* data, int stage) {
     const std::ptrdiff_t quarter = std::ptrdiff_t{1} << (stage - 2);
     if (stage > kCachedBits<V>) {
-        FrequencyPass4<direction>(data, data, quarter, 1, StageTwiddles(plan, stage));
+        Pass4<direction, kScramble, kAfter>(data, data, quarter, 1, StageTwiddles(plan, stage));
         for (int k = 0; k < 4; ++k) {
             FrequencyPasses<direction, V>(plan, data + k * quarter, stage - 2);
         }
@@ -103,8 +103,8 @@ void FrequencyPasses(const BasicFftPlan<Real<V>>& plan, LaneComplex<V>* data, in
     }
     const int firstBits = FirstBits(plan);
     for (int k = stage; k > firstBits; k -= 2) {
-        FrequencyPass4<direction>(data, data, std::ptrdiff_t{1} << (k - 2), std::ptrdiff_t{1} << (stage - k),
-                                  StageTwiddles(plan, k));
+        Pass4<direction, kScramble, kAfter>(data, data, std::ptrdiff_t{1} << (k - 2), std::ptrdiff_t{1} << (stage - k),
+                                            StageTwiddles(plan, k));
     }
     ScrambleLastBlocks<direction, V>(data, firstBits, stage);
 }
@@ -204,7 +204,8 @@ void FftRun(const BasicFftPlan<Real<V>>& plan, const LaneComplex<V>* in, LaneCom
         for (int k = 0; k < 4; ++k) {
             TimePasses<direction, V>(plan, scratch + k * quarter, order - 2, FirstBits(plan));
         }
-        TimePass4<direction>(static_cast<const LaneComplex<V>*>(scratch), out, quarter, 1, StageTwiddles(plan, order));
+        Pass4<direction, kUnscramble, kBefore>(static_cast<const LaneComplex<V>*>(scratch), out, quarter, 1,
+                                               StageTwiddles(plan, order));
     } else {
         for (std::ptrdiff_t k = 0; k < std::ptrdiff_t{1} << order; ++k) {
             const std::ptrdiff_t other = ReversedIndex(plan.bit_reversal, order, k);

@@ -46,40 +46,40 @@ struct GroupsOfFour {
     }
 };
 
-/// A pass decimated in time on `blocks` adjacent blocks. `twiddle(j)` gives the triple of element j of a quarter.
-template <Direction direction, typename In, typename Out, typename Twiddle>
-inline void TimePass4(In in, Out out, std::ptrdiff_t quarter, std::ptrdiff_t blocks, Twiddle twiddle) {
-    for (std::ptrdiff_t j = 0; j < quarter; ++j) {
-        const auto w = twiddle(j);
-        for (std::ptrdiff_t k = j; k < 4 * quarter * blocks; k += 4 * quarter) {
-            auto x0 = Fetch(in, k);
-            auto x1 = Rotate<direction>(Fetch(in, k + 2 * quarter), w.w1.re, w.w1.im);
-            auto x2 = Rotate<direction>(Fetch(in, k + quarter), w.w2.re, w.w2.im);
-            auto x3 = Rotate<direction>(Fetch(in, k + 3 * quarter), w.w3.re, w.w3.im);
-            Butterfly4<direction>(x0, x1, x2, x3);
-            Deposit(out, k, x0);
-            Deposit(out, k + quarter, x1);
-            Deposit(out, k + 2 * quarter, x2);
-            Deposit(out, k + 3 * quarter, x3);
-        }
-    }
-}
+/// Which way a pass goes: from elements in natural order to transforms in bit-reversed order, or back.
+enum Order { kScramble, kUnscramble };
 
-/// Its counterpart decimated in frequency.
-template <Direction direction, typename In, typename Out, typename Twiddle>
-inline void FrequencyPass4(In in, Out out, std::ptrdiff_t quarter, std::ptrdiff_t blocks, Twiddle twiddle) {
+/// Whether twiddles come before the butterfly or after it.
+enum Rotation { kBefore, kAfter };
+
+/// Butterflies of four among elements `quarter` apart, in `blocks` adjacent blocks. `twiddle(j)` gives the triple of
+/// element j of a quarter. `in` and `out` are the same or do not overlap.
+template <Direction direction, Order order, Rotation rotation, typename In, typename Out, typename Twiddle>
+inline void Pass4(In in, Out out, std::ptrdiff_t quarter, std::ptrdiff_t blocks, Twiddle twiddle) {
+    constexpr int from1 = order == kUnscramble ? 2 : 1;
+    constexpr int to1 = order == kScramble ? 2 : 1;
     for (std::ptrdiff_t j = 0; j < quarter; ++j) {
         const auto w = twiddle(j);
         for (std::ptrdiff_t k = j; k < 4 * quarter * blocks; k += 4 * quarter) {
             auto x0 = Fetch(in, k);
-            auto x1 = Fetch(in, k + quarter);
-            auto x2 = Fetch(in, k + 2 * quarter);
+            auto x1 = Fetch(in, k + from1 * quarter);
+            auto x2 = Fetch(in, k + (3 - from1) * quarter);
             auto x3 = Fetch(in, k + 3 * quarter);
+            if constexpr (rotation == kBefore) {
+                x1 = Rotate<direction>(x1, w.w1.re, w.w1.im);
+                x2 = Rotate<direction>(x2, w.w2.re, w.w2.im);
+                x3 = Rotate<direction>(x3, w.w3.re, w.w3.im);
+            }
             Butterfly4<direction>(x0, x1, x2, x3);
+            if constexpr (rotation == kAfter) {
+                x1 = Rotate<direction>(x1, w.w1.re, w.w1.im);
+                x2 = Rotate<direction>(x2, w.w2.re, w.w2.im);
+                x3 = Rotate<direction>(x3, w.w3.re, w.w3.im);
+            }
             Deposit(out, k, x0);
-            Deposit(out, k + 2 * quarter, Rotate<direction>(x1, w.w1.re, w.w1.im));
-            Deposit(out, k + quarter, Rotate<direction>(x2, w.w2.re, w.w2.im));
-            Deposit(out, k + 3 * quarter, Rotate<direction>(x3, w.w3.re, w.w3.im));
+            Deposit(out, k + to1 * quarter, x1);
+            Deposit(out, k + (3 - to1) * quarter, x2);
+            Deposit(out, k + 3 * quarter, x3);
         }
     }
 }

@@ -1,0 +1,165 @@
+#include "dft/pow2/commit_table.h"
+
+#include "dft/driver/record_fields.h"
+#include "dft/pow2/bit_reversal.h"
+#include "dft/pow2/pow2.h"
+#include "dft/pow2/static_tables.h"
+
+#include <cmath>
+#include <cstddef>
+
+namespace dft {
+namespace {
+
+constexpr int kTwoLevelBlockBits = 10;
+
+/// exp(-i * j * 2 pi / points) for j = 0, 1, 2 .. in turn. Single precision adds the angles up in extended precision,
+/// as is required of the table. The sums drift by up to a 2^-64th of a radian a step, which would show in double
+/// precision: there each angle is a product (Pow2Test.Accuracy).
+template <typename Real>
+class RootSeries {
+public:
+    explicit RootSeries(std::int64_t points) : m_Step(8.0L * std::atan(1.0L) / static_cast<long double>(points)) {}
+    Complex<Real> Next() {
+        const Complex<Real> root = {static_cast<Real>(std::cos(m_Angle)), static_cast<Real>(-std::sin(m_Angle))};
+        ++m_Index;
+        m_Angle = kPrecision<Real> == 0 ? m_Angle + m_Step : m_Step * static_cast<long double>(m_Index);
+        return root;
+    }
+
+private:
+    long double m_Step;
+    long double m_Angle = 0.0L;
+    std::int64_t m_Index = 0;
+};
+
+/// The radix-2 stages above the blocks of 1024.
+template <typename Real>
+void FillStages(Real* base, int log2_length) {
+    for (int bits = log2_length; bits > kTwoLevelBlockBits; --bits) {
+        RootSeries<Real> roots(std::int64_t{1} << bits);
+        for (int j = 0; j < 1 << (bits - 2); j += 4, base += 8) {
+            for (int k = 0; k < 4; ++k) {
+                const Complex<Real> root = roots.Next();
+                base[k] = root.re;
+                base[k + 4] = root.im;
+            }
+        }
+    }
+}
+
+template <typename Real>
+Complex<Real> Product(Complex<Real> a, Complex<Real> b) {
+    return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
+}
+
+template <typename Real>
+void FillTriples(Real* base, int log2_length) {
+    const int bits = log2_length - 2;
+    RootSeries<Real> roots(std::int64_t{1} << log2_length);
+    for (std::int32_t r = 0; r < 1 << bits; ++r) {
+        const Complex<Real> w1 = roots.Next();
+        const Complex<Real> w2 = Product(w1, w1);
+        const Complex<Real> w3 = Product(w2, w1);
+        Real* triple = base + std::ptrdiff_t{6} * ReverseBits(r, bits);
+        for (const Complex<Real>& w : {w1, w2, w3}) {
+            *triple++ = w.re;
+            *triple++ = w.im;
+        }
+    }
+}
+
+/// Where the lists start.
+template <typename Real>
+std::ptrdiff_t ListOffset(int log2_length) {
+    return std::ptrdiff_t{2} << log2_length;
+}
+
+void FillLists(std::int32_t* lists, int log2_length) {
+    const int bits = log2_length - 4;
+    const std::int32_t blocks = 1 << bits;
+    *lists++ = blocks;
+    const std::int32_t* const reversals = lists;
+    for (std::int32_t m = 0; m < blocks; ++m) {
+        *lists++ = ReverseBits(m, bits);
+    }
+    std::int32_t* count = lists++;
+    *count = 0;
+    for (std::int32_t m = 0; m < blocks; ++m) {
+        if (m < reversals[m]) {
+            *lists++ = m;
+            ++*count;
+        }
+    }
+    count = lists++;
+    *count = 0;
+    for (std::int32_t m = 0; m < blocks; ++m) {
+        for (std::int32_t place = 0; m == reversals[m] && place < 16; ++place) {
+            const std::int32_t other = ReverseBits(place, 4);
+            if (place < other) {
+                *lists++ = (place / 4 << (log2_length - 2)) + 4 * m + place % 4;
+                *lists++ = (other / 4 << (log2_length - 2)) + 4 * m + other % 4;
+                ++*count;
+            }
+        }
+    }
+}
+
+} // namespace
+
+template <typename Real>
+bool HasTriples(int log2_length, const DftTuning& tuning) {
+    return log2_length >= kFirstTripleBits || 1 << log2_length > tuning.two_level_up_to[kPrecision<Real>];
+}
+
+std::ptrdiff_t TableOffset(const void* block, const DftTuning& tuning) {
+    const auto alignment = static_cast<std::uintptr_t>(tuning.table_alignment);
+    return static_cast<std::ptrdiff_t>(alignment - reinterpret_cast<std::uintptr_t>(block) % alignment);
+}
+
+template <typename Real>
+BitReversalLists ListsOf(const Real* base, int log2_length) {
+    BitReversalLists lists;
+    const auto* const words = reinterpret_cast<const std::int32_t*>(base + ListOffset<Real>(log2_length));
+    lists.reversals = words + 1;
+    lists.swapCount = words[1 + words[0]];
+    lists.swaps = words + words[0] + 2;
+    lists.pairCount = lists.swaps[lists.swapCount];
+    lists.pairs = lists.swaps + lists.swapCount + 1;
+    return lists;
+}
+
+template <typename Real>
+void BuildCommitTable(int log2_length, void* block, const DftTuning& tuning) {
+    Real* const header = static_cast<Real*>(block);
+    header[0] = std::ldexp(Real{1}, log2_length);
+    header[1] = Real{0};
+    Real* const base = header + TableOffset(block, tuning) / static_cast<std::ptrdiff_t>(sizeof(Real));
+    if (log2_length == 3) {
+        base[4] = Real(0.707106781186547524400844362104849039L); // cos(2 pi / 8)
+    } else if (HasTriples<Real>(log2_length, tuning)) {
+        FillTriples(base, log2_length);
+    } else if (log2_length > kStaticBits) {
+        FillStages(base, log2_length);
+    }
+    if (log2_length >= kFirstListBits) {
+        FillLists(reinterpret_cast<std::int32_t*>(base + ListOffset<Real>(log2_length)), log2_length);
+    }
+}
+
+#define CLARIBOX_INSTANTIATE(Real)                                                                                     \
+    template bool HasTriples<Real>(int, const DftTuning&);                                                             \
+    template BitReversalLists ListsOf(const Real*, int);                                                               \
+    template void BuildCommitTable<Real>(int, void*, const DftTuning&)
+CLARIBOX_INSTANTIATE(float);
+CLARIBOX_INSTANTIATE(double);
+#undef CLARIBOX_INSTANTIATE
+
+void c1d_table_build(int log2_length, void* block) {
+    BuildCommitTable<float>(log2_length, block, dft_tuning());
+}
+void z1d_table_build(int log2_length, void* block) {
+    BuildCommitTable<double>(log2_length, block, dft_tuning());
+}
+
+} // namespace dft

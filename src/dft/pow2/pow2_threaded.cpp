@@ -1,0 +1,87 @@
+#include "dft/pow2/pow2.h"
+
+#include "dft/driver/parallel_chunks.h"
+#include "dft/pow2/permutation.h"
+#include "dft/pow2/pow2_pieces.h"
+#include "dft/pow2/pow2_runs.h"
+#include "dft/pow2/scratch_line.h"
+
+namespace dft {
+namespace {
+
+constexpr int kShortestPieceBits = 4;
+
+const Pow2Pieces<float>& ActivePieces(const Complex<float>*) {
+    return ActivePow2PiecesSingle();
+}
+const Pow2Pieces<double>& ActivePieces(const Complex<double>*) {
+    return ActivePow2PiecesDouble();
+}
+
+/// Log2 of the number of pieces: as many as threads, rounded down to a power of two.
+int LevelsFor(std::int32_t threads, int log2_length) {
+    int levels = 0;
+    while (levels < log2_length - kShortestPieceBits && std::int64_t{2} << levels <= threads) {
+        ++levels;
+    }
+    return levels;
+}
+
+template <typename Real>
+void Scale(Complex<Real>* data, std::ptrdiff_t length, Real factor) {
+    for (std::ptrdiff_t k = 0; factor != Real{1} && k < length; ++k) {
+        data[k] = {data[k].re * factor, data[k].im * factor};
+    }
+}
+
+template <typename Real>
+std::int32_t Run(Direction direction, void* line, std::int32_t threads, DftDescriptor& record, DftRoutine serial) {
+    const int levels = LevelsFor(threads, record.log2_length);
+    if (levels == 0) {
+        return serial(line, line, &record, nullptr);
+    }
+    auto* const data = static_cast<Complex<Real>*>(line);
+    const ScratchLine<Real> scratch(record.length);
+    if (scratch.data() == nullptr) {
+        return DFT_NO_MEMORY;
+    }
+    const Pow2Form<Real> form = FormOf<Real>(record, direction);
+    const Pow2Pieces<Real>& runs = ActivePieces(data);
+    const auto runPieces = [&] {
+        RunChunks(1 << levels, 1 << levels,
+                  [&](int piece) { runs.piece[direction](form, data, scratch.data(), levels, piece); });
+    };
+    Scale(data, record.length, form.scaleBefore);
+    if (direction == kForward) {
+        runs.levels[direction](form, data, scratch.data(), levels);
+        runPieces();
+        if (form.ordered) {
+            ReverseOrder(data, form.log2_length, form.lists);
+        }
+    } else {
+        if (form.ordered) {
+            ReverseOrder(data, form.log2_length, form.lists);
+        }
+        runPieces();
+        runs.levels[direction](form, data, scratch.data(), levels);
+    }
+    Scale(data, record.length, form.scaleAfter);
+    return DFT_OK;
+}
+
+} // namespace
+
+std::int32_t c1d_forw_dft(void* data, std::int32_t threads, DftDescriptor* record) {
+    return Run<float>(kForward, data, threads, *record, c1d_forward_pow2);
+}
+std::int32_t c1d_back_dft(void* data, std::int32_t threads, DftDescriptor* record) {
+    return Run<float>(kBackward, data, threads, *record, c1d_backward_pow2);
+}
+std::int32_t z1d_forw_dft(void* data, std::int32_t threads, DftDescriptor* record) {
+    return Run<double>(kForward, data, threads, *record, z1d_forward_pow2);
+}
+std::int32_t z1d_back_dft(void* data, std::int32_t threads, DftDescriptor* record) {
+    return Run<double>(kBackward, data, threads, *record, z1d_backward_pow2);
+}
+
+} // namespace dft
