@@ -25,12 +25,12 @@ void Convolve(const BasicDftPlan<Real<V>>& plan, LaneComplex<V>* data, int stage
     if (stage > kCachedBits<V>) {
         const std::ptrdiff_t quarter = std::ptrdiff_t{1} << (stage - 2);
         const int step = plan.bluestein_length >> stage; // a bit of the frequency for each level above this one
-        FrequencyPass4<kForward>(data, data, quarter, 1, StageTwiddles(fft, stage));
+        Pass4<kForward, kScramble, kAfter>(data, data, quarter, 1, StageTwiddles(fft, stage));
         Convolve(plan, data, stage - 2, reversed);
         Convolve(plan, data + quarter, stage - 2, reversed + 2 * step);
         Convolve(plan, data + 2 * quarter, stage - 2, reversed + step);
         Convolve(plan, data + 3 * quarter, stage - 2, reversed + 3 * step);
-        TimePass4<kBackward>(data, data, quarter, 1, StageTwiddles(fft, stage));
+        Pass4<kBackward, kUnscramble, kBefore>(data, data, quarter, 1, StageTwiddles(fft, stage));
         return;
     }
     FrequencyPasses<kForward, V>(fft, data, stage);
