@@ -33,13 +33,18 @@ inline void Deposit(Interleaved<V> to, std::ptrdiff_t k, LaneComplex<V> x) {
     simd::CLARIBOX_VECTOR_CLASS::Store(at + kLines<V>, b);
 }
 
-constexpr int ReversedOf(int index, int count) {
-    int reversed = 0;
-    for (int k = 1; k < count; k *= 2) {
-        reversed = reversed * 2 + index / k % 2;
+/// The numbers below a power of two with their bits reversed.
+template <int count>
+struct ReversedNumbers {
+    int of[count];
+    constexpr ReversedNumbers() : of{} {
+        for (int k = 1; k < count; ++k) {
+            of[k] = of[k / 2] / 2 + k % 2 * (count / 2);
+        }
     }
-    return reversed;
-}
+};
+template <int count>
+inline constexpr ReversedNumbers<count> kReversed;
 
 /// log2 of the elements of the shortest line that has a radix-4 pass above the blocks of 16, and one of them for each
 /// lane.
@@ -60,7 +65,7 @@ public:
 
     /// Forward from scratch to data, backward from data to scratch. The data is in natural order or in bit-reversed.
     template <Direction direction>
-    void Run(bool natural) const {
+    [[gnu::flatten]] void Run(bool natural) const {
         for (std::ptrdiff_t group = 0; group < m_Groups; ++group) {
             LaneComplex<V> x[16];
             if constexpr (direction == kForward) {
@@ -90,7 +95,9 @@ private:
     Interleaved<V> Data() const { return {m_Data}; }
 
     /// The block in a lane, counted from the first one.
-    std::ptrdiff_t BlockOf(int lane, std::ptrdiff_t group) const { return ReversedOf(lane, kLanes) * m_Groups + group; }
+    std::ptrdiff_t BlockOf(int lane, std::ptrdiff_t group) const {
+        return kReversed<kLanes>.of[lane] * m_Groups + group;
+    }
 
     template <typename Load>
     void Turn(std::ptrdiff_t group, LaneComplex<V>* x, Load load) const {
@@ -129,34 +136,34 @@ private:
     /// Where the lanes' frequencies of one place of a block stand in natural order.
     Interleaved<V> NaturalElements(std::ptrdiff_t group, int place) const {
         const std::ptrdiff_t reversedGroup = m_Groups == 1 ? 0 : m_Form.lists.reversals[group * kLanes];
-        return Data() + (ReversedOf(place, 16) * m_Groups + reversedGroup);
+        return Data() + (kReversed<16>.of[place] * m_Groups + reversedGroup);
     }
     void StoreNatural(std::ptrdiff_t group, const LaneComplex<V>* x) const {
-        for (int place = 0; place < 16; ++place) {
-            Deposit(NaturalElements(group, place), 0, x[place]);
-        }
+        simd::CLARIBOX_VECTOR_CLASS::Unrolled<16>(
+            [&](int place) { Deposit(NaturalElements(group, place), 0, x[place]); });
     }
     void LoadNatural(std::ptrdiff_t group, LaneComplex<V>* x) const {
-        for (int place = 0; place < 16; ++place) {
-            x[place] = Fetch(NaturalElements(group, place), 0);
-        }
+        simd::CLARIBOX_VECTOR_CLASS::Unrolled<16>(
+            [&](int place) { x[place] = Fetch(NaturalElements(group, place), 0); });
     }
 
-    /// The triples of `count` adjacent blocks of a pass, the first of which is blocks * BlockOf(lane) in each lane.
+    /// The triples of `count` adjacent blocks of a pass, the first of which is number count * BlockOf(lane).
     template <int count>
     void GatherTriples(std::ptrdiff_t group, TwiddleTriple<V>* triples) const {
-        T numbers[count * 6][kLanes];
-        for (int lane = 0; lane < kLanes; ++lane) {
-            const T* const from = m_Form.triples + (m_Block + BlockOf(lane, group)) * count * 6;
-            for (int k = 0; k < count * 6; ++k) {
-                numbers[k][lane] = from[k];
-            }
+        constexpr int kNumbers = 6 * count;
+        V numbers[kNumbers < kLanes ? kLanes : kNumbers];
+        for (int first = 0; first < kNumbers; first += kLanes) {
+            // The last square overlaps the one before.
+            const int from = kNumbers >= kLanes && first + kLanes > kNumbers ? kNumbers - kLanes : first;
+            simd::CLARIBOX_VECTOR_CLASS::Unrolled<kLanes>([&](int lane) {
+                numbers[from + lane] = simd::CLARIBOX_VECTOR_CLASS::Load<V>(
+                    m_Form.triples + (m_Block + BlockOf(lane, group)) * kNumbers + from);
+            });
+            Transpose(numbers + from);
         }
-        using simd::CLARIBOX_VECTOR_CLASS::Load;
         for (int k = 0; k < count; ++k) {
-            const auto* const at = numbers + 6 * k;
-            triples[k] = {
-                {Load<V>(at[0]), Load<V>(at[1])}, {Load<V>(at[2]), Load<V>(at[3])}, {Load<V>(at[4]), Load<V>(at[5])}};
+            const V* const at = numbers + 6 * k;
+            triples[k] = {{at[0], at[1]}, {at[2], at[3]}, {at[4], at[5]}};
         }
     }
 
