@@ -1,0 +1,176 @@
+// Threads inside a transform, and transforms inside threads.
+#include "dft/dft.h"
+
+#include "dft/TestJob.h"
+#include "dft/TestSurroundings.h"
+#include "dft/driver/parallel_chunks.h"
+#include "reference/dft_slow.h"
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <numeric>
+#include <ostream>
+#include <thread>
+#include <vector>
+
+namespace {
+
+constexpr int kSigns[] = {-1, 1};
+constexpr std::int32_t kPlacements[] = {dft::DFT_INPLACE, dft::DFT_NOT_INPLACE};
+
+/// Lets the engine fork up to `threads` threads for as long as it lives; 1: none.
+class EngineThreads {
+public:
+    explicit EngineThreads(int threads) : m_Switch(dft::serial_switch, threads == 1) { omp_set_num_threads(threads); }
+    ~EngineThreads() { omp_set_num_threads(m_Before); }
+    EngineThreads(const EngineThreads&) = delete;
+    EngineThreads& operator=(const EngineThreads&) = delete;
+
+private:
+    TestNumber m_Switch;
+    int m_Before = omp_get_max_threads();
+};
+
+struct JobShape {
+    std::vector<int> lengths;
+    int transforms = 1;
+
+    std::size_t Elements() const {
+        return std::accumulate(
+            lengths.begin(), lengths.end(), static_cast<std::size_t>(transforms),
+            [](std::size_t product, int length) { return product * static_cast<std::size_t>(length); });
+    }
+    friend std::ostream& operator<<(std::ostream& out, const JobShape& shape) {
+        for (const int length : shape.lengths) {
+            out << length << ' ';
+        }
+        return out << "times " << shape.transforms;
+    }
+};
+
+// On both sides of the limits below which a job stays on one thread; fewer rows, columns and planes than threads.
+const std::vector<JobShape> kShapes = {
+    {{1000}},        {{1024}},    {{2048}},    {{4096}},      {{8192}},      {{32768}},     {{65536}},
+    {{2003}},        {{45, 45}},  {{23, 89}},  {{64, 32}},    {{61, 151}},   {{2, 1100}},   {{1100, 2}},
+    {{2100, 1}},     {{1, 2100}}, {{302, 12}}, {{128, 256}},  {{9, 14, 21}}, {{2, 40, 30}}, {{40, 30, 2}},
+    {{3, 5, 8, 30}}, {{100}, 7},  {{64}, 2},   {{13, 11}, 5}, {{4096}, 3},
+};
+
+template <typename Real>
+std::vector<dft::Complex<Real>> Transformed(const JobShape& shape, std::int32_t placement, int sign) {
+    TestJob<Real> job(shape.lengths, placement);
+    if (shape.transforms != 1) {
+        job->number_of_transforms = shape.transforms;
+        job->input_distance = job->output_distance = job->running_product;
+        job.Commit();
+    }
+    return job.Run(sign, dft_slow::RandomLine<dft::Complex<Real>>(shape.Elements(), 5));
+}
+
+// A short line of a power of two goes in pieces smaller than a block, by passes of radix 2 where the serial form has
+// radix 4: the same transform with other roundings.
+bool RoundsInItsOwnWay(const JobShape& shape, std::int32_t placement, int threads) {
+    constexpr unsigned kBlock = 1024;
+    const auto length = static_cast<unsigned>(shape.lengths[0]);
+    return shape.Elements() == length && std::has_single_bit(length) && placement == dft::DFT_INPLACE &&
+           length / std::bit_floor(static_cast<unsigned>(threads)) < kBlock;
+}
+
+template <typename Real>
+void ExpectBytesOfOneThread(int threads) {
+    for (const JobShape& shape : kShapes) {
+        for (const std::int32_t placement : kPlacements) {
+            for (const int sign : kSigns) {
+                std::vector<dft::Complex<Real>> serial;
+                {
+                    const EngineThreads engine(1);
+                    serial = Transformed<Real>(shape, placement, sign);
+                }
+                const EngineThreads engine(threads);
+                const auto threaded = Transformed<Real>(shape, placement, sign);
+                const bool equal = RoundsInItsOwnWay(shape, placement, threads)
+                                       ? dft_slow::RelativeError(threaded, dft_slow::ToWideLine(serial)) <
+                                             std::numeric_limits<Real>::epsilon()
+                                       : TestJob<Real>::SameBytes(threaded, serial);
+                EXPECT_TRUE(equal) << shape << ", placement " << placement << ", sign " << sign << ", precision "
+                                   << TestJob<Real>::kPrecision << ", threads " << threads;
+            }
+        }
+    }
+}
+
+TEST(DftThreads, EveryNumberOfThreadsGivesTheSameBytes) {
+    for (const int threads : {2, 3, 5}) {
+        ExpectBytesOfOneThread<float>(threads);
+        ExpectBytesOfOneThread<double>(threads);
+    }
+}
+
+void OnThreads(int threads, const std::function<void(int)>& work) {
+    std::vector<std::thread> running;
+    for (int index = 0; index < threads; ++index) {
+        running.emplace_back(work, index);
+    }
+    for (std::thread& thread : running) {
+        thread.join();
+    }
+}
+
+constexpr int kCallers = 4;
+constexpr int kRounds = 8;
+
+// The engine's own threads besides: each caller forks its own.
+class DftCallers : public ::testing::TestWithParam<int> {};
+INSTANTIATE_TEST_SUITE_P(EngineThreads, DftCallers, ::testing::Values(1, 2));
+
+TEST_P(DftCallers, WithJobsOfTheirOwn) {
+    const EngineThreads engine(GetParam());
+    std::vector<std::vector<dft::Complex<float>>> expected;
+    for (const JobShape& shape : kShapes) {
+        expected.push_back(Transformed<float>(shape, dft::DFT_INPLACE, -1));
+    }
+    OnThreads(kCallers, [&](int caller) {
+        omp_set_num_threads(GetParam()); // each thread has a number of its own
+        for (std::size_t k = 0; k < kShapes.size(); ++k) {
+            const std::size_t at = (k + static_cast<std::size_t>(caller) * 5) % kShapes.size();
+            EXPECT_TRUE(TestJob<float>::SameBytes(Transformed<float>(kShapes[at], dft::DFT_INPLACE, -1), expected[at]))
+                << kShapes[at] << ", caller " << caller;
+        }
+    });
+}
+
+TEST_P(DftCallers, WithOneJobAmongThem) {
+    const EngineThreads engine(GetParam());
+    for (const JobShape& shape : kShapes) {
+        const TestJob<double> job(shape.lengths);
+        const auto x = dft_slow::RandomLine<dft::Complex<double>>(shape.Elements(), 7);
+        const std::vector<dft::Complex<double>> expected[] = {job.Run(-1, x), job.Run(1, x)};
+        OnThreads(kCallers, [&](int caller) {
+            omp_set_num_threads(GetParam());
+            for (int round = 0; round < kRounds; ++round) {
+                const int backward = (caller + round) % 2;
+                EXPECT_TRUE(TestJob<double>::SameBytes(job.Run(kSigns[backward], x), expected[backward]))
+                    << shape << ", caller " << caller;
+            }
+        });
+    }
+}
+
+// A caller that is itself a thread of a parallel region gets no region of its own, and the same bytes.
+TEST(DftThreads, InsideAParallelRegion) {
+    const EngineThreads engine(2);
+    const JobShape shape = {{61, 151}};
+    const auto expected = Transformed<float>(shape, dft::DFT_INPLACE, -1);
+    dft::RunChunks(2, 2, [&](int chunk) {
+        EXPECT_TRUE(TestJob<float>::SameBytes(Transformed<float>(shape, dft::DFT_INPLACE, -1), expected))
+            << "chunk " << chunk;
+    });
+}
+
+} // namespace

@@ -1,0 +1,233 @@
+// What complex transforms compute, held to the definition in wider precision.
+#include "dft/dft.h"
+
+#include "common/VectorClassTest.h"
+#include "dft/TestJob.h"
+#include "dft/TestSurroundings.h"
+#include "reference/dft_slow.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <numbers>
+#include <vector>
+
+namespace {
+
+using dft_slow::Wide;
+using dft_slow::WideLine;
+
+constexpr int kSigns[] = {-1, 1};
+constexpr std::int32_t kPlacements[] = {dft::DFT_INPLACE, dft::DFT_NOT_INPLACE};
+
+std::size_t LargestPrimeFactor(std::size_t n) {
+    const std::size_t p = dft_slow::SmallestPrimeFactor(n);
+    return p == n ? n : LargestPrimeFactor(n / p);
+}
+
+// Of the relative error in the L2 norm. Roundings are as good as independent, so that the error grows as the root of
+// the number of levels. On all lengths below the factor comes to 0.39 at most; to 0.61 where a long direct sum or the
+// three transforms of the Bluestein method stand for a level. A table with an error of one unit in the last place, or
+// twiddles by repeated multiplication, are far beyond.
+template <typename Real>
+double Bound(std::size_t n) {
+    const double factor = LargestPrimeFactor(n) > 50 ? 0.7 : 0.45;
+    return factor * std::numeric_limits<Real>::epsilon() * std::sqrt(1.0 + std::log2(static_cast<double>(n)));
+}
+
+template <typename Real>
+auto RandomLine(int n) {
+    return dft_slow::RandomLine<dft::Complex<Real>>(static_cast<std::size_t>(n), static_cast<std::uint32_t>(n));
+}
+
+// The forward transform of RandomLine(n), which is the same line in both precisions.
+WideLine WideForward(int n) {
+    return dft_slow::Transform(RandomLine<float>(n), -1);
+}
+
+// The backward transform is the forward one with the index reversed.
+WideLine Reversed(WideLine x) {
+    std::reverse(x.begin() + 1, x.end());
+    return x;
+}
+
+// All placements and directions.
+template <typename Real>
+void CheckLine(int n, const WideLine& forward) {
+    const auto x = RandomLine<Real>(n);
+    const WideLine backward = Reversed(forward);
+    for (const std::int32_t placement : kPlacements) {
+        const TestJob<Real> job({n}, placement);
+        for (const int sign : kSigns) {
+            EXPECT_LE(dft_slow::RelativeError(job.Run(sign, x), sign < 0 ? forward : backward), Bound<Real>(x.size()))
+                << "length " << n << ", placement " << placement << ", sign " << sign << ", element bytes "
+                << sizeof(x[0]);
+        }
+    }
+}
+
+void CheckLine(int n, const WideLine& forward) {
+    CheckLine<float>(n, forward);
+    CheckLine<double>(n, forward);
+}
+
+TEST(DftTransform, AllLengthsUpTo600) {
+    for (int n = 1; n <= 600; ++n) {
+        CheckLine(n, WideForward(n));
+    }
+}
+
+TEST(DftTransform, AwkwardLengths) {
+    const int lengths[] = {
+        601,     607,     1009,    2003,    10007,                   // primes
+        961,     1369,    22201,   22801,                            // and their squares, of 149 and 151 too
+        1202,    2018,    3998,    4006,                             // and twice them
+        713,     1124,    2101,    2660,    3100,    4100,           // sides of pictures
+        2000,    2010,    2100,    16807,   19683,   31209,   44100, // one group of stages and more
+        1 << 10, 1 << 11, 1 << 12, 1 << 13, 1 << 14, 1 << 15, 1 << 16, 1 << 17, 1 << 20,
+    };
+    for (const int n : lengths) {
+        CheckLine(n, WideForward(n));
+    }
+}
+
+// Too long for the whole definition: some elements of the spectrum, and the way back.
+template <typename Real>
+void CheckLongLine(int n) {
+    SCOPED_TRACE(::testing::Message() << "length " << n << ", precision " << TestJob<Real>::kPrecision);
+    const auto x = RandomLine<Real>(n);
+    const TestJob<Real> job({n});
+    const auto spectrum = job.Run(-1, x);
+    const double norm = std::sqrt(static_cast<double>(n) * 2.0 / 3.0); // of an element, in the mean
+    for (const long long j : {0, 1, n / 3, n - 1}) {
+        Wide sum;
+        for (long long k = 0; k < n; ++k) {
+            const auto at = static_cast<std::size_t>(k);
+            sum += dft_slow::Product(
+                dft_slow::ToWide(x[at]),
+                std::polar(1.0L, -2.0L * std::numbers::pi_v<long double> * static_cast<long double>(j * k % n) / n));
+        }
+        const Wide difference = dft_slow::ToWide(spectrum[static_cast<std::size_t>(j)]) - sum;
+        EXPECT_LE(static_cast<double>(std::abs(difference)), 4 * norm * Bound<Real>(x.size())) << "element " << j;
+    }
+    WideLine expected = dft_slow::ToWideLine(x);
+    for (Wide& element : expected) {
+        element *= n;
+    }
+    EXPECT_LE(dft_slow::RelativeError(job.Run(1, spectrum), expected), 2 * Bound<Real>(x.size()));
+}
+
+TEST(DftTransform, LongLengths) {
+    for (const int n : {65537, 3 * 149 * 149, 99991, 1 << 19}) {
+        CheckLongLine<float>(n);
+        CheckLongLine<double>(n);
+    }
+}
+
+// On both sides of the lengths at which variants go other ways.
+TEST(DftTransform, Variants) {
+    for (const int n : {1, 2, 4, 60, 128, 511, 512, 1023, 1024, 2048, 4095, 4096, 8192, 16384, 32768, 65536}) {
+        const WideLine forward = WideForward(n);
+        for (std::int32_t variant = 0; variant < dft::kVariants; ++variant) {
+            const TestNumber code(dft::dft_variant_code, variant);
+            SCOPED_TRACE(::testing::Message() << "variant " << variant);
+            CheckLine(n, forward);
+        }
+    }
+}
+
+class DftTransformTest : public VectorClassTest {};
+
+TEST_P(DftTransformTest, EqualsTheDefinition) {
+    for (const int n :
+         {2, 3, 4, 5, 6, 7, 8, 9, 16, 17, 20, 32, 60, 64, 97, 128, 149, 151, 302, 625, 1024, 1124, 2100}) {
+        CheckLine(n, WideForward(n));
+    }
+}
+
+struct Plane {
+    int height, width;
+};
+// The width and the height go through every method, and the number of lines leaves every remainder of a batch.
+constexpr Plane kPlanes[] = {{1, 60},   {60, 1},   {2, 3},    {5, 17},  {17, 34},  {33, 20},  {18, 151}, {151, 19},
+                             {16, 64},  {64, 22},  {29, 149}, {8, 302}, {3, 1124}, {7, 2100}, {2100, 6}, {4, 4096},
+                             {1024, 5}, {66, 128}, {96, 24},  {31, 2},  {512, 15}, {14, 8192}};
+
+template <typename Real>
+std::vector<dft::Complex<Real>> TransformPlane(const Plane& plane, int sign, int shift = 0) {
+    auto data = RandomLine<Real>(plane.height * plane.width);
+    data.insert(data.begin(), static_cast<std::size_t>(shift), {});
+    TestJob<Real>({plane.height, plane.width}).RunInPlace(sign, data.data() + shift);
+    data.erase(data.begin(), data.begin() + shift);
+    return data;
+}
+
+// Rows, then columns, each in a job of its own, on one thread: threads cut a short line of a power of two in pieces.
+template <typename Real>
+std::vector<dft::Complex<Real>> TransformLines(const Plane& plane, int sign) {
+    const TestNumber serial(dft::serial_switch, 1);
+    auto data = RandomLine<Real>(plane.height * plane.width);
+    const TestJob<Real> row({plane.width});
+    const TestJob<Real> column({plane.height});
+    const auto width = static_cast<std::size_t>(plane.width);
+    for (std::size_t start = 0; start < data.size(); start += width) {
+        row.RunInPlace(sign, data.data() + start);
+    }
+    std::vector<dft::Complex<Real>> line(data.size() / width);
+    for (std::size_t x = 0; x < width && plane.height > 1; ++x) {
+        for (std::size_t y = 0; y < line.size(); ++y) {
+            line[y] = data[y * width + x];
+        }
+        column.RunInPlace(sign, line.data());
+        for (std::size_t y = 0; y < line.size(); ++y) {
+            data[y * width + x] = line[y];
+        }
+    }
+    return data;
+}
+
+template <typename Real>
+void ExpectPlanesOfLines() {
+    for (const Plane& plane : kPlanes) {
+        for (const int sign : kSigns) {
+            SCOPED_TRACE(::testing::Message() << plane.width << " x " << plane.height << ", sign " << sign
+                                              << ", precision " << TestJob<Real>::kPrecision);
+            const auto lines = TransformLines<Real>(plane, sign);
+            EXPECT_TRUE(TestJob<Real>::SameBytes(TransformPlane<Real>(plane, sign), lines));
+            EXPECT_TRUE(TestJob<Real>::SameBytes(TransformPlane<Real>(plane, sign, 1), lines)) << "badly aligned";
+        }
+    }
+}
+
+TEST_P(DftTransformTest, LinesSideBySideEqualLinesOnTheirOwn) {
+    ExpectPlanesOfLines<float>();
+    ExpectPlanesOfLines<double>();
+}
+
+template <typename Real>
+void ExpectBytesOf(simd::VectorClass other) {
+    const simd::VectorClass tested = simd::ActiveVectorClass();
+    for (const Plane& plane : kPlanes) {
+        const auto result = TransformPlane<Real>(plane, -1);
+        simd::ForceVectorClass(other);
+        EXPECT_TRUE(TestJob<Real>::SameBytes(result, TransformPlane<Real>(plane, -1)))
+            << plane.width << " x " << plane.height << ", precision " << TestJob<Real>::kPrecision;
+        simd::ForceVectorClass(tested);
+    }
+}
+
+TEST_P(DftTransformTest, SameBytesInEveryClass) {
+    if (sizeof(void*) == 4 && GetParam() == simd::VectorClass::Portable) {
+        GTEST_SKIP() << "the x87 unit rounds in its own way";
+    }
+    ExpectBytesOf<float>(simd::VectorClass::SSE2);
+    ExpectBytesOf<double>(simd::VectorClass::SSE2);
+}
+
+CLARIBOX_INSTANTIATE_FOR_VECTOR_CLASSES(DftTransformTest);
+
+} // namespace
