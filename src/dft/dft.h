@@ -57,8 +57,8 @@ struct BasicRealDftPlan;
 
 /// One-dimensional routine of a record: transforms `length` elements at unit stride from input to output, which may be
 /// the same, and multiplies by the scale factor of its direction. `work` holds the record's `workspace_need` bytes, or
-/// is null where that is 16 or less. Power-of-two routines work in place on `input` and look at nothing else.
-/// DFT_OK or another status.
+/// is null: then the routine takes what it needs from the engine's memory. Power-of-two routines work in place on
+/// `input` and look at nothing else. DFT_OK or another status.
 using DftRoutine = std::int32_t (*)(void* input, void* output, DftDescriptor* record, void* work);
 
 /// Threaded one-dimensional power-of-two routine, in place at unit stride on up to `threads` threads.
@@ -125,7 +125,9 @@ struct DftDescriptor {
     BasicRealDftPlan<double>* plan_real_double;
     std::int32_t workspace_need;  ///< bytes of work memory of this dimension's plan
     std::int32_t workspace_bytes; ///< head: the largest need of all records; 0 if that is 16 or less
-    std::int32_t one_shot;        ///< head: a single call of record 0's routine is the whole job
+    /// head: 1 if a single call of record 0's routine is the whole job. A real job that would be one but for its number
+    /// of transforms holds that number, and runs as any other.
+    std::int32_t one_shot;
 };
 
 /// Describes a job of `rank` dimensions, 1 to 7. The last argument is the length itself, an `int`, for rank 1, and a
@@ -139,7 +141,7 @@ std::int32_t dfti_create_descriptor(DftDescriptor** handle, int precision, int d
 std::int32_t dfti_commit_descriptor(DftDescriptor* handle);
 
 /// Transforms `data`, in place or into `output`, as the descriptor's `placement` says; `output` is not looked at in
-/// place. Several threads may compute with one descriptor. DFT_BAD_ARGUMENT (null data), DFT_BAD_DESCRIPTOR,
+/// place. Several threads may compute with one descriptor. DFT_BAD_ARGUMENT (null handle or data), DFT_BAD_DESCRIPTOR,
 /// DFT_NOT_COMMITTED, DFT_NO_MEMORY or DFT_KERNEL_FAILURE on failure; the data is then in no defined state.
 std::int32_t dfti_compute_forward(DftDescriptor* handle, void* data, void* output = nullptr);
 std::int32_t dfti_compute_backward(DftDescriptor* handle, void* data, void* output = nullptr);
