@@ -2,12 +2,14 @@
 // and peers beside it, in one run and on one thread.
 #include "CopyBench.h"
 #include "DenoiseBench.h"
+#include "DftBench.h"
 #include "FocusBench.h"
 #include "Picture.h"
 #include "processor/ProcessorCensus.h"
 #include "simd/VectorClass.h"
 
 #include <benchmark/benchmark.h>
+#include <fftw3.h>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
 
@@ -73,8 +75,10 @@ void Configure(std::vector<char*>& arguments) {
     bench::RegisterFocusBenchmarks(pictures, classes);
     bench::RegisterDenoiseBenchmarks(pictures, classes);
     bench::RegisterCopyBenchmarks();
+    bench::RegisterDftBenchmarks(classes);
     benchmark::AddCustomContext("widest_vector_class", simd::Name(widest));
     benchmark::AddCustomContext("opencv_version", CV_VERSION);
+    benchmark::AddCustomContext("fftw_version", fftwf_version);
 }
 
 } // namespace
