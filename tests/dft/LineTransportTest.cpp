@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <ostream>
+#include <utility>
 
 namespace {
 
@@ -43,7 +44,7 @@ public:
 
     void CheckGather() {
         FillRandom(m_Batch, 3); // lanes without a line are cleared
-        m_Transport.gather(Lines(), m_Batch.data());
+        m_Transport.gather(Part(0, m_Count), m_Batch.data());
         EXPECT_TRUE(m_Batch.GuardsIntact());
         for (std::ptrdiff_t k = 0; k < m_Length; ++k) {
             for (std::ptrdiff_t j = 0; j < m_Transport.lanes; ++j) {
@@ -69,9 +70,26 @@ public:
                 }
             }
         }
-        m_Transport.scatter(m_Batch.data(), Lines(), scale);
+        m_Transport.scatter(m_Batch.data(), Part(0, m_Count), scale);
         EXPECT_TRUE(SameBytes(expected, m_Array));
         EXPECT_TRUE(m_Array.GuardsIntact());
+    }
+
+    /// `first` lines go out and the others come in as if one after the other.
+    void CheckExchange(std::ptrdiff_t first, Real scale) {
+        Transport expected(m_Transport, {"", m_ElementStride, m_LineStride}, m_Count, m_Length);
+        for (Transport* const each : {this, &expected}) {
+            for (std::size_t k = 0; k < m_Batch.size(); ++k) {
+                each->m_Batch.data()[k] = static_cast<Real>(k);
+            }
+        }
+        m_Transport.scatter(expected.m_Batch.data(), expected.Part(0, first), scale);
+        m_Transport.gather(expected.Part(first, m_Count), expected.m_Batch.data());
+        m_Transport.exchange(m_Batch.data(), Part(0, first), Part(first, m_Count), scale);
+        EXPECT_TRUE(SameBytes(expected.m_Array, m_Array));
+        EXPECT_TRUE(SameBytes(expected.m_Batch, m_Batch));
+        EXPECT_TRUE(m_Array.GuardsIntact());
+        EXPECT_TRUE(m_Batch.GuardsIntact());
     }
 
 private:
@@ -93,7 +111,9 @@ private:
     std::size_t Im(std::ptrdiff_t k, std::ptrdiff_t j) const {
         return static_cast<std::size_t>((2 * k + 1) * m_Transport.lanes + j);
     }
-    dft::Lines<Real> Lines() { return {m_Array.data() + Start(), m_ElementStride, m_LineStride, m_Count, m_Length}; }
+    dft::Lines<Real> Part(std::ptrdiff_t first, std::ptrdiff_t end) {
+        return {m_Array.data() + Start() + first * m_LineStride, m_ElementStride, m_LineStride, end - first, m_Length};
+    }
 
     const dft::LineTransport<Real>& m_Transport;
     std::ptrdiff_t m_ElementStride;
@@ -117,6 +137,13 @@ void CheckAll(const dft::LineTransport<Real>& transport, int lanesOfPlans, int l
                 lines.CheckGather();
                 lines.CheckScatter(1);
                 lines.CheckScatter(static_cast<Real>(0.375));
+            }
+            const std::ptrdiff_t lanes = transport.lanes;
+            for (const auto& [first, count] : {std::pair{lanes, 2 * lanes}, {lanes, lanes + 1}}) {
+                SCOPED_TRACE(::testing::Message() << shape << ", lines of " << length << ", " << first << " out, "
+                                                  << count - first << " in, " << sizeof(Real) << " bytes");
+                Transport<Real>(transport, shape, count, length).CheckExchange(first, 1);
+                Transport<Real>(transport, shape, count, length).CheckExchange(first, static_cast<Real>(0.375));
             }
         }
     }

@@ -135,12 +135,16 @@ std::int32_t TransformInBatches(const BatchRoutine<Real>& routine, const Lines<R
         return DFT_NO_MEMORY;
     }
     const LineTransport<Real>& transport = ActiveLineTransport<Real>();
-    for (std::ptrdiff_t first = 0; first < lines.count; first += routine.lanes()) {
-        const Lines<Real> group = Part(lines, first, routine.lanes());
-        transport.gather(group, batch.data());
+    Lines<Real> group = Part(lines, 0, routine.lanes());
+    transport.gather(group, batch.data());
+    for (std::ptrdiff_t first = routine.lanes(); first < lines.count; first += routine.lanes()) {
         routine.Run(batch.data(), work.data());
-        transport.scatter(batch.data(), group, routine.scale());
+        const Lines<Real> next = Part(lines, first, routine.lanes());
+        transport.exchange(batch.data(), group, next, routine.scale());
+        group = next;
     }
+    routine.Run(batch.data(), work.data());
+    transport.scatter(batch.data(), group, routine.scale());
     return DFT_OK;
 }
 

@@ -113,37 +113,60 @@ void ScatterRows(const Real<V>* batch, Lines<Real<V>> lines, Real<V> scale) {
 }
 
 template <typename V>
+inline void GatherRowOfColumns(const Complex<Real<V>>* row, Real<V>* element) {
+    const auto x = Separate(Load<V>(row), Load<V>(row + kTile<V>), Indices<kLines<V>>{});
+    Store(element, x.re);
+    Store(element + kLines<V>, x.im);
+}
+template <typename V, bool isScaled>
+inline void ScatterRowOfColumns(const Real<V>* element, Complex<Real<V>>* row, Real<V> scale) {
+    LaneComplex<V> x = {Load<V>(element), Load<V>(element + kLines<V>)};
+    if constexpr (isScaled) {
+        x = {x.re * scale, x.im * scale};
+    }
+    V first;
+    V second;
+    Join(x, first, second, Indices<kLines<V>>{});
+    Store(row, first);
+    Store(row + kTile<V>, second);
+}
+
+template <typename V>
 void GatherColumns(Lines<Real<V>> lines, Real<V>* batch) {
     for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
-        const Complex<Real<V>>* const row = lines.base + k * lines.elementStride;
         FetchRowAhead<0, V>(lines, k);
-        const auto x = Separate(Load<V>(row), Load<V>(row + kTile<V>), Indices<kLines<V>>{});
-        Store(batch + 2 * k * kLines<V>, x.re);
-        Store(batch + (2 * k + 1) * kLines<V>, x.im);
+        GatherRowOfColumns<V>(lines.base + k * lines.elementStride, batch + 2 * k * kLines<V>);
     }
 }
 
 template <typename V, bool isScaled>
 void ScatterColumns(const Real<V>* batch, Lines<Real<V>> lines, Real<V> scale) {
     for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
-        Complex<Real<V>>* const row = lines.base + k * lines.elementStride;
         FetchRowAhead<1, V>(lines, k);
-        LaneComplex<V> x = {Load<V>(batch + 2 * k * kLines<V>), Load<V>(batch + (2 * k + 1) * kLines<V>)};
-        if constexpr (isScaled) {
-            x = {x.re * scale, x.im * scale};
-        }
-        V first;
-        V second;
-        Join(x, first, second, Indices<kLines<V>>{});
-        Store(row, first);
-        Store(row + kTile<V>, second);
+        ScatterRowOfColumns<V, isScaled>(batch + 2 * k * kLines<V>, lines.base + k * lines.elementStride, scale);
     }
+}
+
+template <typename V, bool isScaled>
+void ExchangeColumns(Real<V>* batch, Lines<Real<V>> done, Lines<Real<V>> next, Real<V> scale) {
+    for (std::ptrdiff_t k = 0; k < done.length; ++k) {
+        FetchRowAhead<1, V>(done, k);
+        FetchRowAhead<0, V>(next, k);
+        Real<V>* const element = batch + 2 * k * kLines<V>;
+        ScatterRowOfColumns<V, isScaled>(element, done.base + k * done.elementStride, scale);
+        GatherRowOfColumns<V>(next.base + k * next.elementStride, element);
+    }
+}
+
+template <typename V>
+bool AreFullColumns(const Lines<Real<V>>& lines) {
+    return lines.lineStride == 1 && lines.count == kLines<V>;
 }
 
 template <typename V>
 void GatherLines(const Lines<Real<V>>& lines, Real<V>* batch) {
     const bool isFull = lines.count == kLines<V>;
-    if (lines.lineStride == 1 && isFull) {
+    if (AreFullColumns<V>(lines)) {
         GatherColumns<V>(lines, batch);
     } else if (lines.elementStride == 1) {
         isFull ? GatherRows<V, true>(lines, batch) : GatherRows<V, false>(lines, batch);
@@ -155,7 +178,7 @@ void GatherLines(const Lines<Real<V>>& lines, Real<V>* batch) {
 template <typename V, bool isScaled>
 void ScatterLines(const Real<V>* batch, const Lines<Real<V>>& lines, Real<V> scale) {
     const bool isFull = lines.count == kLines<V>;
-    if (lines.lineStride == 1 && isFull) {
+    if (AreFullColumns<V>(lines)) {
         ScatterColumns<V, isScaled>(batch, lines, scale);
     } else if (lines.elementStride == 1) {
         isFull ? ScatterRows<V, true, isScaled>(batch, lines, scale)
@@ -183,11 +206,24 @@ void ScatterLines(const Real<V>* batch, const Lines<Real<V>>& lines, Real<V> sca
 
 #endif
 
+template <typename V>
+void ExchangeLines(Real<V>* batch, const Lines<Real<V>>& done, const Lines<Real<V>>& next, Real<V> scale) {
+#if !defined(CLARIBOX_VECTOR_Portable)
+    if (AreFullColumns<V>(done) && AreFullColumns<V>(next) && done.length == next.length) {
+        scale != 1 ? ExchangeColumns<V, true>(batch, done, next, scale)
+                   : ExchangeColumns<V, false>(batch, done, next, scale);
+        return;
+    }
+#endif
+    ScatterLines<V>(batch, done, scale);
+    GatherLines<V>(next, batch);
+}
+
 } // namespace
 
 const LineTransport<float> kLineTransportSingle = {kLines<BatchSingle>, GatherLines<BatchSingle>,
-                                                   ScatterLines<BatchSingle>};
+                                                   ScatterLines<BatchSingle>, ExchangeLines<BatchSingle>};
 const LineTransport<double> kLineTransportDouble = {kLines<BatchDouble>, GatherLines<BatchDouble>,
-                                                    ScatterLines<BatchDouble>};
+                                                    ScatterLines<BatchDouble>, ExchangeLines<BatchDouble>};
 
 } // namespace dft::CLARIBOX_VECTOR_CLASS
