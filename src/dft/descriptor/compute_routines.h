@@ -5,7 +5,7 @@
 #include "dft/descriptor/descriptor_routines.h"
 #include "dft/driver/drivers.h"
 #include "dft/driver/record_fields.h"
-#include "dft/driver/work_memory.h"
+#include "dft/memory/work_memory.h"
 
 #include <algorithm>
 #include <type_traits>

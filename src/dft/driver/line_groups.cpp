@@ -3,7 +3,8 @@
 #include "dft/descriptor/general_slots.h"
 #include "dft/driver/copy_strided.h"
 #include "dft/driver/record_fields.h"
-#include "dft/driver/work_memory.h"
+#include "dft/memory/work_memory.h"
+#include "dft/plans/active_runs.h"
 #include "dft/pow2/pow2.h"
 #include "dft/pow2/pow2_runs.h"
 
@@ -20,14 +21,6 @@ constexpr std::ptrdiff_t kColumnGroup = 4;
 /// Batches beyond this go line by line: their memory would be out of proportion to the job's.
 constexpr std::uint64_t kLargestBatchBytes = std::uint64_t{64} << 20;
 
-template <typename Real>
-const PlanRuns<Real>& ActivePlanRuns() {
-    if constexpr (kPrecision<Real> == 0) {
-        return ActivePlanRunsSingle();
-    } else {
-        return ActivePlanRunsDouble();
-    }
-}
 template <typename Real>
 const Pow2Runs<Real>& ActivePow2Runs() {
     if constexpr (kPrecision<Real> == 0) {

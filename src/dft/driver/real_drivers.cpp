@@ -4,7 +4,7 @@
 #include "dft/driver/parallel_chunks.h"
 #include "dft/driver/record_fields.h"
 #include "dft/driver/shared_status.h"
-#include "dft/driver/work_memory.h"
+#include "dft/memory/work_memory.h"
 
 #include <algorithm>
 

@@ -1,23 +1,15 @@
 #include "dft/plans/dft_plan.h"
 
 #include "dft/memory/engine_memory.h"
-#include "dft/plans/plan_runs.h"
+#include "dft/memory/work_memory.h"
+#include "dft/plans/active_runs.h"
 #include "dft/plans/plan_tables.h"
 #include "dft/plans/root_table.h"
-
-#include <memory>
 
 namespace dft {
 namespace {
 
 constexpr int kLargestTiny = 4;
-
-const PlanRuns<float>& ActiveRuns(const DftPlan&) {
-    return ActivePlanRunsSingle();
-}
-const PlanRuns<double>& ActiveRuns(const DftPlanDouble&) {
-    return ActivePlanRunsDouble();
-}
 
 /// Chooses the method by the length and builds its tables.
 template <typename Real>
@@ -50,12 +42,6 @@ std::int32_t BuildMethod(BasicDftPlan<Real>& plan, int length, int hint) {
     return status;
 }
 
-/// A pointer into `block` on a multiple of 16 bytes.
-void* RoundUp(void* block) {
-    std::size_t space = 32;
-    return std::align(16, 16, block, space);
-}
-
 template <typename Real>
 std::int32_t Run(Direction direction, const Complex<Real>* input, Complex<Real>* output, const BasicDftPlan<Real>* plan,
                  void* work) {
@@ -68,17 +54,11 @@ std::int32_t Run(Direction direction, const Complex<Real>* input, Complex<Real>*
     if (input == nullptr || output == nullptr) {
         return kPlanNullPointer;
     }
-    void* own = nullptr;
-    if (work == nullptr && plan->work_bytes > 0) {
-        work = own = engine_alloc(static_cast<std::size_t>(plan->work_bytes));
-        if (own == nullptr) {
-            return kPlanNoMemory;
-        }
+    const WorkMemory own(work == nullptr ? static_cast<std::size_t>(plan->work_bytes) : 0);
+    if (own.data() == nullptr) {
+        return kPlanNoMemory;
     }
-    ActiveRuns(*plan).line[direction](*plan, input, output, plan->work_bytes > 0 ? RoundUp(work) : nullptr);
-    if (own != nullptr) {
-        engine_free(own);
-    }
+    ActivePlanRuns<Real>().line[direction](*plan, input, output, AlignedWork(work == nullptr ? own.data() : work));
     if (direction == kForward ? plan->scale_forward : plan->scale_backward) {
         for (int k = 0; k < plan->length; ++k) {
             output[k] = {output[k].re * plan->scale, output[k].im * plan->scale};

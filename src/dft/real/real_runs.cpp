@@ -1,24 +1,12 @@
 // The runs of a real plan.
-#include "dft/driver/work_memory.h"
-#include "dft/plans/plan_runs.h"
+#include "dft/memory/work_memory.h"
+#include "dft/plans/active_runs.h"
 #include "dft/real/packed_formats.h"
 #include "dft/real/real_kernels.h"
 #include "dft/real/real_plan.h"
 
-#include <memory>
-
 namespace dft {
 namespace {
-
-template <typename Real>
-void RunComplex(Direction direction, const BasicRealDftPlan<Real>& plan, const Complex<Real>* input,
-                Complex<Real>* output, void* work) {
-    if constexpr (sizeof(Real) == sizeof(float)) {
-        ActivePlanRunsSingle().line[direction](plan.complex_run, input, output, work);
-    } else {
-        ActivePlanRunsDouble().line[direction](plan.complex_run, input, output, work);
-    }
-}
 
 template <Direction direction, typename Real>
 void RunEven(const BasicRealDftPlan<Real>& plan, const Real* input, Real* output, void* work) {
@@ -27,11 +15,11 @@ void RunEven(const BasicRealDftPlan<Real>& plan, const Real* input, Real* output
     auto* const to = reinterpret_cast<Complex<Real>*>(output);
     const int half = plan.length / 2;
     if constexpr (direction == kForward) {
-        RunComplex(kForward, plan, from, to, work);
+        ActivePlanRuns<Real>().line[kForward](plan.complex_run, from, to, work);
         StepBetweenHalves<kForward>(half, plan.unpack_forward, to, to);
     } else {
         StepBetweenHalves<kBackward>(half, plan.unpack_backward, from, to);
-        RunComplex(kBackward, plan, to, to, work);
+        ActivePlanRuns<Real>().line[kBackward](plan.complex_run, to, to, work);
     }
 }
 
@@ -66,7 +54,7 @@ std::int32_t RunOddAsComplex(const BasicRealDftPlan<Real>& plan, const Real* inp
             line[mirrored] = {input[2 * k - 1], -input[2 * k]};
         }
     }
-    RunComplex(direction, plan, line, line, work);
+    ActivePlanRuns<Real>().line[direction](plan.complex_run, line, line, work);
     output[0] = line[0].re;
     for (int k = 1; k <= length / 2; ++k) {
         const int mirrored = length - k;
@@ -79,12 +67,6 @@ std::int32_t RunOddAsComplex(const BasicRealDftPlan<Real>& plan, const Real* inp
         }
     }
     return kPlanOk;
-}
-
-/// A pointer into `block` on a multiple of 16 bytes.
-void* RoundUp(void* block) {
-    std::size_t space = 32;
-    return std::align(16, 16, block, space);
 }
 
 template <Direction direction, typename Real>
@@ -108,7 +90,8 @@ std::int32_t RunNative(const BasicRealDftPlan<Real>& plan, const Real* input, Re
     if (own.data() == nullptr) {
         return kPlanNoMemory;
     }
-    const std::int32_t status = RunMethod<direction>(plan, input, output, RoundUp(work == nullptr ? own.data() : work));
+    const std::int32_t status =
+        RunMethod<direction>(plan, input, output, AlignedWork(work == nullptr ? own.data() : work));
     if (status == kPlanOk && (direction == kForward ? plan.scale_forward : plan.scale_backward) != 0) {
         for (int k = 0; k < plan.length; ++k) {
             output[k] *= plan.scale;
