@@ -177,17 +177,6 @@ inline void Swap(LaneComplex<V>& a, LaneComplex<V>& b) {
     b = x;
 }
 
-/// Swaps each index with the one of its bits reversed, orders 0 to 3.
-template <typename V>
-inline void ReverseTiny(int order, LaneComplex<V>* data) {
-    if (order == 2) {
-        Swap(data[1], data[2]);
-    } else if (order == 3) {
-        Swap(data[1], data[4]);
-        Swap(data[3], data[6]);
-    }
-}
-
 /// The transform, unscaled, from natural to natural order. The arrays are the same or do not overlap. `scratch` holds
 /// 2^order elements; it is looked at only in place, and only below kBlockedOrder.
 template <Direction direction, typename V>
@@ -214,28 +203,6 @@ void FftRun(const BasicFftPlan<Real<V>>& plan, const LaneComplex<V>* in, LaneCom
             }
         }
         TimePasses<direction, V>(plan, out, order, 0);
-    }
-}
-
-/// The forward transform, unscaled, in place, from natural to bit-reversed order.
-template <typename V>
-void FftScramble(const BasicFftPlan<Real<V>>& plan, LaneComplex<V>* data) {
-    if (plan.order < 4) {
-        FftRunTiny<kForward, V>(plan.order, data, data);
-        ReverseTiny(plan.order, data);
-    } else {
-        FrequencyPasses<kForward, V>(plan, data, plan.order);
-    }
-}
-
-/// The backward transform, unscaled, in place, from bit-reversed to natural order.
-template <typename V>
-void FftUnscramble(const BasicFftPlan<Real<V>>& plan, LaneComplex<V>* data) {
-    if (plan.order < 4) {
-        ReverseTiny(plan.order, data);
-        FftRunTiny<kBackward, V>(plan.order, data, data);
-    } else {
-        TimePasses<kBackward, V>(plan, data, plan.order, 0);
     }
 }
 

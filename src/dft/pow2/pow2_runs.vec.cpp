@@ -17,6 +17,17 @@ void Scale(LaneComplex<V>* data, int bits, T factor) {
     }
 }
 
+/// Swaps each index with the one of its bits reversed, lengths 1 to 8.
+template <typename V>
+void ReverseTiny(int bits, LaneComplex<V>* data) {
+    if (bits == 2) {
+        Swap(data[1], data[2]);
+    } else if (bits == 3) {
+        Swap(data[1], data[4]);
+        Swap(data[3], data[6]);
+    }
+}
+
 /// Lengths 1 to 8.
 template <Direction direction, typename V>
 void RunTiny(const Pow2Form<Real<V>>& form, LaneComplex<V>* data) {
