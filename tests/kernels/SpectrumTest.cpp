@@ -1,0 +1,288 @@
+// The free functions of the frequency road, each against its definition in wide precision.
+#include "common/GuardedBuffer.h"
+#include "common/VectorClassTest.h"
+#include "kernels/SpectrumPasses.h"
+#include "reference/spectrum_slow.h"
+
+#include <claribox/ChFunctions.h>
+#include <claribox/DFT_Buffer.h>
+
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <cmath>
+#include <random>
+#include <type_traits>
+
+namespace {
+
+using spectrum_slow::Count;
+using spectrum_slow::Plane;
+
+Plane Noise(int width, int height, std::uint32_t seed) {
+    Plane plane(Count(width, height));
+    FillRandomBytes(plane, seed);
+    return plane;
+}
+
+ChMatrix<float> Numbered(int rows, int cols) {
+    ChMatrix<float> psf(rows, cols);
+    for (std::size_t k = 0; k < psf.Count(); ++k) {
+        psf.m_Data[k] = static_cast<float>(k % 7) - 2.0f;
+    }
+    return psf;
+}
+
+std::vector<dft::Complex<float>> Elements(const DFT_Buffer& buffer, std::size_t count) {
+    std::vector<dft::Complex<float>> elements;
+    for (std::size_t k = 0; k < count; ++k) {
+        elements.push_back({buffer.m_Spectrum[k].re, buffer.m_Spectrum[k].im});
+    }
+    return elements;
+}
+
+class SpectrumTest : public VectorClassTest {};
+
+TEST(SpectrumPaddingTest, RepeatsTheNearestPixelAndCropsItBack) {
+    struct Row {
+        int width, height, pad;
+    };
+    for (const Row& row :
+         {Row{1, 1, 2}, Row{2, 2, 1}, Row{5, 4, 0}, Row{3, 2, 9}, Row{1, 70, 3}, Row{131, 1, 64}, Row{64, 5, 50}}) {
+        SCOPED_TRACE(testing::Message() << row.width << "x" << row.height << " by " << row.pad);
+        Plane source = Noise(row.width, row.height, 3);
+        const Plane expected = spectrum_slow::Extend(source, row.width, row.height, row.pad);
+        GuardedBuffer<unsigned char> padded(expected.size(), 1);
+        ChEntendBuffer(source.data(), row.width, row.height, padded.data(), row.pad);
+        EXPECT_TRUE(SameBytes(expected.data(), padded.data(), expected.size(),
+                              static_cast<std::size_t>(row.width + 2 * row.pad)));
+        GuardedBuffer<unsigned char> cropped(source.size(), 3);
+        ChCropBuffer(cropped.data(), row.width, row.height, padded.data(), row.pad);
+        EXPECT_TRUE(SameBytes(source.data(), cropped.data(), source.size()));
+        EXPECT_TRUE(padded.GuardsIntact() && cropped.GuardsIntact());
+    }
+    GuardedBuffer<unsigned char> none(0); // an empty plane has no pixel to repeat
+    ChEntendBuffer(none.data(), 0, 3, none.data(), 0);
+    EXPECT_TRUE(none.GuardsIntact());
+}
+
+TEST(SpectrumBufferTest, LayoutIsThatOfTheBinaryInterface) {
+    const DFT_Buffer buffer(3, 128);
+    EXPECT_EQ(buffer.m_Head, 128u);
+    EXPECT_EQ(reinterpret_cast<std::uintptr_t>(buffer.m_Spectrum) % 64, 0u);
+    EXPECT_EQ(static_cast<const void*>(&buffer.m_Head), static_cast<const void*>(&buffer));
+    EXPECT_EQ(sizeof(DFT_Buffer), 2 * sizeof(void*));
+    static_assert(!std::is_polymorphic_v<DFT_Buffer>);
+}
+
+TEST_P(SpectrumTest, TransferFunctions) {
+    struct Row {
+        int rows, cols, width, height;
+        float sum; // of the elements that fit, by hand
+    };
+    const Row rows[] = {
+        {1, 1, 5, 4, -2}, {3, 3, 7, 6, 4},  {3, 5, 5, 3, 12}, {2, 4, 8, 8, 5},
+        {4, 1, 1, 9, -2}, {1, 1, 1, 1, -2}, {0, 0, 3, 2, 0},  {31, 31, 131, 37, 956}, // a picture with prime sides
+        {1, 5, 3, 1, 0},  {1, 5, 2, 1, -1}, {5, 1, 2, 2, -1}, // larger than the picture: the middle is kept
+        {9, 8, 4, 3, 3},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.rows << "x" << row.cols << " in " << row.width << "x" << row.height);
+        const ChMatrix<float> psf = Numbered(row.rows, row.cols);
+        const std::size_t count = Count(row.width, row.height);
+        DFT_Buffer otf(static_cast<std::uint32_t>(count), 8);
+        ChPSF2OTF(otf, psf, row.width, row.height);
+        EXPECT_NEAR(otf.m_Spectrum[0].re, row.sum, 1e-4 * std::fabs(row.sum) + 1e-5);
+        EXPECT_LT(
+            dft_slow::RelativeError(Elements(otf, count), spectrum_slow::TransferFunction(psf, row.width, row.height)),
+            1e-6);
+    }
+}
+
+TEST_P(SpectrumTest, InverseOfOneElement) {
+    const float floor = 0.01f;
+    const struct {
+        ChComplex element;
+        float noise;
+        ChComplex inverse;
+    } rows[] = {
+        {{0.0f, 0.0f}, 0.0f, {0.0f, -0.0f}}, // raised from 0
+        {{1.0f, 0.0f}, 0.04f, {1.0f / 1.04f, -0.0f}},
+        {{0.0f, -2.0f}, 0.0f, {0.0f, 0.5f}},
+        {{3.0f, 4.0f}, 0.0f, {0.12f, -0.16f}},
+        {{0.09f, 0.0f}, 0.0f, {static_cast<float>(0.09 / 0.0181), -0.0f}}, // raised, not clamped
+        {{0.2f, 0.0f}, 0.0f, {5.0f, -0.0f}},
+        {{0x1p-30f, 0.0f}, floor, {static_cast<float>(0x1p-30 / static_cast<double>(floor)), -0.0f}}, // not below it
+        {{0x1p-30f, 0.0f}, std::nextafter(floor, 0.0f), {0x1p-31f / floor, -0.0f}},
+        {{1e-30f, 1e30f}, 0.06f, {0.0f, -1e-30f}}, // squares beyond the range of floats
+    };
+    for (const auto& row : rows) {
+        DFT_Buffer otf(1, 0);
+        *otf.m_Spectrum = row.element;
+        ChInverseOTF(otf, 1, 1, row.noise);
+        EXPECT_FLOAT_EQ(otf.m_Spectrum->re, row.inverse.re) << row.element.re << " + i " << row.element.im;
+        EXPECT_FLOAT_EQ(otf.m_Spectrum->im, row.inverse.im) << row.element.re << " + i " << row.element.im;
+        EXPECT_EQ(std::signbit(otf.m_Spectrum->im), std::signbit(row.inverse.im)) << row.element.re;
+    }
+}
+
+// The library's own x87 code may compute in more than double precision, and so does this file where it is built for
+// it: there the numbers are so short that all but quotients are exact.
+constexpr bool kIsDoubleExact = FLT_EVAL_METHOD == 0;
+
+std::vector<ChComplex> RandomElements(std::size_t count, std::mt19937& generator) {
+    const auto part = [&generator] {
+        const auto bits = static_cast<std::int32_t>(generator() >> (kIsDoubleExact ? 8 : 20));
+        return std::ldexp(static_cast<float>(bits) - (kIsDoubleExact ? 0x1p23f : 0x1p11f), kIsDoubleExact ? -23 : -11);
+    };
+    std::vector<ChComplex> elements(count);
+    for (ChComplex& element : elements) {
+        element.re = part();
+        element.im = part();
+    }
+    return elements;
+}
+
+// Rounds once, to nearest, as a float in memory is.
+float Rounded(double value) {
+    volatile float rounded = static_cast<float>(value);
+    return rounded;
+}
+
+TEST_P(SpectrumTest, PassesRoundAsTold) {
+    std::mt19937 generator(5);
+    const float scale = 1.0f / 10403.0f;
+    const float noise = 0.06f;
+    for (const std::size_t count : {0u, 1u, 3u, 4u, 7u, 8u, 15u, 16u, 17u, 33u, 500u}) {
+        std::vector<ChComplex> otf = RandomElements(count, generator);
+        std::vector<ChComplex> spectrum = RandomElements(count, generator);
+        for (std::size_t k = 0; kIsDoubleExact && k < count; k += 3) {
+            // c * (a - b) and t almost cancel: what is left is their rounding, in which a fused product would differ.
+            otf[k] = {std::ldexp(otf[k].re, -40), 1.0f + 0x1p-10f * spectrum[k].im};
+            spectrum[k] = {1.0f + spectrum[k].re / 2, std::ldexp(spectrum[k].im, -40)};
+        }
+        const auto element = static_cast<std::uint32_t>(sizeof(ChComplex));
+        GuardedBuffer<ChComplex> work(count, 4);
+        GuardedBuffer<ChComplex> transfer(count, 4);
+        std::memcpy(work.data(), spectrum.data(), count * element);
+        std::memcpy(transfer.data(), otf.data(), count * element);
+        kernels::ActiveSpectrumPasses().MultiplyAndScale(transfer.data(), work.data(), count, scale);
+        EXPECT_TRUE(count == 0 || SameBytes(otf.data(), transfer.data(), count));
+        kernels::ActiveSpectrumPasses().Invert(transfer.data(), count, noise);
+        for (std::size_t k = 0; k < count; ++k) {
+            const double a = static_cast<double>(otf[k].re);
+            const double b = static_cast<double>(otf[k].im);
+            const double c = static_cast<double>(spectrum[k].re);
+            const double d = static_cast<double>(spectrum[k].im);
+            const double t = b * (c - d);
+            const float re = Rounded(c * (a - b) + t);
+            const float im = Rounded(d * (a + b) + t);
+            const double den = (a * a + static_cast<double>(noise)) + b * b;
+            const ChComplex expected[2] = {{Rounded(static_cast<double>(re) * static_cast<double>(scale)),
+                                            Rounded(static_cast<double>(im) * static_cast<double>(scale))},
+                                           {Rounded(a / den), Rounded(b / -den)}};
+            const ChComplex actual[2] = {work.Read(k), transfer.Read(k)};
+            for (int pass = 0; pass < 2; ++pass) {
+                ASSERT_EQ(actual[pass].re, expected[pass].re)
+                    << "pass " << pass << ", element " << k << " of " << count;
+                ASSERT_EQ(actual[pass].im, expected[pass].im)
+                    << "pass " << pass << ", element " << k << " of " << count;
+            }
+        }
+        EXPECT_TRUE(work.GuardsIntact() && transfer.GuardsIntact());
+    }
+}
+
+TEST_P(SpectrumTest, ProductTakesThreeMultiplications) {
+    ChComplex otf = {0x1p-90f, 1.0f};
+    ChComplex spectrum = {1.0f, 0x1p-80f};
+    kernels::ActiveSpectrumPasses().MultiplyAndScale(&otf, &spectrum, 1, 2.0f);
+    EXPECT_EQ(spectrum.re, 0.0f); // ac - bd would be -2^-80
+    EXPECT_EQ(spectrum.im, 2.0f);
+}
+
+TEST_P(SpectrumTest, FilterEqualsItsDefinition) {
+    struct Row {
+        int width, height;
+    };
+    for (const Row& row : {Row{1, 1}, Row{1, 40}, Row{16, 8}, Row{37, 29}, Row{101, 13}, Row{60, 60}}) {
+        SCOPED_TRACE(testing::Message() << row.width << "x" << row.height);
+        const std::size_t count = Count(row.width, row.height);
+        Plane source = Noise(row.width, row.height, 8);
+        for (unsigned char& pixel : source) {
+            pixel = static_cast<unsigned char>(40 + pixel / 2); // the filtered plane stays inside 0..255
+        }
+        ChMatrix<float> psf(1, 1);
+        psf.m_Data[0] = 0.5f;
+        if (row.width >= 8) {
+            ChMakeMotionPSF(psf, 3, 60);
+            psf.Normalize();
+        }
+        const spectrum_slow::WideLine wide = spectrum_slow::TransferFunction(psf, row.width, row.height);
+        const std::vector<long double> expected = spectrum_slow::Filter(source, row.width, row.height, wide);
+        DFT_Buffer otf(static_cast<std::uint32_t>(count), 0);
+        ChPSF2OTF(otf, psf, row.width, row.height);
+        const auto before = Elements(otf, count);
+        GuardedBuffer<unsigned char> plane(count, 5);
+        std::memcpy(plane.data(), source.data(), count);
+        ChInverseFilter(plane.data(), row.width, row.height, otf);
+        EXPECT_TRUE(plane.GuardsIntact());
+        EXPECT_EQ(std::memcmp(before.data(), otf.m_Spectrum, count * sizeof(ChComplex)), 0);
+        for (std::size_t k = 0; k < count; ++k) { // the last ones truncate
+            ASSERT_NEAR(plane.Read(k), static_cast<double>(expected[k]), k < count / 16 * 16 ? 0.501 : 1.001)
+                << "pixel " << k;
+        }
+    }
+}
+
+// Where whole passes end and the rest begins, which rounds in another way, shows on a value between two pixels.
+TEST(SpectrumFilterTest, PacksThePlaneInOneCall) {
+    constexpr int kWidth = 19;
+    constexpr int kHeight = 3;
+    constexpr std::size_t kCount = kWidth * kHeight;
+    DFT_Buffer otf(kCount, 0);
+    std::vector<ChComplex> parts(kCount, ChComplex{100.7f, 0.0f});
+    std::fill_n(otf.m_Spectrum, kCount, ChComplex{1.007f, 0.0f});
+    Plane expected(kCount);
+    KernelTable.PackComplexToU8(parts.data(), expected.data(), kCount);
+    Plane plane(kCount, 100);
+    ChInverseFilter(plane.data(), kWidth, kHeight, otf);
+    EXPECT_EQ(plane, expected);
+}
+
+TEST_P(SpectrumTest, PowerSpectra) {
+    struct Row {
+        int width, height;
+        int value; // of all pixels; -1: noise
+    };
+    for (const Row& row :
+         {Row{4, 4, 100}, Row{7, 3, 0}, Row{1, 1, 0}, Row{1, 1, 1}, Row{3, 2, -1}, Row{17, 13, -1}, Row{32, 9, -1}}) {
+        SCOPED_TRACE(testing::Message() << row.width << "x" << row.height << " of " << row.value);
+        Plane source = Noise(row.width, row.height, 4);
+        if (row.value >= 0) {
+            std::fill(source.begin(), source.end(), static_cast<unsigned char>(row.value));
+        }
+        const spectrum_slow::WideLine wide = spectrum_slow::Spectrum(source, row.width, row.height);
+        const double peak = std::log((static_cast<double>(wide[0].real() * wide[0].real()) + 1.0)); // a whole number
+        GuardedBuffer<unsigned char> plane(source.size(), 1);
+        std::memcpy(plane.data(), source.data(), source.size());
+        ChShowPowerSpectrum(plane.data(), row.width, row.height);
+        EXPECT_TRUE(plane.GuardsIntact());
+        // Zero frequency at the top left, one count less than 255 where the float of the peak lies below it.
+        const int first = peak > 0.0 ? static_cast<int>(static_cast<double>(Rounded(peak)) / peak * 255.0) : 0;
+        EXPECT_EQ(plane.Read(0), first);
+        for (std::size_t k = 1; k < source.size(); ++k) {
+            const double share = peak > 0.0 ? std::log(1.0 + static_cast<double>(std::norm(wide[k]))) / peak : 0.0;
+            ASSERT_NEAR(plane.Read(k), 255.0 * share - 0.5, row.value < 0 ? 0.51 : 0.5) << "pixel " << k;
+        }
+    }
+    Plane constant(16, 100);
+    ChShowPowerSpectrum(constant.data(), 4, 4);
+    Plane expected(16, 0);
+    expected[0] = 254;
+    EXPECT_EQ(constant, expected);
+}
+
+CLARIBOX_INSTANTIATE_FOR_VECTOR_CLASSES(SpectrumTest);
+
+} // namespace
