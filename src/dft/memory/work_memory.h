@@ -11,8 +11,12 @@ namespace dft {
 /// Work memory of routine slots, `slices` times `bytes` bytes; 16 bytes of its own where that is enough.
 class WorkMemory {
 public:
-    explicit WorkMemory(std::size_t bytes, int slices = 1) : m_SliceBytes(bytes) {
-        const std::size_t all = bytes * static_cast<std::size_t>(slices);
+    explicit WorkMemory(std::size_t bytes, int slices = 1) : m_SliceBytes(bytes), m_Block(nullptr) {
+        const auto count = static_cast<std::size_t>(slices);
+        if (bytes > SIZE_MAX / count) {
+            return;
+        }
+        const std::size_t all = bytes * count;
         m_Block = all <= sizeof m_Local ? m_Local : static_cast<char*>(engine_alloc(all));
     }
     ~WorkMemory() {
@@ -39,7 +43,9 @@ class LineBuffer {
 public:
     static constexpr std::size_t kAlignment = 64;
 
-    explicit LineBuffer(std::size_t count) : m_Block(engine_alloc(count * sizeof(T) + kAlignment)) {}
+    explicit LineBuffer(std::size_t count)
+        : m_Block(count > (SIZE_MAX - kAlignment) / sizeof(T) ? nullptr
+                                                              : engine_alloc(count * sizeof(T) + kAlignment)) {}
     ~LineBuffer() {
         if (m_Block != nullptr) {
             engine_free(m_Block);

@@ -116,16 +116,18 @@ inline void DftOdd(int length, const Complex<Real<V>>* matrix, LaneComplex<V>* p
     for (; half - j >= kMirroredPairs; j += kMirroredPairs) {
         DftOddOutputs<direction, kMirroredPairs>(length, matrix, first, pairs, j, store);
     }
-    switch (half - j) {
-    case 3:
-        return DftOddOutputs<direction, 4>(length, matrix, first, pairs, j, store);
-    case 2:
-        return DftOddOutputs<direction, 3>(length, matrix, first, pairs, j, store);
-    case 1:
-        return DftOddOutputs<direction, 2>(length, matrix, first, pairs, j, store);
-    default:
-        return DftOddOutputs<direction, 1>(length, matrix, first, pairs, j, store);
+    if constexpr (kMirroredPairs == 4) {
+        if (half - j == 3) {
+            return DftOddOutputs<direction, 4>(length, matrix, first, pairs, j, store);
+        }
+        if (half - j == 2) {
+            return DftOddOutputs<direction, 3>(length, matrix, first, pairs, j, store);
+        }
     }
+    if (half - j == 1) {
+        return DftOddOutputs<direction, 2>(length, matrix, first, pairs, j, store);
+    }
+    DftOddOutputs<direction, 1>(length, matrix, first, pairs, j, store);
 }
 
 } // namespace dft::CLARIBOX_VECTOR_CLASS

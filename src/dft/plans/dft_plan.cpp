@@ -29,10 +29,7 @@ std::int32_t BuildMethod(BasicDftPlan<Real>& plan, int length, int hint) {
         }
         return status;
     }
-    if (length > kLargestLength<Real>) {
-        return kPlanNoMemory;
-    }
-    Complex<Real>* const circle = AllocateTable<Complex<Real>>(length);
+    Complex<Real>* const circle = FitsWorkMemory<Real>(length) ? AllocateTable<Complex<Real>>(length) : nullptr;
     if (circle == nullptr) {
         return kPlanNoMemory;
     }
@@ -59,11 +56,7 @@ std::int32_t Run(Direction direction, const Complex<Real>* input, Complex<Real>*
         return kPlanNoMemory;
     }
     ActivePlanRuns<Real>().line[direction](*plan, input, output, AlignedWork(work == nullptr ? own.data() : work));
-    if (direction == kForward ? plan->scale_forward : plan->scale_backward) {
-        for (int k = 0; k < plan->length; ++k) {
-            output[k] = {output[k].re * plan->scale, output[k].im * plan->scale};
-        }
-    }
+    ScaleResult(*plan, direction, output, plan->length);
     return kPlanOk;
 }
 
@@ -82,7 +75,10 @@ std::int32_t dft_plan_create(BasicDftPlan<Real>** plan, int length, int norm_fla
     if (built == nullptr) {
         return kPlanNoMemory;
     }
-    std::int32_t status = StoreNormalisation(*built, kDftPlanTag, length, norm_flag);
+    built->tag = kDftPlanTag;
+    built->length = length;
+    built->norm_flag = norm_flag;
+    std::int32_t status = StoreNormalisation(*built, length, norm_flag);
     if (status == kPlanOk) {
         status = BuildMethod(*built, length, hint);
     }

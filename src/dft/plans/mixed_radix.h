@@ -13,7 +13,7 @@ template <Direction direction, typename V>
 class MixedRadixRun {
 public:
     /// `holder` takes the intermediate stages: the output, or an array apart where input and output are the same.
-    /// `scratch` has room for as many elements as the largest factor.
+    /// `scratch` has room for one element less than the largest factor.
     MixedRadixRun(const BasicDftPlan<Real<V>>& plan, const LaneComplex<V>* input, LaneComplex<V>* holder,
                   LaneComplex<V>* output, LaneComplex<V>* scratch)
         : m_Plan(plan), m_Input(input), m_Holder(holder), m_Output(output), m_Scratch(scratch) {}
@@ -85,13 +85,13 @@ private:
         const std::ptrdiff_t span = stage.span;
         const int twiddlesEach = (fixedRadix > 0 ? fixedRadix : stage.radix) - firstTwiddle;
         transform([=](int k) { return block[k * span]; }, [=](int j, Element value) { results[j * span] = value; });
-        const Complex<Real<V>>* twiddles = stage.twiddles - firstTwiddle;
+        const Complex<Real<V>>* twiddles = stage.twiddles;
         for (std::ptrdiff_t column = 1; column < span; ++column) {
             twiddles += twiddlesEach;
             transform(
                 [=](int k) {
                     const Element x = block[k * span + column];
-                    return k == 0 ? x : Rotate<direction>(x, twiddles[k]);
+                    return k == 0 ? x : Rotate<direction>(x, twiddles[k - firstTwiddle]);
                 },
                 [=](int j, Element value) { results[j * span + column] = value; });
         }

@@ -11,7 +11,7 @@ constexpr int kLargestDedicatedRadix = 5;
 /// The twiddles of a stage in the order in which its pass reads them.
 template <typename Real>
 Complex<Real>* MakeTwiddles(const StageRecord<Real>& stage, Roots<Real> roots, int step) {
-    Complex<Real>* const twiddles = AllocateTable<Complex<Real>>(static_cast<std::ptrdiff_t>(stage.radix) * stage.span);
+    Complex<Real>* const twiddles = AllocateTable<Complex<Real>>(static_cast<std::int64_t>(stage.radix) * stage.span);
     if (twiddles == nullptr) {
         return nullptr;
     }
@@ -99,19 +99,18 @@ template <typename Real>
 std::int32_t BuildMixedRadix(BasicDftPlan<Real>& plan, const FactorList& factors, Roots<Real> roots) {
     StoreStructure(plan, factors);
     const int length = plan.stages[0].radix * plan.stages[0].span;
-    if (!MakeMatrices(plan, roots)) {
+    const int largest = std::max(factors.last, *std::max_element(factors.radix, factors.radix + factors.count));
+    const std::int64_t scratch = largest > kLargestDedicatedRadix ? largest : 0;
+    const auto element = static_cast<std::int64_t>(sizeof(Complex<Real>));
+    if (StoreWorkBytes(plan, element * (length + scratch) + 16) != kPlanOk || !MakeMatrices(plan, roots)) {
         return kPlanNoMemory;
     }
-    int largest = factors.last;
     for (int k = 0; k <= plan.last_stage; ++k) {
         plan.stages[k].twiddles = MakeTwiddles(plan.stages[k], roots, roots.count / length);
         if (plan.stages[k].twiddles == nullptr) {
             return kPlanNoMemory;
         }
-        largest = std::max(largest, factors.radix[k]);
     }
-    const int scratch = largest > kLargestDedicatedRadix ? largest : 0;
-    plan.work_bytes = static_cast<std::int32_t>(sizeof(Complex<Real>)) * (length + scratch) + 16;
     plan.digit_reversal = MakeDigitReversal(plan);
     return plan.digit_reversal == nullptr ? kPlanNoMemory : kPlanOk;
 }

@@ -8,23 +8,6 @@
 namespace dft::CLARIBOX_VECTOR_CLASS {
 namespace {
 
-/// Lengths 1 to 4.
-template <Direction direction, typename V>
-void RunTiny(int length, const LaneComplex<V>* input, LaneComplex<V>* output) {
-    const auto load = [=](int k) { return input[k]; };
-    const auto store = [=](int j, LaneComplex<V> value) { output[j] = value; };
-    switch (length) {
-    case 2:
-        return Transform2<direction>(load, store);
-    case 3:
-        return Dft3<direction, V>(load, store);
-    case 4:
-        return Transform4<direction>(load, store);
-    default:
-        return store(0, load(0));
-    }
-}
-
 template <Direction direction, typename V>
 void RunMixedRadix(const BasicDftPlan<Real<V>>& plan, const LaneComplex<V>* input, LaneComplex<V>* output,
                    LaneComplex<V>* work) {
@@ -38,8 +21,10 @@ void RunMixedRadix(const BasicDftPlan<Real<V>>& plan, const LaneComplex<V>* inpu
 
 template <Direction direction, typename V>
 void Run(const BasicDftPlan<Real<V>>& plan, const LaneComplex<V>* input, LaneComplex<V>* output, LaneComplex<V>* work) {
-    if (plan.length < 5) {
-        RunTiny<direction, V>(plan.length, input, output);
+    if (plan.length == 3) {
+        Dft3<direction, V>([=](int k) { return input[k]; }, [=](int j, LaneComplex<V> value) { output[j] = value; });
+    } else if (plan.length < 5) {
+        FftRunTiny<direction, V>(plan.length / 2, input, output); // 1, 2 and 4 are 2^0, 2^1 and 2^2
     } else if (plan.power_of_two != 0) {
         FftRun<direction, V>(*plan.fft_plan, input, output, work);
     } else if (plan.mixed_radix != 0) {
@@ -60,6 +45,7 @@ void RunLine(const BasicDftPlan<T>& plan, const Complex<T>* input, Complex<T>* o
 
 template <Direction direction, typename V>
 void RunBatch(const BasicDftPlan<Real<V>>& plan, const Real<V>* input, Real<V>* output, void* work) {
+    // Vectors of g++ and clang may alias the elements that they are made of.
     Run<direction, V>(plan, reinterpret_cast<const LaneComplex<V>*>(input), reinterpret_cast<LaneComplex<V>*>(output),
                       static_cast<LaneComplex<V>*>(work));
 }

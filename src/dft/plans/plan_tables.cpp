@@ -4,22 +4,12 @@
 #include "dft/plans/root_table.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace dft {
 
-template <typename T>
-T* AllocateTable(std::ptrdiff_t count) {
-    T* const table = static_cast<T*>(plan_alloc(count * static_cast<std::ptrdiff_t>(sizeof(T))));
-    if (table != nullptr) {
-        std::fill_n(table, count, T{});
-    }
-    return table;
-}
-
 template <typename Real>
 Complex<Real>* MakeDirectTable(int length, Roots<Real> roots) {
-    Complex<Real>* const table = AllocateTable<Complex<Real>>(2 * static_cast<std::ptrdiff_t>(length));
+    Complex<Real>* const table = AllocateTable<Complex<Real>>(2 * static_cast<std::int64_t>(length));
     if (table != nullptr) {
         const int step = roots.count / length;
         for (int k = 0; k < length; ++k) {
@@ -42,14 +32,14 @@ std::int32_t BuildBluestein(BasicDftPlan<Real>& plan, int length) {
     while (1LL << order < 2LL * length - 1) {
         ++order;
     }
-    if (1LL << order > kLargestLength<Real> / 2) {
-        return kPlanNoMemory;
+    if (order > 28) {
+        return kPlanNoMemory; // twice the length would not be an int
     }
     const int points = 1 << order;
     plan.bluestein_length = points;
     plan.chirp = AllocateTable<Complex<Real>>(length);
     plan.chirp_spectrum = AllocateTable<Complex<Real>>(points);
-    Complex<Real>* const circle = AllocateTable<Complex<Real>>(2 * static_cast<std::ptrdiff_t>(length));
+    Complex<Real>* const circle = AllocateTable<Complex<Real>>(2 * static_cast<std::int64_t>(length));
     if (plan.chirp == nullptr || plan.chirp_spectrum == nullptr || circle == nullptr) {
         plan_free(circle);
         return kPlanNoMemory;
@@ -78,9 +68,8 @@ std::int32_t BuildBluestein(BasicDftPlan<Real>& plan, int length) {
     std::for_each(plan.chirp_spectrum, plan.chirp_spectrum + points, [=](Complex<Real>& value) {
         value = {value.re * inverse, value.im * inverse};
     });
-    plan.work_bytes =
-        static_cast<std::int32_t>(sizeof(Complex<Real>)) * points + 16 + plan.bluestein_fft_plan->work_bytes;
-    return kPlanOk;
+    return StoreWorkBytes(plan, static_cast<std::int64_t>(sizeof(Complex<Real>)) * points + 16 +
+                                    plan.bluestein_fft_plan->work_bytes);
 }
 
 template <typename Real>
@@ -93,55 +82,28 @@ std::int32_t BuildGeneral(BasicDftPlan<Real>& plan, int length, Roots<Real> root
 }
 
 template <typename Real>
-std::int32_t StoreNormalisation(BasicDftPlan<Real>& plan, int tag, int length, int norm_flag) {
-    plan.tag = tag;
-    plan.length = length;
-    plan.norm_flag = norm_flag;
-    plan.scale_forward = norm_flag == kForwardByLength || norm_flag == kBothBySquareRoot;
-    plan.scale_backward = norm_flag == kBackwardByLength || norm_flag == kBothBySquareRoot;
-    switch (norm_flag) {
-    case kForwardByLength:
-    case kBackwardByLength:
-        plan.scale = Real{1} / static_cast<Real>(length);
-        return kPlanOk;
-    case kBothBySquareRoot:
-        plan.scale = static_cast<Real>(1 / std::sqrt(static_cast<double>(length)));
-        return kPlanOk;
-    case kUnscaled:
-        return kPlanOk;
-    default:
-        return kPlanBadNormalisation;
-    }
-}
-
-template <typename Real>
 void ReleaseTables(BasicDftPlan<Real>& plan) {
     plan_free(plan.direct_matrix);
     plan_free(plan.chirp);
     plan_free(plan.chirp_spectrum);
     plan_free(plan.digit_reversal);
     fft_plan_free(plan.bluestein_fft_plan);
-    const Complex<Real>* released = nullptr;
-    for (StageRecord<Real>& stage : plan.stages) {
+    for (int k = 0; k < kMaximumStages; ++k) {
+        StageRecord<Real>& stage = plan.stages[k];
         plan_free(stage.twiddles);
         plan_free(stage.tail_matrix);
-        if (stage.radix_matrix != released) { // stages of the same radix share it
-            released = stage.radix_matrix;
-            plan_free(stage.radix_matrix);
+        if (k + 1 == kMaximumStages || stage.radix_matrix != plan.stages[k + 1].radix_matrix) {
+            plan_free(stage.radix_matrix); // the last of the stages of one radix, which share it
         }
     }
     fft_plan_free(plan.fft_plan);
 }
 
-template std::int32_t* AllocateTable(std::ptrdiff_t);
 #define CLARIBOX_INSTANTIATE(Real)                                                                                     \
-    template Complex<Real>* AllocateTable(std::ptrdiff_t);                                                             \
-    template BasicDftPlan<Real>* AllocateTable(std::ptrdiff_t);                                                        \
     template Complex<Real>* MakeDirectTable(int, Roots<Real>);                                                         \
     template std::int32_t BuildDirect(BasicDftPlan<Real>&, int, Roots<Real>);                                          \
     template std::int32_t BuildBluestein(BasicDftPlan<Real>&, int);                                                    \
     template std::int32_t BuildGeneral(BasicDftPlan<Real>&, int, Roots<Real>, int);                                    \
-    template std::int32_t StoreNormalisation(BasicDftPlan<Real>&, int, int, int);                                      \
     template void ReleaseTables(BasicDftPlan<Real>&)
 CLARIBOX_INSTANTIATE(float);
 CLARIBOX_INSTANTIATE(double);

@@ -4,12 +4,9 @@
 
 #include "dft/plans/dft_plan.h"
 #include "dft/plans/factors.h"
+#include "dft/plans/plan_parts.h"
 
 namespace dft {
-
-/// Work memory of longer lines has more bytes than `work_bytes` can tell.
-template <typename Real>
-inline constexpr int kLargestLength = (1 << 30) / static_cast<int>(sizeof(Complex<Real>)) - kLargestFactor;
 
 /// All roots of unity of a circle of `count` points (plans/root_table.h).
 template <typename Real>
@@ -41,16 +38,8 @@ std::int32_t BuildBluestein(BasicDftPlan<Real>& plan, int length);
 template <typename Real>
 std::int32_t BuildGeneral(BasicDftPlan<Real>& plan, int length, Roots<Real> roots, int largestDirect);
 
-/// Stores tag, length, flag and scale. kPlanBadNormalisation for a flag other than 8, 1, 2, 4.
-template <typename Real>
-std::int32_t StoreNormalisation(BasicDftPlan<Real>& plan, int tag, int length, int norm_flag);
-
 /// Releases every table and inner plan.
 template <typename Real>
 void ReleaseTables(BasicDftPlan<Real>& plan);
-
-/// A cleared block for `count` elements of T from plan memory; null if there is none.
-template <typename T>
-T* AllocateTable(std::ptrdiff_t count);
 
 } // namespace dft

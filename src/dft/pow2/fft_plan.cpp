@@ -1,30 +1,21 @@
 #include "dft/plans/dft_plan.h"
 
 #include "dft/memory/engine_memory.h"
+#include "dft/memory/work_memory.h"
+#include "dft/plans/active_runs.h"
+#include "dft/plans/plan_parts.h"
 #include "dft/plans/root_table.h"
 #include "dft/pow2/bit_reversal.h"
 #include "dft/pow2/fft_plan_layout.h"
 #include "dft/pow2/fft_runs.h"
 
 #include <cmath>
-#include <limits>
-#include <memory>
 
 namespace dft {
 namespace {
 
 constexpr int kLargestOrder = 30;
 constexpr int kLargestTinyOrder = 3;
-
-/// Plan memory for `count` elements of T; null if there is none.
-template <typename T>
-T* AllocateArray(std::int64_t count) {
-    constexpr auto kElementBytes = static_cast<std::int64_t>(sizeof(T));
-    if (count > std::numeric_limits<std::ptrdiff_t>::max() / kElementBytes / 2) {
-        return nullptr;
-    }
-    return static_cast<T*>(plan_alloc(static_cast<std::ptrdiff_t>(count * kElementBytes)));
-}
 
 int FirstBits(int order) {
     return order % 2 == 0 ? 2 : 3;
@@ -33,7 +24,7 @@ int FirstBits(int order) {
 std::int32_t* MakeBitReversal(int order) {
     if (order >= kBlockedOrder) {
         const int half = (order + 1) / 2;
-        std::int32_t* const halves = AllocateArray<std::int32_t>(1 << half);
+        std::int32_t* const halves = AllocateTable<std::int32_t>(1 << half);
         for (std::int32_t k = 0; halves != nullptr && k < 1 << half; ++k) {
             halves[k] = ReverseBits(k, half);
         }
@@ -42,7 +33,7 @@ std::int32_t* MakeBitReversal(int order) {
     const int bits = order - FirstBits(order);
     // There are 2^ceil(bits / 2) palindromes, each a pair of its own.
     const std::int32_t pairs = ((1 << bits) + (1 << (bits + 1) / 2)) / 2;
-    std::int32_t* const table = AllocateArray<std::int32_t>(1 + 2 * pairs);
+    std::int32_t* const table = AllocateTable<std::int32_t>(1 + 2 * pairs);
     if (table == nullptr) {
         return nullptr;
     }
@@ -61,7 +52,7 @@ std::int32_t* MakeBitReversal(int order) {
 /// The stages of 2^first, 2^(first + 2), .. 2^last points, one after the other, cut from the circle of 2^order roots.
 template <typename Real>
 Real* MakeStages(int first, int last, const Complex<Real>* circle, int order) {
-    Real* const table = AllocateArray<Real>(((std::int64_t{4} << last) - (std::int64_t{1} << first)) / 2);
+    Real* const table = AllocateTable<Real>(((std::int64_t{4} << last) - (std::int64_t{1} << first)) / 2);
     Real* group = table;
     for (int stage = first; table != nullptr && stage <= last; stage += 2) {
         const std::int64_t quarter = std::int64_t{1} << (stage - 2);
@@ -89,7 +80,7 @@ std::int32_t BuildTables(BasicFftPlan<Real>& plan) {
     constexpr auto kElementBytes = static_cast<std::int32_t>(sizeof(Complex<Real>));
     plan.work_bytes = (kElementBytes << (order < kLastSmallStage ? order : kLastSmallStage)) + 16;
 
-    Complex<Real>* const circle = AllocateArray<Complex<Real>>(std::int64_t{1} << order);
+    Complex<Real>* const circle = AllocateTable<Complex<Real>>(std::int64_t{1} << order);
     plan.bit_reversal = MakeBitReversal(order);
     if (circle == nullptr || plan.bit_reversal == nullptr) {
         plan_free(circle);
@@ -108,26 +99,6 @@ std::int32_t BuildTables(BasicFftPlan<Real>& plan) {
 }
 
 template <typename Real>
-std::int32_t StoreNormalisation(BasicFftPlan<Real>& plan, int norm_flag) {
-    const Real length = std::ldexp(Real{1}, plan.order);
-    plan.scale_forward = norm_flag == kForwardByLength || norm_flag == kBothBySquareRoot;
-    plan.scale_backward = norm_flag == kBackwardByLength || norm_flag == kBothBySquareRoot;
-    switch (norm_flag) {
-    case kForwardByLength:
-    case kBackwardByLength:
-        plan.scale = Real{1} / length;
-        return kPlanOk;
-    case kBothBySquareRoot:
-        plan.scale = Real{1} / std::sqrt(length);
-        return kPlanOk;
-    case kUnscaled:
-        return kPlanOk;
-    default:
-        return kPlanBadNormalisation;
-    }
-}
-
-template <typename Real>
 std::int32_t Run(Direction direction, const Complex<Real>* input, Complex<Real>* output, const BasicFftPlan<Real>* plan,
                  void* work) {
     if (plan == nullptr) {
@@ -139,24 +110,13 @@ std::int32_t Run(Direction direction, const Complex<Real>* input, Complex<Real>*
     if (input == nullptr || output == nullptr) {
         return kPlanNullPointer;
     }
-    void* own = nullptr;
-    if (work == nullptr && plan->work_bytes > 0) {
-        work = own = engine_alloc(static_cast<std::size_t>(plan->work_bytes));
-        if (own == nullptr) {
-            return kPlanNoMemory;
-        }
+    const WorkMemory own(work == nullptr ? static_cast<std::size_t>(plan->work_bytes) : 0);
+    if (own.data() == nullptr) {
+        return kPlanNoMemory;
     }
-    std::size_t space = 32;
-    void* const scratch = work == nullptr ? nullptr : std::align(16, 16, work, space);
+    void* const scratch = AlignedWork(work == nullptr ? own.data() : work);
     ActiveFftRuns(*plan).line[direction](*plan, input, output, static_cast<Complex<Real>*>(scratch));
-    if (own != nullptr) {
-        engine_free(own);
-    }
-    if (direction == kForward ? plan->scale_forward : plan->scale_backward) {
-        for (std::ptrdiff_t k = 0; k < std::ptrdiff_t{1} << plan->order; ++k) {
-            output[k] = {output[k].re * plan->scale, output[k].im * plan->scale};
-        }
-    }
+    ScaleResult(*plan, direction, output, std::int64_t{1} << plan->order);
     return kPlanOk;
 }
 
@@ -171,15 +131,14 @@ std::int32_t fft_plan_create(BasicFftPlan<Real>** plan, int order, int norm_flag
     if (order < 0 || order > kLargestOrder) {
         return kPlanBadOrder;
     }
-    BasicFftPlan<Real>* const built = AllocateArray<BasicFftPlan<Real>>(1);
+    BasicFftPlan<Real>* const built = AllocateTable<BasicFftPlan<Real>>(1);
     if (built == nullptr) {
         return kPlanNoMemory;
     }
-    *built = {};
     built->tag = kFftPlanTag;
     built->order = order;
     built->hint = hint;
-    std::int32_t status = StoreNormalisation(*built, norm_flag);
+    std::int32_t status = StoreNormalisation(*built, std::ldexp(1.0, order), norm_flag);
     if (status == kPlanOk) {
         status = BuildTables(*built);
     }

@@ -71,7 +71,7 @@ std::int32_t BuildMethod(BasicRealDftPlan<Real>& plan, int hint) {
     const int points = isEven ? length / 2 : length;
     std::int32_t status = kPlanOk;
     if (length > kLargestTiny) {
-        Complex<Real>* const circle = points <= kLargestLength<Real> ? AllocateTable<Complex<Real>>(length) : nullptr;
+        Complex<Real>* const circle = FitsWorkMemory<Real>(points) ? AllocateTable<Complex<Real>>(length) : nullptr;
         if (circle == nullptr) {
             return kPlanNoMemory;
         }
@@ -101,7 +101,10 @@ std::int32_t real_plan_create(BasicRealDftPlan<Real>** plan, int length, int nor
         return kPlanNoMemory;
     }
     BasicRealDftPlan<Real>* const built = new (block) BasicRealDftPlan<Real>{};
-    std::int32_t status = StoreNormalisation<Real>(*built, kRealPlanTag, length, norm_flag);
+    built->tag = kRealPlanTag;
+    built->length = length;
+    built->norm_flag = norm_flag;
+    std::int32_t status = StoreNormalisation(*built, length, norm_flag);
     if (status == kPlanOk) {
         status = BuildMethod(*built, hint);
     }
