@@ -1,0 +1,159 @@
+// The estimation region, the edge map and the luminance plane against their plain forms.
+#include "common/GuardedBuffer.h"
+#include "common/VectorClassTest.h"
+#include "focus/GuessFills.h"
+#include "reference/guess_slow.h"
+
+#include <claribox/CImageFocus.h>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+void FillPlane(GuardedBuffer<std::uint8_t>& plane, int width, Fill fill) {
+    for (std::size_t i = 0; i < plane.size(); ++i) {
+        const auto at = static_cast<int>(i);
+        plane.data()[i] = fill(at % width, at / width);
+    }
+}
+
+reference::Plane CopyOf(const GuardedBuffer<std::uint8_t>& plane) {
+    return {plane.data(), plane.data() + plane.size()};
+}
+
+class EstRegionTest : public VectorClassTest {};
+
+TEST_P(EstRegionTest, TheBusiestSquareIsTheFirstOfTheBest) {
+    constexpr reference::Region kKept = {-1, -1}; // what an earlier picture left
+    const struct {
+        const char* what;
+        int size; // of the region
+        int width;
+        int height;
+        Fill fill;
+        reference::Region expected = {-2, -2}; // -2: as the plain form tells
+    } rows[] = {
+        {"fits", 512, 512, 512, Noise, {0, 0}},
+        {"a pixel more", 512, 513, 513, Noise, kKept},
+        {"a pixel too narrow", 512, 519, 600, Noise, kKept},
+        {"a pixel too low", 512, 600, 519, Noise, kKept},
+        {"one window", 512, 520, 520, Noise, {0, 0}},
+        {"too low", 512, 600, 300, Noise, kKept},
+        {"too narrow", 512, 300, 600, Noise, kKept},
+        {"narrower than a block", 512, 7, 5000, Noise, kKept},
+        {"one value", 512, 700, 700, Constant, {0, 0}},
+        {"busy patch", 512, 1024, 1024, BusyPatch, {184, 320}},
+        {"half of a camera's", 512, 1600, 1000, Smeared},
+        {"largest scores", 512, 600, 640, BlackOrWhite},
+        {"near ties", 512, 728, 650, EqualBlocks},
+        {"small, noise", 16, 203, 119, Noise},
+        {"small, odd number of blocks", 24, 8 * 7 + 5, 8 * 5 + 3, Noise},
+        {"small, ties", 32, 330, 150, EqualBlocks},
+        {"small, smooth", 64, 97, 250, Smeared},
+        {"one block", 8, 17, 300, Smeared},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        GuardedBuffer<std::uint8_t> plane(static_cast<std::size_t>(row.width) * static_cast<std::size_t>(row.height),
+                                          3);
+        FillPlane(plane, row.width, row.fill);
+        reference::Region expected = row.expected;
+        if (expected.left == -2) {
+            reference::ProbeRegion<long double>(CopyOf(plane), row.width, row.height, expected, row.size);
+        }
+        CImageFocus focus;
+        focus.m_EstSize = row.size;
+        focus.m_EstLeft = kKept.left;
+        focus.m_EstTop = kKept.top;
+        focus.Probe_Region(plane.data(), row.width, row.height);
+        EXPECT_EQ(focus.m_EstLeft, expected.left);
+        EXPECT_EQ(focus.m_EstTop, expected.top);
+    }
+}
+
+TEST_P(EstRegionTest, TheEdgeMapIsTheDistanceFromTheMean) {
+    const struct {
+        int width;
+        int height;
+        int threshold;
+        Fill fill;
+    } rows[] = {
+        {40, 30, 20, Noise}, {40, 30, 1, Constant}, {64, 21, 0, Smeared}, {33, 25, 256, Noise},
+        {50, 10, 60, Noise}, {11, 11, 10, Noise},   {12, 12, -5, Noise},  {10, 20, 7, Noise},
+        {5, 13, 3, Noise},   {1, 40, 3, Noise},     {6, 11, 0, Constant}, {300, 40, 90, BlackOrWhite},
+    };
+    for (const auto& row : rows) {
+        const auto count = static_cast<std::size_t>(row.width * row.height);
+        GuardedBuffer<std::uint8_t> plane(count, 1);
+        GuardedBuffer<std::uint8_t> map(count, 5);
+        FillPlane(plane, row.width, row.fill);
+        FillRandom(map, 1);
+        CImageFocus focus;
+        focus.SetSize(row.width, row.height);
+        focus.GetEdgeMap(plane.data(), map.data(), -1, row.threshold);
+        const reference::Plane expected = reference::EdgeMap(CopyOf(plane), row.width, row.height, row.threshold);
+        EXPECT_TRUE(SameBytes(expected.data(), map.data(), count, static_cast<std::size_t>(row.width)))
+            << row.width << " by " << row.height << ", threshold " << row.threshold;
+        EXPECT_TRUE(map.GuardsIntact());
+    }
+}
+
+TEST_P(EstRegionTest, TheLuminancePlaneIsWeighedWith65535Parts) {
+    constexpr int kWidth = 129;
+    constexpr int kHeight = 3;
+    GuardedBuffer<std::uint8_t> planes[3] = {GuardedBuffer<std::uint8_t>(kWidth * kHeight, 1),
+                                             GuardedBuffer<std::uint8_t>(kWidth * kHeight, 2),
+                                             GuardedBuffer<std::uint8_t>(kWidth * kHeight, 3)};
+    GuardedBuffer<std::uint8_t> y(kWidth * kHeight, 4);
+    for (std::uint32_t k = 0; k < 3; ++k) {
+        FillRandom(planes[k], k);
+        planes[k].data()[0] = 255; // white, and the colours
+        for (std::uint32_t pixel = 1; pixel <= 3; ++pixel) {
+            planes[k].data()[pixel] = pixel - 1 == k ? 255 : 0;
+        }
+    }
+    CImageFocus focus;
+    focus.SetSize(kWidth, kHeight);
+    focus.CvtToPlaneY(y.data(), planes[0].data(), planes[1].data(), planes[2].data());
+    for (std::size_t i = 0; i < y.size(); ++i) {
+        const std::uint32_t sum = 19595u * planes[0].Read(i) + 38469u * planes[1].Read(i) + 7471u * planes[2].Read(i);
+        ASSERT_EQ(y.Read(i), sum >> 16) << i;
+    }
+    EXPECT_EQ(y.Read(0), 254);
+    EXPECT_TRUE(y.GuardsIntact());
+}
+
+CLARIBOX_INSTANTIATE_FOR_VECTOR_CLASSES(EstRegionTest);
+
+TEST(EstRectTest, IsToldByTheFullSize) {
+    const struct {
+        int width;
+        int height;
+        reference::Region region;
+        int rect[4];
+        int actual[4];
+    } rows[] = {
+        {512, 512, {0, 0}, {0, 0, 511, 511}, {0, 0, 511, 511}},
+        {513, 513, {0, 0}, {0, 0, 512, 512}, {0, 0, 512, 512}},
+        {513, 513, {40, 8}, {40, 8, 552, 520}, {40, 8, 552, 520}}, // kept from an earlier picture
+        {600, 300, {0, 0}, {0, 0, 512, 299}, {0, 0, 512, 299}},
+        {300, 600, {8, 16}, {8, 16, 299, 528}, {8, 16, 299, 528}},
+        {1699999, 1, {8, 0}, {8, 0, 520, 0}, {8, 0, 520, 0}},
+        {1700, 1000, {88, 16}, {88, 16, 600, 528}, {88, 16, 600, 528}}, // looked at in half size, told as it is
+        {566667, 3, {88, 0}, {88, 0, 600, 2}, {176, 0, 1200, 1024}},    // 1700001 pixels
+        {4000, 3000, {1480, 980}, {1480, 980, 1992, 1492}, {2960, 1960, 3984, 2984}},
+    };
+    for (const auto& row : rows) {
+        CImageFocus focus;
+        focus.SetSize(row.width, row.height);
+        focus.m_EstLeft = row.region.left;
+        focus.m_EstTop = row.region.top;
+        int rect[4];
+        focus.GetEstRect(rect[0], rect[1], rect[2], rect[3]);
+        EXPECT_TRUE(SameBytes(row.rect, rect, 4)) << row.width << " by " << row.height;
+        focus.GetEstRectActSize(rect[0], rect[1], rect[2], rect[3]);
+        EXPECT_TRUE(SameBytes(row.actual, rect, 4)) << row.width << " by " << row.height << ", actual size";
+    }
+}
+
+} // namespace

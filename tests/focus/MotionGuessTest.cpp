@@ -1,0 +1,247 @@
+// The guess of a motion's direction against its plain form: all costs exactly, and the whole on packed pixels.
+#include "common/GuardedBuffer.h"
+#include "common/VectorClassTest.h"
+#include "focus/GuessFills.h"
+#include "focus/Luminance.h"
+#include "focus/MotionCosts.h"
+#include "reference/guess_slow.h"
+
+#include <claribox/CImageFocus.h>
+#include <claribox/ChFunctions.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+long double Value(const focus::MotionCost& cost) {
+    return static_cast<long double>(cost.whole) + std::ldexp(static_cast<long double>(cost.fraction), -29);
+}
+
+TEST(MotionTanTableTest, HoldsTheGivenDigits) {
+    std::uint32_t sum = 2166136261u; // FNV-1a over millionths
+    for (int i = 0; i < 45; ++i) {
+        const double slope = static_cast<double>(focus::MotionTanTable[i]);
+        EXPECT_NEAR(slope, std::tan(i * std::acos(-1.0) / 180.0), 1.1e-6) << i;
+        sum = (sum ^ static_cast<std::uint32_t>(std::lround(slope * 1e6))) * 16777619u;
+    }
+    EXPECT_EQ(sum, 3872150526u);
+}
+
+class MotionGuessTest : public VectorClassTest {};
+
+TEST_P(MotionGuessTest, CostsAreExact) {
+    const struct {
+        const char* what;
+        int width;
+        int height;
+        focus::EstRect rect;
+        Fill fill;
+        int expected = -1; // degree
+    } rows[] = {
+        {"one pixel", 3, 3, {0, 0, 3, 3}, Noise},
+        {"no column", 9, 9, {3, 0, 5, 9}, Noise, 0},
+        {"no row", 9, 9, {0, 4, 9, 2}, Noise, 0},
+        {"a vector and one", 67, 9, {0, 0, 67, 9}, Noise},
+        {"a pixel less than a vector", 70, 9, {2, 1, 19, 8}, Noise},
+        {"several pieces", 1100, 6, {5, 0, 1090, 6}, Smeared},
+        {"one piece", 514, 5, {0, 0, 514, 5}, BlackOrWhite},
+        {"smooth", 150, 90, {3, 7, 140, 80}, Smeared},
+        {"noise", 131, 71, {0, 0, 130, 70}, Noise},
+        {"extremes", 131, 71, {0, 0, 130, 70}, BlackOrWhite},
+        {"beyond the width", 40, 60, {20, 10, 100, 58}, Noise},
+        {"all beyond the width", 40, 60, {200, 10, 300, 53}, Smeared},
+        {"one value", 90, 50, {0, 0, 89, 49}, Constant, 0},
+        {"rows", 90, 50, {0, 0, 89, 49}, Rows, 44},
+        {"columns", 90, 50, {0, 0, 89, 49}, Columns, 45},
+        {"rising lines", 90, 50, {0, 0, 89, 49}, RisingLines, 0},
+        {"falling lines", 90, 50, {0, 0, 89, 49}, FallingLines, 90},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.what);
+        GuardedBuffer<std::uint8_t> plane(static_cast<std::size_t>(row.width * row.height), 7);
+        for (int i = 0; i < row.width * row.height; ++i) {
+            plane.data()[i] = row.fill(i % row.width, i / row.width);
+        }
+        const reference::Plane copy(plane.data(), plane.data() + plane.size());
+        const reference::Rect rect = {row.rect.left, row.rect.top, row.rect.right, row.rect.bottom};
+        const auto expected = reference::MotionCosts<long double>(copy, row.width, rect);
+        const auto costs = focus::MotionCosts(plane.data(), row.width, row.rect);
+        for (std::size_t degree = 0; degree < costs.size(); ++degree) {
+            ASSERT_EQ(Value(costs[degree]), expected[degree]) << "degree " << degree;
+        }
+        const int guess = ChGuessMotionDirection(plane.data(), row.width, -1, rect.left, rect.top, rect.right, //
+                                                 rect.bottom);
+        EXPECT_EQ(guess, reference::GuessMotionDirection<long double>(copy, row.width, rect));
+        EXPECT_TRUE(row.expected == -1 || guess == row.expected) << guess;
+    }
+}
+
+// More pixels than the 32 bits of a packed sum hold, all of them far from their neighbours and between two of them.
+TEST(MotionGuess, CostsOfManyPixelsDoNotOverflow) {
+    constexpr int kPeriod = 4; // columns
+    constexpr int kPeriods = (9 << 21) / kPeriod;
+    const auto costsOf = [](int periods) {
+        constexpr std::uint8_t kSamples[3][kPeriod] = {{255, 0, 255, 0}, {254, 1, 253, 2}, {0, 255, 0, 255}};
+        const int width = kPeriod * periods;
+        GuardedBuffer<std::uint8_t> plane(3 * static_cast<std::size_t>(width + 2));
+        for (std::size_t i = 0; i < plane.size(); ++i) {
+            const std::size_t columns = plane.size() / 3;
+            plane.data()[i] = kSamples[i / columns][i % columns % kPeriod];
+        }
+        return focus::MotionCosts(plane.data(), width + 2, {0, 0, width + 2, 3});
+    };
+    const auto once = costsOf(1);
+    const auto often = costsOf(kPeriods);
+    for (std::size_t degree = 0; degree < once.size(); ++degree) {
+        ASSERT_EQ(Value(often[degree]), Value(once[degree]) * kPeriods) << "degree " << degree;
+    }
+}
+
+// A picture in a host's memory, in colours that differ.
+struct Picture {
+    int width;
+    int height;
+    Fill fill;
+    FoPixelFmt format = FoPixelFmt_BGR24;
+    int padding = 0;
+    bool bottomUp = false;
+    reference::Region kept = {}; // what an earlier picture left
+
+    int PixelBytes() const { return format == FoPixelFmt_BGR24 ? 3 : 4; }
+    int RowBytes() const { return width * PixelBytes() + padding; }
+    int Pitch() const { return bottomUp ? -RowBytes() : RowBytes(); }
+    std::size_t Bytes() const { return static_cast<std::size_t>(RowBytes() * height - padding); }
+    unsigned char* TopRow(unsigned char* block) const { return block + (bottomUp ? RowBytes() * (height - 1) : 0); }
+
+    void Paint(unsigned char* block) const {
+        for (int y = 0; y < height; ++y) {
+            unsigned char* const row = TopRow(block) + y * Pitch();
+            for (int x = 0; x < width; ++x) {
+                const int sample = fill(x, y);
+                row[x * PixelBytes()] = static_cast<unsigned char>(255 - sample);
+                row[x * PixelBytes() + 1] = static_cast<unsigned char>(sample);
+                row[x * PixelBytes() + 2] = static_cast<unsigned char>(sample / 2 + x % 7);
+            }
+        }
+    }
+};
+
+std::ostream& operator<<(std::ostream& stream, const Picture& picture) {
+    return stream << picture.width << " by " << picture.height << ", format " << picture.format << ", pitch "
+                  << picture.Pitch();
+}
+
+// The plain form takes a while, so that all classes share its result here; the tests above report each of them.
+TEST(MotionGuess, OfPackedPixelsIsThatOfThePlainForm) {
+    const Picture pictures[] = {
+        {97, 61, Smeared},
+        {97, 61, Noise, FoPixelFmt_BGRX32, 12, true},
+        {97, 61, Constant},
+        {1, 1, Noise},
+        {2, 700, Noise, FoPixelFmt_BGR24, 0, false, {0, 8}},
+        {512, 300, Smeared, FoPixelFmt_BGR24, 1},
+        {513, 513, Noise, FoPixelFmt_BGR24, 0, false, {40, 24}}, // reaches beyond the plane at the right and bottom
+        {600, 300, RisingLines, FoPixelFmt_BGRX32, 0, true, {320, 48}},
+        {600, 640, Smeared, FoPixelFmt_BGRX32, 4},
+        {1699999, 1, Noise},
+        {1709, 995, Smeared, FoPixelFmt_BGR24, 2},        // 1700455: half size, odd
+        {1307, 1300, Smeared},                            // 1699100: the largest kind of full size
+        {1700, 1000, Smeared, FoPixelFmt_BGR24, 0, true}, // 1700000: half size, its rectangle leaves the plane
+        {2200, 800, Smeared, FoPixelFmt_BGRX32, 8},       // the same, further
+        {800, 2200, Columns},                             // to the right of the plane
+        {800000, 3, Noise},
+        {3, 800000, Noise},
+    };
+    const simd::VectorClass before = simd::ActiveVectorClass();
+    for (const Picture& picture : pictures) {
+        SCOPED_TRACE(picture);
+        GuardedBuffer<std::uint8_t> pixels(picture.Bytes(), 1);
+        FillRandom(pixels, 3);
+        picture.Paint(pixels.data());
+        const std::vector<unsigned char> original(pixels.data(), pixels.data() + pixels.size());
+        reference::Region region = picture.kept;
+        const int expected =
+            reference::GuessMotionDegree<long double>(picture.TopRow(pixels.data()), picture.width, picture.height,
+                                                      picture.PixelBytes(), picture.Pitch(), region);
+        for (const simd::VectorClass vectorClass : simd::kVectorClasses) {
+            if (!simd::IsSupported(vectorClass)) {
+                continue;
+            }
+            SCOPED_TRACE(simd::Name(vectorClass));
+            simd::ForceVectorClass(vectorClass);
+            CImageFocus focus;
+            focus.SetSize(picture.width, picture.height);
+            focus.SetMotionDegree(77);
+            focus.m_EstLeft = picture.kept.left;
+            focus.m_EstTop = picture.kept.top;
+            EXPECT_EQ(focus.GuessMotionDegree(picture.TopRow(pixels.data()), picture.format, picture.Pitch()),
+                      expected);
+            EXPECT_EQ(focus.m_GuessedDegree, expected);
+            EXPECT_EQ(focus.GetMotionDegree(), 77);
+            EXPECT_EQ(focus.m_EstLeft, region.left);
+            EXPECT_EQ(focus.m_EstTop, region.top);
+        }
+        EXPECT_TRUE(SameBytes(original.data(), pixels.data(), pixels.size()));
+    }
+    simd::ForceVectorClass(before);
+}
+
+TEST(MotionGuess, OfUnknownFormatReadsNoPixels) {
+    CImageFocus focus;
+    focus.SetSize(70, 50);
+    EXPECT_EQ(focus.GuessMotionDegree(nullptr, static_cast<FoPixelFmt>(2), 0), 0);
+}
+
+TEST_P(MotionGuessTest, LuminanceIsWeighedWith256PartsAndPicked) {
+    const Picture pictures[] = {{70, 3, Noise},
+                                {4201, 5, Noise, FoPixelFmt_BGR24, 5},
+                                {4201, 5, Noise, FoPixelFmt_BGRX32, 0, true},
+                                {4, 2, BlackOrWhite}};
+    for (const Picture& picture : pictures) {
+        SCOPED_TRACE(picture);
+        GuardedBuffer<std::uint8_t> pixels(picture.Bytes(), 1);
+        picture.Paint(pixels.data());
+        constexpr std::uint8_t kColours[] = {255, 255, 255, 0, 0, 255}; // white, then red
+        std::copy_n(kColours, 3, picture.TopRow(pixels.data()));
+        std::copy_n(kColours + 3, 3, picture.TopRow(pixels.data()) + 2 * picture.PixelBytes());
+        const unsigned char* const top = picture.TopRow(pixels.data());
+        const reference::Plane full = reference::Luminance(
+            reference::Split(top, picture.width, picture.height, picture.PixelBytes(), picture.Pitch()));
+        EXPECT_EQ(full[0], 255);
+        EXPECT_EQ(full[2], 76);
+        for (const int step : {1, 2}) {
+            const reference::Plane expected = step == 1 ? full : reference::Halve(full, picture.width, picture.height);
+            const focus::LuminancePlane plane(top, picture.format, picture.Pitch(), picture.width, picture.height,
+                                              step);
+            ASSERT_EQ(static_cast<std::size_t>(plane.Width() * plane.Height()), expected.size());
+            EXPECT_TRUE(SameBytes(expected.data(), plane.Samples(), expected.size())) << "step " << step;
+        }
+    }
+}
+
+CLARIBOX_INSTANTIATE_FOR_VECTOR_CLASSES(MotionGuessTest);
+
+TEST(TrimBottomTest, KeepsAsManyRowsAsLieInThePlane) {
+    for (int width = 1; width <= 5; ++width) {
+        for (int height = 1; height <= 6; ++height) {
+            for (int right = 0; right <= 17; ++right) {
+                for (int bottom = -1; bottom <= 9; ++bottom) {
+                    int expected = bottom;
+                    while (expected > 0 && (expected - 1) * width + std::max(right, 1) - 1 >= width * height) {
+                        --expected;
+                    }
+                    const focus::EstRect trimmed = focus::TrimBottom({0, 0, right, bottom}, width, height);
+                    // Below 1 there are no pixels, however far.
+                    ASSERT_EQ(std::max(trimmed.bottom, 0), std::max(expected, 0))
+                        << width << " by " << height << ", right " << right << ", bottom " << bottom;
+                    ASSERT_EQ(trimmed.right, right);
+                }
+            }
+        }
+    }
+}
+
+} // namespace
