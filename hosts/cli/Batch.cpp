@@ -101,42 +101,34 @@ void Batch::Tell(const Task& task, const std::vector<std::string>& losses) {
     m_Messages.Warning(task.input, text);
 }
 
-/// What libvips throws, in our words.
-template <typename Step>
-auto Try(const std::string& what, Step step) {
-    try {
-        return step();
-    } catch (const vips::VError&) {
-        throw PictureError(what + " (" + VipsComplaint() + ")");
-    }
-}
-
 void Batch::Process(const Task& task) {
     StopIfInterrupted();
-    Picture picture =
-        Try("is no picture that can be read, such as JPEG, PNG, TIFF or WebP", [&] { return Picture(task.input); });
-    if (const std::string misfit = m_Operation.misfit(m_Settings, picture.SmallerSide()); !misfit.empty()) {
+    Picture picture(task.input);
+    if (m_Operation.luminanceAlone) {
+        picture.ReduceToLuminance();
+    }
+    const PictureShape shape = picture.Shape();
+    if (const std::string misfit = m_Operation.misfit(m_Settings, shape); !misfit.empty()) {
         throw PictureError(misfit);
     }
     const PictureWriter writer = IsDevice(task.output) ? PictureWriter(picture.Image()) : PictureWriter(task.output);
-    const PictureShape shape = picture.Shape();
-    const std::int64_t needed = EstimateBytes(shape, m_Operation.workingBytes(m_Settings, shape.pixels), writer.Name());
+    const std::int64_t needed = EstimateBytes(shape, m_Operation.workingBytes(m_Settings, shape), writer.Name());
     const MemoryBudget::Share share(m_Budget, needed);
     std::vector<std::string> losses = picture.Losses();
     std::ranges::move(writer.Losses(picture.Image()), std::back_inserter(losses));
     Tell(task, losses);
     StopIfInterrupted();
-    Try("cannot be read to its end, it may be damaged or cut short", [&] { picture.Decode(); });
+    picture.Decode();
     StopIfInterrupted();
-    std::string report;
+    Report report;
     picture.Apply([&](const PackedPixels& pixels) { report = m_Operation.apply(m_Settings, pixels); });
-    if (m_Settings.verbose && !report.empty()) {
-        m_Messages.Note(task.input, report);
+    if ((m_Settings.verbose || report.unasked) && !report.text.empty()) {
+        m_Messages.Note(task.input, report.text);
     }
     StopIfInterrupted();
     OutputFile output(task.output, m_Settings.force);
-    Try("its output '" + task.output + "' cannot be written",
-        [&] { writer.Write(picture.Image(), output.WritePath(), m_Settings.quality); });
+    TryVips("its output '" + task.output + "' cannot be written",
+            [&] { writer.Write(picture.Image(), output.WritePath(), m_Settings.quality); });
     StopIfInterrupted();
     output.Commit();
 }

@@ -2,24 +2,23 @@
 
 #include "Errors.h"
 #include "ManPage.h"
+#include "ParseNumber.h"
 
 #include <CLI/CLI.hpp>
 
-#include <charconv>
 #include <iostream>
 
 namespace cli {
 namespace {
 
 /// Parses all of `text` or throws with the range.
-int ParseWholeNumber(const std::string& option, const std::string& text, const WholeNumber& target) {
-    int value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || value < target.low || value > target.high) {
+int RequireWholeNumber(const std::string& option, const std::string& text, const WholeNumber& target) {
+    const std::optional<int> value = ParseWholeNumber(text, target.low, target.high);
+    if (!value) {
         throw UsageError(option + " takes a whole number from " + std::to_string(target.low) + " to " +
                          std::to_string(target.high) + ", not '" + text + "'");
     }
-    return value;
+    return *value;
 }
 
 /// Adds the option of one row to `app`, storing into `settings`.
@@ -27,7 +26,7 @@ void AddOption(CLI::App& app, const OptionRow& row, Settings& settings) {
     CLI::Option* option = nullptr;
     if (const auto* number = std::get_if<WholeNumber>(&row.target)) {
         const auto store = [&row, number, &settings](const std::string& text) {
-            settings.*number->field = ParseWholeNumber(row.name, text, *number);
+            settings.*number->field = RequireWholeNumber(row.name, text, *number);
         };
         option = app.add_option_function<std::string>(row.name, store, RangeAndHelp(row));
         option->default_str(std::to_string(settings.*number->field));
@@ -60,7 +59,8 @@ std::optional<Request> ParseCommandLine(int argc, const char* const* argv) {
         throw UsageError("no verb given; use one of " + VerbNames() + ", or --help");
     }
     const std::string first = argv[1];
-    if (!first.starts_with('-') && !FindVerb(first)) {
+    const Verb* const verb = FindVerb(first);
+    if (!first.starts_with('-') && !verb) {
         throw UsageError("unknown verb '" + first + "'; use one of " + VerbNames());
     }
 
@@ -71,21 +71,21 @@ std::optional<Request> ParseCommandLine(int argc, const char* const* argv) {
     app.add_flag("--man", manPage, "print the manual page, for man -l");
     app.footer(std::string("Exit status: ") + ExitStatusHelp());
     app.allow_extras(); // and its verbs after it: unknown words are named below
-    for (const Verb& verb : Verbs()) {
-        CLI::App* sub = app.add_subcommand(verb.name, verb.summary);
-        for (const OptionRow& row : verb.options) {
+    for (const Verb& each : Verbs()) {
+        CLI::App* sub = app.add_subcommand(each.name, each.summary);
+        for (const OptionRow& row : each.options) {
             AddOption(*sub, row, request.settings);
         }
-        sub->callback([&request, &verb] { request.verb = &verb; });
+        sub->callback([&request, &each] { request.verb = &each; });
     }
-    const std::string prefix = FindVerb(first) ? first + ": " : "";
-    const std::string command = "claribox " + (prefix.empty() ? "VERB" : first);
+    const std::string prefix = verb ? first + ": " : "";
+    const std::string command = "claribox " + (verb ? first : "VERB");
     try {
         app.parse(argc, argv);
     } catch (const UsageError& error) {
         throw UsageError(prefix + error.what());
     } catch (const CLI::RequiredError& error) {
-        throw UsageError(prefix + error.what() + "; usage: " + command + " IN... -o OUT [OPTIONS]");
+        throw UsageError(prefix + error.what() + "; usage: " + command + Usage(verb ? *verb : Verbs().front()));
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) {
             app.exit(error, std::cout, std::cerr);

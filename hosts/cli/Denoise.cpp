@@ -37,23 +37,6 @@ constexpr int Fixed(double factor) {
     return static_cast<int>(factor * 65536.0 + (factor < 0.0 ? -0.5 : 0.5));
 }
 
-/// Calls work(red, green, blue, index) with each pixel. The colours stand in the order red, green, blue.
-template <typename Work>
-void ForEachPixel(const PackedPixels& pixels, Work work) {
-    const int bytes = pixels.format == FoPixelFmt_BGR24 ? 3 : 4;
-    std::size_t index = 0;
-    for (int row = 0; row < pixels.height; ++row) {
-        unsigned char* at = pixels.data + static_cast<std::ptrdiff_t>(row) * pixels.pitch;
-        for (int column = 0; column < pixels.width; ++column, at += bytes, ++index) {
-            work(at[0], at[1], at[2], index);
-        }
-    }
-}
-
-std::size_t CountOf(const PackedPixels& pixels) {
-    return static_cast<std::size_t>(pixels.width) * static_cast<std::size_t>(pixels.height);
-}
-
 YuvPlanes ToYuv(const PackedPixels& pixels) {
     YuvPlanes planes(CountOf(pixels));
     ForEachPixel(pixels, [&](int r, int g, int b, std::size_t k) {
@@ -82,7 +65,7 @@ CImageDenoiser SizedFor(const PackedPixels& pixels) {
     return denoiser;
 }
 
-std::string Report(const CImageDenoiser& denoiser) {
+std::string Measured(const CImageDenoiser& denoiser) {
     float threshold = 0.0f;
     float second = 0.0f;
     denoiser.GetThreshold(threshold, second);
@@ -102,7 +85,7 @@ std::string Report(const CImageDenoiser& denoiser) {
 
 } // namespace
 
-std::string DenoisePixels(const Settings& settings, const PackedPixels& pixels) {
+Report DenoisePixels(const Settings& settings, const PackedPixels& pixels) {
     YuvPlanes planes = ToYuv(pixels);
     CImageDenoiser denoiser = SizedFor(pixels);
     denoiser.SetThresholdType(settings.rule);
@@ -112,10 +95,10 @@ std::string DenoisePixels(const Settings& settings, const PackedPixels& pixels) 
     }
     denoiser.Denoise_YUV(planes.y.data(), planes.u.data(), planes.v.data());
     FromYuv(planes, pixels);
-    return Report(denoiser);
+    return {Measured(denoiser)};
 }
 
-std::string ShowBand(const Settings& settings, const PackedPixels& pixels) {
+Report ShowBand(const Settings& settings, const PackedPixels& pixels) {
     YuvPlanes planes = ToYuv(pixels);
     SizedFor(pixels).ShowFreqBand(planes.y.data(), settings.band);
     ForEachPixel(pixels,
@@ -123,25 +106,27 @@ std::string ShowBand(const Settings& settings, const PackedPixels& pixels) {
     return {};
 }
 
-std::string BandMisfit(const Settings&, int smallerSide) {
+std::string BandMisfit(const Settings&, const PictureShape& shape) {
+    const int smallerSide = shape.SmallerSide();
     return smallerSide > LargestTooSmall
                ? ""
                : "has a side of " + std::to_string(smallerSide) + " pixels; take a picture of " +
                      std::to_string(LargestTooSmall + 1) + " or more on both sides";
 }
 
-std::string DenoiseMisfit(const Settings& settings, int smallerSide) {
+std::string DenoiseMisfit(const Settings& settings, const PictureShape& shape) {
+    const int smallerSide = shape.SmallerSide();
     if (smallerSide <= LargestTooSmall || settings.threshold || smallerSide >= SmallestMeasured) {
-        return BandMisfit(settings, smallerSide);
+        return BandMisfit(settings, shape);
     }
     const std::string least = std::to_string(SmallestMeasured);
     return "is smaller than the " + least + " by " + least +
            " pixels on which noise is measured; give --threshold a number, such as 5";
 }
 
-std::int64_t DenoiseWorkingBytes(const Settings&, std::int64_t pixels) {
+std::int64_t DenoiseWorkingBytes(const Settings&, const PictureShape& shape) {
     constexpr std::int64_t scratch = std::int64_t{2} << 20;
-    return 3 * pixels + 2 * 4 * pixels + scratch;
+    return (3 + 2 * 4) * shape.Pixels() + scratch;
 }
 
 void ParseThreshold(Settings& settings, const std::string& option, const std::string& text) {

@@ -1,7 +1,9 @@
 // The verbs on noise and frequency ranges: colour conversion around the library's denoiser.
 #pragma once
 
+#include "Memory.h"
 #include "PackedPixels.h"
+#include "Report.h"
 #include "Settings.h"
 
 #include <cstdint>
@@ -12,17 +14,17 @@ namespace cli {
 /// Denoises luminance and chrominance and converts back; returns which threshold was used and where it was measured.
 /// Red, green and blue become full-range BT.601 luminance and chrominance and return from them, both rounded to the
 /// nearest byte, as in JPEG files (ITU-T T.871); greyscale passes through unrounded.
-std::string DenoisePixels(const Settings& settings, const PackedPixels& pixels);
+Report DenoisePixels(const Settings& settings, const PackedPixels& pixels);
 
 /// Replaces the pixels by one frequency range of their luminance, in grey.
-std::string ShowBand(const Settings& settings, const PackedPixels& pixels);
+Report ShowBand(const Settings& settings, const PackedPixels& pixels);
 
-/// Why a picture of this smaller side cannot be denoised, or split into ranges, with these settings.
-std::string DenoiseMisfit(const Settings& settings, int smallerSide);
-std::string BandMisfit(const Settings& settings, int smallerSide);
+/// Why a picture of this shape cannot be denoised, or split into ranges, with these settings.
+std::string DenoiseMisfit(const Settings& settings, const PictureShape& shape);
+std::string BandMisfit(const Settings& settings, const PictureShape& shape);
 
 /// Bytes both take beside the picture.
-std::int64_t DenoiseWorkingBytes(const Settings& settings, std::int64_t pixels);
+std::int64_t DenoiseWorkingBytes(const Settings& settings, const PictureShape& shape);
 
 /// Read the text of an option into the settings or throw `UsageError`, which names `option`.
 void ParseThreshold(Settings& settings, const std::string& option, const std::string& text);

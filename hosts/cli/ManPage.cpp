@@ -1,5 +1,6 @@
 #include "ManPage.h"
 
+#include <algorithm>
 #include <string_view>
 
 namespace cli {
@@ -22,18 +23,10 @@ std::string DefaultOf(const OptionRow& row) {
         return {};
     }
     if (const auto* parsed = std::get_if<ParsedText>(&row.target)) {
-        return " (default " + std::string(parsed->initial) + ")";
+        return *parsed->initial ? " (default " + std::string(parsed->initial) + ")" : "";
     }
     const auto* number = std::get_if<WholeNumber>(&row.target);
     return number ? " (default " + std::to_string(Settings{}.*number->field) + ")" : "";
-}
-
-/// What follows the verb on the command line.
-std::string Usage(const Verb& verb) {
-    if (std::holds_alternative<PixelOperation>(verb.action)) {
-        return "[OPTIONS] IN... \\-o OUT\n";
-    }
-    return verb.options.empty() ? "" : "[OPTIONS]\n";
 }
 
 std::string VerbSection(const Verb& verb) {
@@ -46,6 +39,14 @@ std::string VerbSection(const Verb& verb) {
 }
 
 } // namespace
+
+std::string Usage(const Verb& verb) {
+    const auto has = [&](std::string_view name) {
+        return std::ranges::any_of(verb.options, [&](const OptionRow& row) { return name == row.name; });
+    };
+    return std::string(has("IN") ? " IN..." : "") + (has("-o,--output") ? " -o OUT" : "") +
+           (verb.options.empty() ? "" : " [OPTIONS]");
+}
 
 std::string RangeAndHelp(const OptionRow& row) {
     const auto* number = std::get_if<WholeNumber>(&row.target);
@@ -64,7 +65,7 @@ std::string ManPage() {
     std::string page = ".TH CLARIBOX 1 \"\" \"claribox " CLARIBOX_VERSION "\"\n"
                        ".SH NAME\nclaribox \\- blurs, sharpens and restores pictures\n.SH SYNOPSIS\n";
     for (const Verb& verb : Verbs()) {
-        page += ".B claribox " + Roff(verb.name) + "\n" + Usage(verb) + ".br\n";
+        page += ".B claribox " + Roff(verb.name) + "\n" + Roff(Usage(verb).substr(1)) + "\n.br\n";
     }
     page += ".SH DESCRIPTION\n"
             "One verb is one operation. EXIF orientation is applied to the pixels; EXIF, ICC profile, XMP and "

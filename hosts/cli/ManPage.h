@@ -7,6 +7,9 @@
 
 namespace cli {
 
+/// What follows the verb on the command line, such as " IN... -o OUT [OPTIONS]".
+std::string Usage(const Verb& verb);
+
 /// "1 to 50: radius of ...", or the bare help of an option that is no number.
 std::string RangeAndHelp(const OptionRow& row);
 

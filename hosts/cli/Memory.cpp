@@ -39,9 +39,9 @@ constexpr std::int64_t OtherCoderCost = 8;
 std::int64_t CoderBytes(const std::string& name, const PictureShape& shape) {
     const auto* row = std::ranges::find_if(Coders, [&](const CoderCost& cost) { return name.starts_with(cost.name); });
     if (row == std::end(Coders)) {
-        return shape.pixels * OtherCoderCost;
+        return shape.Pixels() * OtherCoderCost;
     }
-    return shape.pixels * (shape.bands % 2 == 0 ? row->withAlpha : row->opaque);
+    return shape.Pixels() * (shape.bands % 2 == 0 ? row->withAlpha : row->opaque);
 }
 
 constexpr std::int64_t Unlimited = std::numeric_limits<std::int64_t>::max();
@@ -89,11 +89,11 @@ std::int64_t AddressSpaceFreeBytes() {
 } // namespace
 
 std::int64_t EstimateBytes(const PictureShape& shape, std::int64_t workingBytes, const std::string& writer) {
-    const std::int64_t picture = shape.pixels * shape.bands;
-    const std::int64_t decoding = std::max(CoderBytes(shape.reader, shape), shape.pixels * shape.storedBytesPerPixel);
+    const std::int64_t picture = shape.Pixels() * shape.bands;
+    const std::int64_t decoding = std::max(CoderBytes(shape.reader, shape), shape.Pixels() * shape.storedBytesPerPixel);
     const std::int64_t turning = shape.turned ? picture : 0;
     // Greyscale is spread over three channels for the library.
-    const std::int64_t working = workingBytes + (shape.bands < 3 ? 3 * shape.pixels : 0);
+    const std::int64_t working = workingBytes + (shape.bands < 3 ? 3 * shape.Pixels() : 0);
     return picture + std::max({decoding, turning, working, CoderBytes(writer, shape)}) + FixedBytes;
 }
 

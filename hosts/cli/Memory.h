@@ -1,6 +1,8 @@
-// How much memory a picture will take, how much there is, and pictures waiting until enough of it is free.
+// What there is to know of a picture before it is decoded: its shape, how much memory it will take, how much there is,
+// and pictures waiting until enough of it is free.
 #pragma once
 
+#include <algorithm>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -8,13 +10,17 @@
 
 namespace cli {
 
-/// What the estimate needs to know of a picture.
+/// What the checks and the estimate need to know of a picture.
 struct PictureShape {
-    std::int64_t pixels;
+    int width; ///< as stored: turning may exchange it with the height
+    int height;
     int bands;               ///< as it is worked on: 1 to 4 bytes a pixel
     int storedBytesPerPixel; ///< as it is decoded
     bool turned;             ///< orientation has to be applied, which takes a second copy
     std::string reader;      ///< libvips' name of it, such as "jpegload"
+
+    int SmallerSide() const { return std::min(width, height); }
+    std::int64_t Pixels() const { return std::int64_t{width} * height; }
 };
 
 /// An upper estimate of the bytes one picture takes at its peak; `workingBytes` are the operation's own, `writer` is

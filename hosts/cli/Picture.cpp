@@ -1,7 +1,5 @@
 #include "Picture.h"
 
-#include "Errors.h"
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -80,10 +78,16 @@ bool IsRgb(VipsInterpretation space) {
 
 } // namespace
 
-Picture::Picture(const std::string& path)
-    : m_Image(OpenSequentially(path)),
-      m_StoredBytesPerPixel(static_cast<int>(VIPS_IMAGE_SIZEOF_PEL(m_Image.get_image()))),
-      m_Turned(HeaderNumber(m_Image, VIPS_META_ORIENTATION, 1) > 1) {
+Picture::Picture(const std::string& path) {
+    TryVips("is no picture that can be read, such as JPEG, PNG, TIFF or WebP", [&] {
+        m_Image = OpenSequentially(path);
+        Prepare();
+    });
+}
+
+void Picture::Prepare() {
+    m_StoredBytesPerPixel = static_cast<int>(VIPS_IMAGE_SIZEOF_PEL(m_Image.get_image()));
+    m_Turned = HeaderNumber(m_Image, VIPS_META_ORIENTATION, 1) > 1;
     if (const int pages = HeaderNumber(m_Image, VIPS_META_N_PAGES, 1);
         pages > 1 && HasSeparatePages(HeaderText(m_Image, VIPS_META_LOADER))) {
         m_Losses.push_back("only the first of its " + std::to_string(pages) + " pages is taken");
@@ -163,18 +167,30 @@ void Picture::ConvertToRgbOrGrey() {
     }
 }
 
-int Picture::SmallerSide() const {
-    return std::min(m_Image.width(), m_Image.height());
+PictureShape Picture::Shape() const {
+    return {m_Image.width(),       m_Image.height(), m_Image.bands(),
+            m_StoredBytesPerPixel, m_Turned,         HeaderText(m_Image, VIPS_META_LOADER)};
 }
 
-PictureShape Picture::Shape() const {
-    return {std::int64_t{m_Image.width()} * m_Image.height(), m_Image.bands(), m_StoredBytesPerPixel, m_Turned,
-            HeaderText(m_Image, VIPS_META_LOADER)};
+void Picture::ReduceToLuminance() {
+    if (m_Image.bands() >= 3) {
+        const vips::VImage weights = vips::VImage::new_matrixv(3, 1, 0.299, 0.587, 0.114);
+        m_Image = m_Image.extract_band(0, vips::VImage::option()->set("n", 3))
+                      .recomb(weights)
+                      .rint()
+                      .cast(VIPS_FORMAT_UCHAR)
+                      .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_B_W));
+        m_Image.remove(VIPS_META_ICC_NAME); // it spoke of colours
+    } else {
+        m_Image = m_Image.extract_band(0);
+    }
 }
 
 void Picture::Decode() {
-    vips::VImage decoded = OwnCopy(m_Image);
-    m_Image = m_Turned ? OwnCopy(decoded.autorot()) : decoded;
+    m_Image = TryVips("cannot be read to its end, it may be damaged or cut short", [&] {
+        const vips::VImage decoded = OwnCopy(m_Image);
+        return m_Turned ? OwnCopy(decoded.autorot()) : decoded;
+    });
     // The preview that cameras put into EXIF would go on showing the picture as it was.
     m_Image.remove("jpeg-thumbnail-data");
 }

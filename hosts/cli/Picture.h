@@ -1,6 +1,7 @@
 // One picture: read through libvips, upright and of 8 bits a sample, and worked on in place.
 #pragma once
 
+#include "Errors.h"
 #include "Memory.h"
 #include "PackedPixels.h"
 
@@ -12,15 +13,17 @@
 
 namespace cli {
 
-/// Not for use from two threads at once. What fails throws `PictureError` or `vips::VError`.
+/// Not for use from two threads at once. What fails throws `PictureError`.
 class Picture {
 public:
     /// Reads the header only. Refuses pictures of one pixel, those whose bytes cannot be counted in 32 bits, and what
     /// is neither greyscale nor colour.
     explicit Picture(const std::string& path);
 
-    int SmallerSide() const;
     PictureShape Shape() const;
+
+    /// To be called before `Decode`: leaves the luminance of BT.601 alone, as greyscale without alpha.
+    void ReduceToLuminance();
 
     /// What the 8-bit upright picture lacks of the stored one, a sentence each; empty for most pictures.
     const std::vector<std::string>& Losses() const { return m_Losses; }
@@ -37,6 +40,7 @@ public:
     const vips::VImage& Image() const { return m_Image; }
 
 private:
+    void Prepare();
     void RefuseUnfitSizes() const;
     void ReduceToEightBits();
     void ConvertToRgbOrGrey();
@@ -44,11 +48,21 @@ private:
     // The image keeps all it was read with: building a new one around the pixels would lose most fields.
     vips::VImage m_Image;
     std::vector<std::string> m_Losses;
-    int m_StoredBytesPerPixel;
-    bool m_Turned;
+    int m_StoredBytesPerPixel = 0;
+    bool m_Turned = false;
 };
 
 /// What libvips says went wrong, in one line. It is then forgotten, so that the next fault starts anew.
 std::string VipsComplaint();
+
+/// Takes a step of libvips; where it fails, `PictureError` says `what` went wrong and how libvips puts it.
+template <typename Step>
+auto TryVips(const std::string& what, Step step) {
+    try {
+        return step();
+    } catch (const vips::VError&) {
+        throw PictureError(what + " (" + VipsComplaint() + ")");
+    }
+}
 
 } // namespace cli

@@ -25,27 +25,27 @@ bool IsFolder(const fs::path& path) {
     return fs::is_directory(path, none);
 }
 
-void RequireWritableFolder(const fs::path& folder) {
+void RequireWritableFolder(const fs::path& folder, const std::string& option) {
     const fs::path named = folder.empty() ? "." : folder;
     if (!IsFolder(named)) {
-        throw UsageError("-o: there is no folder " + Quoted(named) + "; name an existing one");
+        throw UsageError(option + ": there is no folder " + Quoted(named) + "; name an existing one");
     }
     if (access(named.c_str(), W_OK | X_OK) != 0) {
-        throw UsageError("-o: no permission to write into folder " + Quoted(named) + "; name another");
+        throw UsageError(option + ": no permission to write into folder " + Quoted(named) + "; name another");
     }
 }
 
 /// Several pictures go into a folder, which may be new.
-void PrepareFolder(const fs::path& folder) {
+void PrepareFolder(const fs::path& folder, const std::string& option) {
     std::error_code error;
     if (fs::exists(folder) && !IsFolder(folder)) {
-        throw UsageError("-o: " + Quoted(folder) + " is a file; several pictures need a folder");
+        throw UsageError(option + ": " + Quoted(folder) + " is a file; several pictures need a folder");
     }
     fs::create_directory(folder, error);
     if (error) {
-        throw UsageError("-o: cannot create folder " + Quoted(folder) + ": " + error.message());
+        throw UsageError(option + ": cannot create folder " + Quoted(folder) + ": " + error.message());
     }
-    RequireWritableFolder(folder);
+    RequireWritableFolder(folder, option);
 }
 
 std::string InputProblem(const fs::path& input) {
@@ -90,7 +90,7 @@ bool IsSameFile(const fs::path& one, const fs::path& other) {
 }
 
 /// Inputs that are missing have no file to protect, and no file of their own to be found again.
-void ProtectInputs(const std::vector<Task>& tasks) {
+void ProtectInputs(const std::vector<Task>& tasks, const std::string& option) {
     for (const Task& writing : tasks) {
         std::error_code none;
         if (!fs::exists(writing.output, none) || IsDevice(writing.output)) {
@@ -98,49 +98,57 @@ void ProtectInputs(const std::vector<Task>& tasks) {
         }
         for (const Task& reading : tasks) {
             if (IsSameFile(writing.output, reading.input)) {
-                throw UsageError("-o: the output " + Quoted(writing.output) + " is the input " + Quoted(reading.input) +
-                                 "; name another place, no input is ever replaced");
+                throw UsageError(option + ": the output " + Quoted(writing.output) + " is the input " +
+                                 Quoted(reading.input) + "; name another place, no input is ever replaced");
             }
         }
     }
 }
 
-void RefuseSharedOutputs(const std::vector<Task>& tasks) {
+void RefuseSharedOutputs(const std::vector<Task>& tasks, const std::string& option) {
     std::map<std::string, std::string> inputOf;
     for (const Task& task : tasks) {
         const auto [first, isNew] = inputOf.emplace(task.output, task.input);
         if (!isNew) {
-            throw UsageError("-o: " + Quoted(first->second) + " and " + Quoted(task.input) + " would both become " +
-                             Quoted(task.output) + "; write them into different folders");
+            throw UsageError(option + ": " + Quoted(first->second) + " and " + Quoted(task.input) +
+                             " would both become " + Quoted(task.output) + "; write them into different folders");
         }
     }
 }
 
 } // namespace
 
-std::vector<Task> PlanTasks(const Settings& settings) {
+std::vector<Task> PlanTasks(const Settings& settings, const std::string& option) {
     const fs::path output = settings.output;
     const bool batch = settings.inputs.size() > 1;
     if (!batch && (IsFolder(output) || output.filename().empty())) {
-        throw UsageError("-o: '" + settings.output + "' is a folder; for one picture name a file, such as " +
+        throw UsageError(option + ": '" + settings.output + "' is a folder; for one picture name a file, such as " +
                          Quoted(output / fs::path(settings.inputs.front()).filename()));
     }
     std::vector<Task> tasks;
     for (const std::string& input : settings.inputs) {
         tasks.push_back({input, batch ? (output / fs::path(input).filename()).string() : settings.output, {}});
     }
-    RefuseSharedOutputs(tasks);
-    ProtectInputs(tasks);
+    RefuseSharedOutputs(tasks, option);
+    ProtectInputs(tasks, option);
     if (batch) {
-        PrepareFolder(output);
+        PrepareFolder(output, option);
     } else if (!IsDevice(output)) {
-        RequireWritableFolder(output.parent_path());
+        RequireWritableFolder(output.parent_path(), option);
     }
     for (Task& task : tasks) {
         task.problem = InputProblem(task.input);
         if (task.problem.empty()) {
             task.problem = OutputProblem(task.output, settings.force);
         }
+    }
+    return tasks;
+}
+
+std::vector<Task> PlanReading(const Settings& settings) {
+    std::vector<Task> tasks;
+    for (const std::string& input : settings.inputs) {
+        tasks.push_back({input, {}, InputProblem(input)});
     }
     return tasks;
 }

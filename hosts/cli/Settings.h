@@ -13,11 +13,13 @@ struct Settings {
     int radius = 3;                 ///< pixels
     int length = 15;                ///< pixels
     int degree = 30;                ///< counter-clockwise from the right
+    bool guessDegree = false;       ///< the degree is guessed on each picture instead
     std::optional<float> threshold; ///< in grey levels; none: measured on the picture
     int rule = 0;                   ///< of shrinkage: 0 soft, 1 hard, 2 garrote
     int band = 0;                   ///< of frequencies: 0 finest detail, 1 middle, 2 coarse rest
     int quality = 92;
-    int jobs = 0; ///< 0: one for each processor
+    int jobs = 0;         ///< 0: one for each processor
+    bool centred = false; ///< the zero frequency in the middle
     bool force = false;
     bool strict = false;
     bool json = false;

@@ -1,7 +1,11 @@
 #include "Verbs.h"
 
 #include "Denoise.h"
+#include "Errors.h"
+#include "Frequency.h"
+#include "GuessReport.h"
 #include "Info.h"
+#include "ParseNumber.h"
 
 #include <claribox/ChFunctions.h>
 
@@ -26,20 +30,12 @@ constexpr int LargestDegree = 360;
 
 constexpr int LargestBand = 2;
 
-std::string SideMisfit(const char* option, int value, int largest) {
-    if (value <= largest) {
-        return {};
-    }
-    return std::string(option) + " " + std::to_string(value) + " is too large for this picture; " +
-           (largest > 0 ? "give at most " + std::to_string(largest) : "no value fits so small a picture");
+std::string RadiusMisfit(const Settings& settings, const PictureShape& shape) {
+    return SideMisfit("--radius", settings.radius, shape.SmallerSide());
 }
 
-std::string RadiusMisfit(const Settings& settings, int smallerSide) {
-    return SideMisfit("--radius", settings.radius, smallerSide);
-}
-
-std::string LengthMisfit(const Settings& settings, int smallerSide) {
-    return SideMisfit("--length", settings.length, smallerSide - 1);
+std::string LengthMisfit(const Settings& settings, const PictureShape& shape) {
+    return SideMisfit("--length", settings.length, shape.SmallerSide() - 1);
 }
 
 /// Three byte planes, and a kernel of the given half-size as floats and as integers.
@@ -48,12 +44,12 @@ std::int64_t PlanesAndKernel(std::int64_t pixels, std::int64_t half) {
     return 3 * pixels + 2 * 4 * side * side;
 }
 
-std::int64_t RadiusWorkingBytes(const Settings& settings, std::int64_t pixels) {
-    return PlanesAndKernel(pixels, settings.radius);
+std::int64_t RadiusWorkingBytes(const Settings& settings, const PictureShape& shape) {
+    return PlanesAndKernel(shape.Pixels(), settings.radius);
 }
 
-std::int64_t LengthWorkingBytes(const Settings& settings, std::int64_t pixels) {
-    return PlanesAndKernel(pixels, settings.length);
+std::int64_t LengthWorkingBytes(const Settings& settings, const PictureShape& shape) {
+    return PlanesAndKernel(shape.Pixels(), settings.length);
 }
 
 std::string NoCaution(const Settings&) {
@@ -87,14 +83,14 @@ CImageFocus SizedFor(const PackedPixels& pixels) {
     return focus;
 }
 
-std::string Blur(const Settings& settings, const PackedPixels& pixels) {
+Report Blur(const Settings& settings, const PackedPixels& pixels) {
     CImageFocus focus = SizedFor(pixels);
     focus.SetRadius(settings.radius);
     focus.Blur(pixels.data, pixels.format, pixels.pitch);
     return {};
 }
 
-std::string MotionBlur(const Settings& settings, const PackedPixels& pixels) {
+Report MotionBlur(const Settings& settings, const PackedPixels& pixels) {
     CImageFocus focus = SizedFor(pixels);
     focus.SetMotionLength(settings.length);
     focus.SetMotionDegree(settings.degree);
@@ -102,18 +98,42 @@ std::string MotionBlur(const Settings& settings, const PackedPixels& pixels) {
     return {};
 }
 
-std::string DeBlur(const Settings& settings, const PackedPixels& pixels) {
+Report DeBlur(const Settings& settings, const PackedPixels& pixels) {
     CImageFocus focus = SizedFor(pixels);
     focus.SetRadius(settings.radius);
     focus.DeBlur(pixels.data, pixels.format, pixels.pitch);
     return {};
 }
 
+void ParseDegreeOrAuto(Settings& settings, const std::string& option, const std::string& text) {
+    settings.guessDegree = text == "auto";
+    if (settings.guessDegree) {
+        return;
+    }
+    const std::optional<int> degree = ParseWholeNumber(text, -LargestDegree, LargestDegree);
+    if (!degree) {
+        throw UsageError(option + " takes auto or a whole number from " + std::to_string(-LargestDegree) + " to " +
+                         std::to_string(LargestDegree) + ", not '" + text + "'");
+    }
+    settings.degree = *degree;
+}
+
+void ParsePlot(Settings& settings, const std::string& option, const std::string& text) {
+    if (!text.ends_with(".png")) {
+        throw UsageError(option + " takes the name of a file ending in .png, not '" + text + "'");
+    }
+    settings.output = text;
+}
+
+OptionRow Inputs() {
+    return {"IN", "PICTURE...", "pictures to read: JPEG, PNG, TIFF, WebP and whatever else libvips reads",
+            &Settings::inputs, true};
+}
+
 /// The options of every verb that writes pictures, after its own.
 std::vector<OptionRow> WithPictureOptions(std::vector<OptionRow> own) {
     const std::vector<OptionRow> common = {
-        {"IN", "PICTURE...", "pictures to read: JPEG, PNG, TIFF, WebP and whatever else libvips reads",
-         &Settings::inputs, true},
+        Inputs(),
         {"-o,--output", "OUT", "file to write; with several pictures the folder to write them into", &Settings::output,
          true},
         {"--quality", "N", "quality of JPEG and other lossy formats",
@@ -145,6 +165,24 @@ const std::vector<Verb>& Table() {
          WithPictureOptions({{"--radius", "N", "radius of the defocus in pixels, at most the picture's smaller side",
                               WholeNumber{&Settings::radius, 1, LargestDeblurRadius}}}),
          PixelOperation{DeBlur, RadiusMisfit, RadiusWorkingBytes, NoCaution}},
+        {"demotion-blur", "undo the smear of motion along a line",
+         WithPictureOptions(
+             {{"--length", "N", "length of the motion in pixels, at most half the picture's smaller side and 49",
+               WholeNumber{&Settings::length, 1, LargestLength}},
+              {"--degree", "N|auto",
+               "direction of the motion, counter-clockwise from the right, -360 to 360, or auto to take "
+               "what guess-motion says",
+               ParsedText{ParseDegreeOrAuto, "30"}}}),
+         PixelOperation{DeMotionBlurPixels, DeMotionBlurMisfit, DeMotionBlurWorkingBytes, NoCaution}},
+        {"guess-motion",
+         "guess in which direction pictures are smeared, from their busiest part",
+         {Inputs(),
+          {"--json", "", "print a JSON object a picture instead of text", &Settings::json},
+          {"--plot", "FILE.png",
+           "draw how badly each direction predicts the pixels, over the part that was looked at; for one picture",
+           ParsedText{ParsePlot, ""}},
+          {"--force", "", "replace an existing plot, though never the picture read", &Settings::force}},
+         PrintMotionGuesses},
         {"denoise", "remove noise from pictures",
          WithPictureOptions({{"--threshold", "auto|T",
                               "strength of the noise in grey levels, or auto to measure it, which takes a picture of "
@@ -157,6 +195,10 @@ const std::vector<Verb>& Table() {
          WithPictureOptions({{"--band", "N", "0 the finest detail, 1 the middle, 2 the coarse rest",
                               WholeNumber{&Settings::band, 0, LargestBand}, true}}),
          PixelOperation{ShowBand, BandMisfit, DenoiseWorkingBytes, NoCaution}},
+        {"spectrum", "show the power spectrum of pictures: of their luminance, on a logarithmic scale, in grey",
+         WithPictureOptions({{"--centred", "", "put the zero frequency into the middle instead of the top left corner",
+                              &Settings::centred}}),
+         PixelOperation{ShowSpectrum, SpectrumMisfit, SpectrumWorkingBytes, NoCaution, true}},
         {"info",
          "print the version and what is known of the processor",
          {{"--json", "", "print a JSON object instead of text", &Settings::json}},
@@ -166,6 +208,14 @@ const std::vector<Verb>& Table() {
 }
 
 } // namespace
+
+std::string SideMisfit(const char* option, int value, int largest) {
+    if (value <= largest) {
+        return {};
+    }
+    return std::string(option) + " " + std::to_string(value) + " is too large for this picture; " +
+           (largest > 0 ? "give at most " + std::to_string(largest) : "no value fits so small a picture");
+}
 
 std::span<const Verb> Verbs() {
     return Table();

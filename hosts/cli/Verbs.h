@@ -2,7 +2,9 @@
 // and the manual page are all made from this table; a new operation is a row here and a function beside it.
 #pragma once
 
+#include "Memory.h"
 #include "PackedPixels.h"
+#include "Report.h"
 #include "Settings.h"
 
 #include <cstdint>
@@ -24,7 +26,7 @@ struct WholeNumber {
 /// Any other text, read by a function that throws `UsageError` naming the option where it does not suit.
 struct ParsedText {
     void (*parse)(Settings& settings, const std::string& option, const std::string& text);
-    const char* initial; ///< what the default would be written as
+    const char* initial; ///< what the default would be written as; empty where there is none
 };
 
 using Target = std::variant<WholeNumber, ParsedText, bool Settings::*, std::string Settings::*,
@@ -40,17 +42,20 @@ struct OptionRow {
 
 /// An operation on the pixels of one picture.
 struct PixelOperation {
-    /// Works in place. Returns what --verbose tells of it, if anything.
-    std::string (*apply)(const Settings& settings, const PackedPixels& pixels);
+    /// Works in place.
+    Report (*apply)(const Settings& settings, const PackedPixels& pixels);
 
-    /// Says why a picture of this smaller side does not suit the settings; empty if it does.
-    std::string (*misfit)(const Settings& settings, int smallerSide);
+    /// Says why a picture of this shape does not suit the settings; empty if it does.
+    std::string (*misfit)(const Settings& settings, const PictureShape& shape);
 
-    /// Bytes the library allocates meanwhile for a picture of that many pixels.
-    std::int64_t (*workingBytes)(const Settings& settings, std::int64_t pixels);
+    /// Bytes the library allocates meanwhile for a picture of this shape.
+    std::int64_t (*workingBytes)(const Settings& settings, const PictureShape& shape);
 
     /// What the user should know about these settings whatever the picture; empty for nothing.
     std::string (*caution)(const Settings& settings);
+
+    /// Works on the luminance, and the result is one grey picture without alpha.
+    bool luminanceAlone = false;
 };
 
 struct Verb {
@@ -61,6 +66,9 @@ struct Verb {
 };
 
 std::span<const Verb> Verbs();
+
+/// "OPTION VALUE is too large for this picture; give at most LARGEST", or empty if it is not.
+std::string SideMisfit(const char* option, int value, int largest);
 
 /// The verb of this name, or null.
 const Verb* FindVerb(const std::string& name);

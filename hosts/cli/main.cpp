@@ -32,11 +32,13 @@ int main(int argc, char** argv) {
         if (!request) {
             return cli::ExitDone;
         }
+        if (!request->settings.inputs.empty()) {
+            cli::InstallSignalHandlers();
+            PrepareVips(argv[0]);
+        }
         if (const auto* print = std::get_if<int (*)(const cli::Settings&)>(&request->verb->action)) {
             return (*print)(request->settings);
         }
-        cli::InstallSignalHandlers();
-        PrepareVips(argv[0]);
         return cli::RunBatch(*request->verb, std::get<cli::PixelOperation>(request->verb->action), request->settings);
     } catch (const cli::UsageError& error) {
         cli::Messages().Error("", error.what());

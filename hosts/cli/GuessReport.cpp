@@ -1,0 +1,99 @@
+#include "GuessReport.h"
+
+#include "CostPlot.h"
+#include "Errors.h"
+#include "Messages.h"
+#include "MotionGuess.h"
+#include "OutputFile.h"
+#include "Picture.h"
+#include "Plan.h"
+#include "Signals.h"
+
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <new>
+
+namespace cli {
+namespace {
+
+std::string TextOf(const MotionGuess& guess) {
+    char time[64];
+    std::snprintf(time, sizeof time, "%.2f ms", guess.milliseconds);
+    return "degree " + std::to_string(guess.degree) + ", guessed on " + Describe(guess.region) + " in " + time;
+}
+
+std::string JsonOf(const std::string& file, const MotionGuess& guess) {
+    const nlohmann::ordered_json object = {{"file", file},
+                                           {"degree", guess.degree},
+                                           {"region",
+                                            {{"left", guess.region.left},
+                                             {"top", guess.region.top},
+                                             {"right", guess.region.right},
+                                             {"bottom", guess.region.bottom}}},
+                                           {"milliseconds", guess.milliseconds}};
+    // A file name need not be UTF-8 as JSON has to be.
+    return object.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+MotionGuess GuessAndPlot(const Settings& settings, const Task& task) {
+    StopIfInterrupted();
+    Picture picture(task.input);
+    const PictureShape shape = picture.Shape();
+    if (const std::string misfit = GuessMisfit(shape); !misfit.empty()) {
+        throw PictureError(misfit);
+    }
+    MemoryBudget budget(FreeBytes());
+    const MemoryBudget::Share share(budget, EstimateBytes(shape, GuessWorkingBytes(shape), "pngsave"));
+    picture.Decode();
+    StopIfInterrupted();
+    MotionGuess guess = {};
+    DegreeCosts costs;
+    picture.Apply(
+        [&](const PackedPixels& pixels) { guess = GuessMotion(pixels, task.output.empty() ? nullptr : &costs); });
+    if (!task.output.empty()) {
+        OutputFile output(task.output, settings.force);
+        TryVips("its plot '" + task.output + "' cannot be written",
+                [&] { WriteCostPlot(picture.Image(), guess, costs, output.WritePath()); });
+        StopIfInterrupted();
+        output.Commit();
+    }
+    return guess;
+}
+
+/// Returns whether it could be done.
+bool Print(const Settings& settings, const Task& task) {
+    try {
+        if (!task.problem.empty()) {
+            throw PictureError(task.problem);
+        }
+        const MotionGuess guess = GuessAndPlot(settings, task);
+        const std::string name = settings.inputs.size() > 1 ? task.input + ": " : "";
+        std::puts((settings.json ? JsonOf(task.input, guess) : name + TextOf(guess)).c_str());
+        return true;
+    } catch (const std::bad_alloc&) {
+        Messages().Error(task.input, "memory ran out; free some");
+    } catch (const std::exception& error) {
+        Messages().Error(task.input, error.what());
+    }
+    return false;
+}
+
+} // namespace
+
+int PrintMotionGuesses(const Settings& settings) {
+    if (!settings.output.empty() && settings.inputs.size() > 1) {
+        throw UsageError("guess-motion: --plot draws one picture; give one, or leave --plot out");
+    }
+    bool all = true;
+    try {
+        for (const Task& task : settings.output.empty() ? PlanReading(settings) : PlanTasks(settings, "--plot")) {
+            all = Print(settings, task) && all;
+        }
+    } catch (const Interrupted&) {
+        return ExitInterrupted;
+    }
+    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && all ? ExitDone : ExitPictureFailed;
+}
+
+} // namespace cli
