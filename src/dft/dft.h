@@ -72,21 +72,21 @@ using DftPackRoutine = std::int32_t (*)(const void* input, void* output, const v
 struct DftDescriptor {
     char tag[3]; ///< 'D', 'F', 'T'
     std::int32_t cfg_a;
-    std::int32_t forward_domain;
-    std::int32_t precision;
-    std::int32_t number_of_transforms;
+    std::int32_t forward_domain;       ///< 32 or 33
+    std::int32_t precision;            ///< 35 or 36
+    std::int32_t number_of_transforms; ///< 1 at creation
     std::int32_t cfg_b;
     std::int32_t cfg_c;
     std::int32_t cfg_d;
-    std::int32_t placement;
-    std::int32_t packed_format;
-    std::int32_t input_stride; ///< product of the lengths of all earlier records
+    std::int32_t placement;     ///< 43 at creation; any other value is out of place
+    std::int32_t packed_format; ///< 54 at creation
+    std::int32_t input_stride;  ///< product of the lengths of all earlier records
     std::int32_t output_stride;
     std::int32_t cfg_e;
     std::int32_t cfg_f;
-    std::int32_t ordering;
+    std::int32_t ordering; ///< 48 at creation
     std::int32_t cfg_g;
-    std::int32_t rank;
+    std::int32_t rank; ///< 1 to 7
     std::int32_t dimension_index;
     std::int32_t length;
     Complex<float>* table_single; ///< twiddles of a power of two, else null
@@ -95,10 +95,10 @@ struct DftDescriptor {
     double forward_scale_double;
     float backward_scale_single;
     double backward_scale_double;
-    std::int32_t log2_length; ///< rounded down
-    std::int32_t input_offset;
+    std::int32_t log2_length;  ///< rounded down
+    std::int32_t input_offset; ///< elements before the first; 0 at creation
     std::int32_t output_offset;
-    std::int32_t input_distance; ///< from one transform of a job to the next
+    std::int32_t input_distance; ///< from one transform of a job to the next; 0 at creation
     std::int32_t output_distance;
     std::int32_t general_length;  ///< 0: the power-of-two path serves this dimension; 1: a general plan does
     std::int32_t running_product; ///< product of the lengths up to this record; in the head, of all
@@ -116,8 +116,8 @@ struct DftDescriptor {
     DftPackRoutine real_pack_forward_single;
     DftPackRoutine real_pack_backward_double;
     DftPackRoutine real_pack_forward_double;
-    std::int32_t longest_length; ///< largest `length` of all records
-    std::int32_t commit_state;
+    std::int32_t longest_length;   ///< largest `length` of all records
+    std::int32_t commit_state;     ///< 30 or 31; 30 also after a commit that failed
     std::int32_t unsupported_flag; ///< commit refuses with DFT_UNSUPPORTED where it reads 1
     BasicDftPlan<float>* plan_complex_single;
     BasicDftPlan<double>* plan_complex_double;
@@ -133,7 +133,7 @@ struct DftDescriptor {
 /// Describes a job of `rank` dimensions, 1 to 7. The last argument is the length itself, an `int`, for rank 1, and a
 /// `const int*` to `rank` lengths, slowest dimension first, otherwise: a picture of h rows of w pixels has {h, w}.
 /// Stores the new descriptor in `*handle`, or null where it fails after the lengths were found good.
-/// DFT_BAD_ARGUMENT, DFT_UNSUPPORTED or DFT_NO_MEMORY on failure.
+/// DFT_BAD_ARGUMENT, DFT_UNSUPPORTED or DFT_NO_MEMORY on failure, the last also where 64 other threads use the engine.
 std::int32_t dfti_create_descriptor(DftDescriptor** handle, int precision, int domain, int rank, ...);
 
 /// Builds all tables and plans, after releasing those of an earlier commit. A descriptor whose commit failed can only
@@ -141,16 +141,24 @@ std::int32_t dfti_create_descriptor(DftDescriptor** handle, int precision, int d
 std::int32_t dfti_commit_descriptor(DftDescriptor* handle);
 
 /// Transforms `data`, in place or into `output`, as the descriptor's `placement` says; `output` is not looked at in
-/// place. Several threads may compute with one descriptor. DFT_BAD_ARGUMENT (null handle or data), DFT_BAD_DESCRIPTOR,
+/// place. Elements are `Complex<float>` or `Complex<double>`; of real jobs `float` or `double`, and a packed line has n
+/// of them, n + 2 (even n) or n + 1 (odd) in the full format. A job has the product of its lengths in elements, times
+/// the number of transforms, laid out by the input fields of the records; out of place the output fields lay out
+/// `output`, which does not overlap `data`, and `data` stays as it was. Transforms of one job that share elements give
+/// what one gives after the other, in no told order where threads are used.
+///
+/// Several threads may compute with one descriptor. DFT_BAD_ARGUMENT (null handle or data), DFT_BAD_DESCRIPTOR,
 /// DFT_NOT_COMMITTED, DFT_NO_MEMORY or DFT_KERNEL_FAILURE on failure; the data is then in no defined state.
 std::int32_t dfti_compute_forward(DftDescriptor* handle, void* data, void* output = nullptr);
 std::int32_t dfti_compute_backward(DftDescriptor* handle, void* data, void* output = nullptr);
 
-/// Releases the descriptor and all it owns and clears `*handle`. DFT_BAD_ARGUMENT for a null one, DFT_BAD_DESCRIPTOR.
+/// Releases the descriptor and all it owns and clears `*handle`. The caller is the thread that created it: the block of
+/// a descriptor that another thread frees is not used again. DFT_BAD_ARGUMENT for a null one, DFT_BAD_DESCRIPTOR.
 std::int32_t dfti_free_descriptor(DftDescriptor** handle);
 
 /// x[k * |increment|] *= scale for k below `count`: the level-1 operation of the Basic Linear Algebra Subprograms
 /// (Lawson, Hanson, Kincaid, Krogh 1979). A count below 1 does nothing.
+/// `increment` is not 0.
 void SSCAL(const int* count, const float* scale, float* x, const int* increment);
 
 } // namespace dft

@@ -86,6 +86,7 @@ std::int32_t BuildPowerOfTwo(const DftDescriptor& record, Complex<Real>*& table,
 }
 
 std::int32_t BuildComplex(DftDescriptor& record) {
+    // As in compute, whatever is not in place is out of place.
     const bool toAnotherLine = record.placement != DFT_INPLACE && HasUnitStrides(record);
     record.general_length = !IsPowerOfTwo(record) || toAnotherLine ? 1 : 0;
     if (record.general_length == 1) {

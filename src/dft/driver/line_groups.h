@@ -13,8 +13,8 @@ namespace dft {
 enum class StatusRule {
     kAllTested,
     /// Required: a group of less than four adjacent columns at the end of a pass runs without a look at its statuses
-    /// (DriverTest.StatusOfTheLastColumnsIsNotTested). The engine's own routines fail for lack of memory alone, which
-    /// is never passed over.
+    /// (Driver.StatusOfTheLastColumnsIsNotTested). Those of the engine's own routines are looked at all the same:
+    /// lack of memory is never passed over.
     kLastGroupUntested,
 };
 

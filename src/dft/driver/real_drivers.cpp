@@ -64,7 +64,7 @@ private:
             Real* const result = outputStride != 1 ? buffer.data() : output;
             // A routine only reads its input, unless it is the output too.
             status = Slot<Real>(*m_Head, m_Direction)(const_cast<Real*>(input), result, m_Head, work);
-            if (outputStride != 1) {
+            if (status == DFT_OK && outputStride != 1) {
                 dft_copy_strided<Real>(OutputElements(), result, 1, output, outputStride);
             }
         }

@@ -40,7 +40,8 @@ extern SystemAllocator engine_system_allocator;
 /// variable `CLARIBOX_DISABLE_FAST_MM` is set and not empty, every block comes from the system allocator directly.
 void* engine_alloc(std::size_t bytes);
 
-/// Gives a block back; the thread that allocated it must be the caller. Other pointers are ignored.
+/// Gives a block back; the thread that allocated it must be the caller. Other pointers are ignored, unless
+/// `CLARIBOX_DISABLE_FAST_MM` is set: then the system allocator gets whatever is passed.
 void engine_free(void* block);
 
 /// Releases the cached blocks of all threads. No block may be in use.
@@ -55,6 +56,7 @@ int engine_maximum_threads();
 
 /// Memory of a plan, aligned to 32 bytes; null for a count below 1 or exhausted memory. Any thread may release it.
 void* plan_alloc(std::ptrdiff_t bytes);
+/// Gives it back, on any thread; null is ignored.
 void plan_free(void* block);
 
 } // namespace dft

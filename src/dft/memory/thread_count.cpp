@@ -15,7 +15,7 @@ std::int32_t engine_serial_switch() {
         if (value == nullptr) {
             serial = std::getenv("OMP_NUM_THREADS") == nullptr ? 1 : 0;
         } else {
-            // Required: no other spelling counts, "Yes" included. Pinned by EngineMemory.SerialSwitch.
+            // Required: no other spelling counts, "Yes" included. Pinned by EngineThreads.SerialSwitch.
             const std::string_view spelling(value);
             serial = spelling == "YES" || spelling == "yes" ? 1 : 0;
         }
