@@ -4,6 +4,7 @@
 #include "DenoiseBench.h"
 #include "DftBench.h"
 #include "FocusBench.h"
+#include "GuessBench.h"
 #include "Picture.h"
 #include "processor/ProcessorCensus.h"
 #include "simd/VectorClass.h"
@@ -69,10 +70,11 @@ void Configure(std::vector<char*>& arguments) {
         pictures = {bench::MakePhotograph(512, 512), bench::MakePhotograph(640, 427),
                     bench::MakePhotograph(kLargeWidth, kLargeHeight)};
     }
-    if (!bench::CheckFocusOperations(classes) || !bench::CheckDenoiser(classes)) {
+    if (!bench::CheckFocusOperations(classes) || !bench::CheckDenoiser(classes) || !bench::CheckGuess(classes)) {
         throw std::runtime_error("results are wrong; nothing was measured");
     }
     bench::RegisterFocusBenchmarks(pictures, classes);
+    bench::RegisterGuessBenchmarks(pictures, classes);
     bench::RegisterDenoiseBenchmarks(pictures, classes);
     bench::RegisterCopyBenchmarks();
     bench::RegisterDftBenchmarks(classes);

@@ -25,6 +25,8 @@ TARGETS = {
     ("DeBlur_radius_10", "filter2D"): 0.25,
     ("Denoise_YUV", "vaguedenoiser"): 0.3,
     ("Denoise_YUV", "plain"): 0.05,
+    ("ChGuessMotionDirection", "plain"): 0.05,
+    ("GuessMotionDegree", "plain"): 0.15,
     ("DFT_2D", "FFTW"): 0.6,
 }
 # Sizes with a side whose largest prime factor is too large for the mixed-radix method.

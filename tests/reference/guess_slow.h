@@ -105,36 +105,42 @@ inline Rect RectOf(const Region& region, int width, int height, int size = 512) 
             height > size ? region.top + size : height - 1};
 }
 
-/// The cost of each degree. Throws where a read would leave the plane. Of no interest to the thread sanitizer, and slow
-/// enough without it.
+/// The sum of the errors of one degree. Of no interest to the thread sanitizer, and slow enough without it.
 template <typename Sum>
-__attribute__((no_sanitize("thread"))) std::vector<Sum> MotionCosts(const Plane& plane, int width, const Rect& rect) {
+__attribute__((no_sanitize("thread"))) Sum MotionCost(const std::uint8_t* plane, int width, const Rect& rect,
+                                                      int degree) {
+    // Columns and rows of samples A and B, counted from the pixel, by octant.
+    constexpr int kNeighbours[8][4] = {{1, -1, 1, 0},  {1, -1, 0, -1}, {-1, -1, 0, -1}, {-1, -1, -1, 0},
+                                       {-1, 1, -1, 0}, {-1, 1, 0, 1},  {1, 1, 0, 1},    {1, 1, 1, 0}};
+    const int octant = degree / 45;
+    const int(&neighbours)[4] = kNeighbours[octant];
+    const std::ptrdiff_t toA = neighbours[0] + static_cast<std::ptrdiff_t>(neighbours[1]) * width;
+    const std::ptrdiff_t toB = neighbours[2] + static_cast<std::ptrdiff_t>(neighbours[3]) * width;
+    const double t = static_cast<double>(focus::MotionTanTable[octant % 2 == 0 ? degree % 45 : 44 - degree % 45]);
+    Sum cost = 0;
+    for (int y = rect.top + 1; y < rect.bottom - 1; ++y) {
+        const std::uint8_t* const row = plane + static_cast<std::ptrdiff_t>(y) * width;
+        for (int x = rect.left + 1; x < rect.right - 1; ++x) {
+            const double a = row[x + toA];
+            const double b = row[x + toB];
+            cost += static_cast<Sum>(std::abs(a + (b - a) * t - row[x]));
+        }
+    }
+    return cost;
+}
+
+/// The cost of each degree. Throws where a read would leave the plane.
+template <typename Sum>
+std::vector<Sum> MotionCosts(const Plane& plane, int width, const Rect& rect) {
     if (rect.right - 1 > rect.left + 1 && rect.bottom - 1 > rect.top + 1 &&
         static_cast<std::size_t>(rect.bottom - 1) * static_cast<std::size_t>(width) +
                 static_cast<std::size_t>(rect.right - 1) >=
             plane.size()) {
         throw std::out_of_range("the rectangle leaves the plane");
     }
-    // Columns and rows of samples A and B, counted from the pixel, by octant.
-    constexpr int kNeighbours[8][4] = {{1, -1, 1, 0},  {1, -1, 0, -1}, {-1, -1, 0, -1}, {-1, -1, -1, 0},
-                                       {-1, 1, -1, 0}, {-1, 1, 0, 1},  {1, 1, 0, 1},    {1, 1, 1, 0}};
-    std::vector<Sum> costs;
-    for (int degree = 0; degree < 360; ++degree) {
-        const int octant = degree / 45;
-        const int(&neighbours)[4] = kNeighbours[octant];
-        const std::ptrdiff_t toA = neighbours[0] + static_cast<std::ptrdiff_t>(neighbours[1]) * width;
-        const std::ptrdiff_t toB = neighbours[2] + static_cast<std::ptrdiff_t>(neighbours[3]) * width;
-        const double t = static_cast<double>(focus::MotionTanTable[octant % 2 == 0 ? degree % 45 : 44 - degree % 45]);
-        Sum cost = 0;
-        for (int y = rect.top + 1; y < rect.bottom - 1; ++y) {
-            const std::uint8_t* const row = plane.data() + static_cast<std::ptrdiff_t>(y) * width;
-            for (int x = rect.left + 1; x < rect.right - 1; ++x) {
-                const double a = row[x + toA];
-                const double b = row[x + toB];
-                cost += static_cast<Sum>(std::abs(a + (b - a) * t - row[x]));
-            }
-        }
-        costs.push_back(cost);
+    std::vector<Sum> costs(360);
+    for (std::size_t degree = 0; degree < costs.size(); ++degree) {
+        costs[degree] = MotionCost<Sum>(plane.data(), width, rect, static_cast<int>(degree));
     }
     return costs;
 }
