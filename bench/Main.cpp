@@ -5,6 +5,7 @@
 #include "DftBench.h"
 #include "FocusBench.h"
 #include "GuessBench.h"
+#include "MotionBench.h"
 #include "Picture.h"
 #include "processor/ProcessorCensus.h"
 #include "simd/VectorClass.h"
@@ -70,10 +71,12 @@ void Configure(std::vector<char*>& arguments) {
         pictures = {bench::MakePhotograph(512, 512), bench::MakePhotograph(640, 427),
                     bench::MakePhotograph(kLargeWidth, kLargeHeight)};
     }
-    if (!bench::CheckFocusOperations(classes) || !bench::CheckDenoiser(classes) || !bench::CheckGuess(classes)) {
+    if (!bench::CheckFocusOperations(classes) || !bench::CheckMotionDeblur(classes) || !bench::CheckDenoiser(classes) ||
+        !bench::CheckGuess(classes)) {
         throw std::runtime_error("results are wrong; nothing was measured");
     }
     bench::RegisterFocusBenchmarks(pictures, classes);
+    bench::RegisterMotionBenchmarks(pictures, classes);
     bench::RegisterGuessBenchmarks(pictures, classes);
     bench::RegisterDenoiseBenchmarks(pictures, classes);
     bench::RegisterCopyBenchmarks();

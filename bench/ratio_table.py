@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Prints the Markdown tables of one benchmark run: our times beside the peers', and their ratios; the geometric means
-of the ratios that have a target for that; times that have a target of their own; the errors of transforms.
+of the ratios that have a target for that; times that have a target of their own; memory; the errors of transforms.
 
     claribox_bench --benchmark_out=run.json
     bench/ratio_table.py run.json
@@ -28,6 +28,7 @@ TARGETS = {
     ("ChGuessMotionDirection", "plain"): 0.05,
     ("GuessMotionDegree", "plain"): 0.15,
     ("DFT_2D", "FFTW"): 0.6,
+    ("DeMotionBlur_length_15_degree_30", "FFTW"): 0.35,
 }
 # Sizes with a side whose largest prime factor is too large for the mixed-radix method.
 TARGETS_OF_SIZES = {
@@ -41,6 +42,12 @@ MEAN_TARGETS = {
 }
 # Longest time of ours, in milliseconds.
 TIME_TARGETS = {"DFT_commit": 5.0}
+# Most heap memory of a whole call, in bytes a pixel, by the counter that tells it.
+MEMORY_TARGETS = {
+    ("DeMotionBlur_length_15_degree_30", "4000x3000", "bytes_per_pixel"): 30.0,
+    ("DeMotionBlur_length_15_degree_30", "4000x3000", "threaded_bytes_per_pixel"): 48.0,
+}
+FORMS = {"bytes_per_pixel": "serial", "threaded_bytes_per_pixel": "threaded"}
 # Highest ratio of errors, ours to the peer's.
 ERROR_TARGET = 1.5
 MILLISECONDS = {"ns": 1e-6, "us": 1e-3, "ms": 1.0, "s": 1e3}
@@ -124,6 +131,20 @@ def time_rows_of(run):
     return rows, missed
 
 
+def memory_rows_of(run):
+    """The same for memory, serial form before threaded."""
+    rows = []
+    missed = 0
+    for (operation, size), subjects in run.items():
+        for subject, entry in subjects.items():
+            for counter, form in FORMS.items():
+                target = MEMORY_TARGETS.get((operation, size, counter))
+                missed += is_missed(entry[counter], target)
+                rows.append([operation.replace("_", " "), size, subject.removeprefix(OURS), form,
+                             f"{entry[counter]:.1f}", text_of(target)])
+    return rows, missed
+
+
 def error_rows_of(run):
     """The same for errors, shortest length first."""
     rows = []
@@ -157,12 +178,14 @@ def main():
     parser.add_argument("--check", action="store_true", help="fail where a target is missed")
     options = parser.parse_args()
     times = read_run(options.run, "ns_per_pixel", times_of)
+    memory = read_run(options.run, "bytes_per_pixel", lambda entries: entries[0])
     errors = read_run(options.run, "relative_error", lambda entries: entries[0]["relative_error"])
     tables = [
         (["operation", "picture", "class", "Claribox, ms", "ns a pixel", "working KiB", "peer", "peer, ms", "ratio",
           "target"], rows_of(times)),
         (["operation", "class", "peer", "sizes", "geometric mean of the ratios", "target"], mean_rows_of(times)),
         (["operation", "picture", "class", "Claribox, ms", "target, ms"], time_rows_of(times)),
+        (["operation", "picture", "class", "form", "bytes a pixel", "target"], memory_rows_of(memory)),
         (["operation", "length", "class", "Claribox", "peer", "peer's", "ratio", "target"], error_rows_of(errors)),
     ]
     missed = 0
