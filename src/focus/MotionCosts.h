@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <compare>
 #include <cstdint>
 
 namespace focus {
@@ -21,7 +20,9 @@ struct MotionCost {
     std::int64_t whole;
     std::int64_t fraction;
 
-    auto operator<=>(const MotionCost&) const = default;
+    bool operator<(const MotionCost& other) const {
+        return whole != other.whole ? whole < other.whole : fraction < other.fraction;
+    }
 };
 
 inline constexpr int kMotionDegrees = 360;
