@@ -165,7 +165,7 @@ std::array<MotionCost, kMotionDegrees> MotionCosts(const std::uint8_t* plane, in
 EstRect TrimBottom(const EstRect& rect, int width, int height) {
     // The last byte read, at column right - 1 of row bottom - 1, is at most the last of the plane. A right edge beyond
     // the plane costs a row for each width that it runs on.
-    const int rowsBeyond = (std::max(rect.right, 1) - 1) / width;
+    const int rowsBeyond = width > 0 ? (std::max(rect.right, 1) - 1) / width : height;
     EstRect trimmed = rect;
     trimmed.bottom = std::min(rect.bottom, height - rowsBeyond);
     return trimmed;

@@ -34,7 +34,8 @@ inline constexpr int kMotionDegrees = 360;
 std::array<MotionCost, kMotionDegrees> MotionCosts(const std::uint8_t* plane, int width, const EstRect& rect);
 
 /// The rectangle with its bottom moved up as far as needed for all reads to lie inside a plane of `width` by `height`
-/// bytes, both 1 or more. Its left, top and right, which may lie beyond the plane, stay, and are 0 or more.
+/// bytes; of a plane without columns there is nothing to measure. Its left, top and right, which may lie beyond the
+/// plane, stay; left and top are 0 or more.
 EstRect TrimBottom(const EstRect& rect, int width, int height);
 
 } // namespace focus

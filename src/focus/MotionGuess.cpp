@@ -20,12 +20,9 @@ int CImageFocus::GuessMotionDegree(unsigned char* pixels, FoPixelFmt format, int
     Probe_Region(plane.Samples(), plane.Width(), plane.Height());
     focus::EstRect rect;
     GetEstRect(rect.left, rect.top, rect.right, rect.bottom);
-    if (plane.Width() > 0) {
-        // Required: the rectangle is told by the full size, and may lie where an earlier picture had it. It may reach
-        // beyond the plane, to the right, where rows are read on into the next, and at the bottom, where the plane
-        // ends.
-        rect = focus::TrimBottom(rect, plane.Width(), plane.Height());
-    }
+    // Required: the rectangle is told by the full size, and may lie where an earlier picture had it. It may reach
+    // beyond the plane, to the right, where rows are read on into the next, and at the bottom, where the plane ends.
+    rect = focus::TrimBottom(rect, plane.Width(), plane.Height());
     m_GuessedDegree = ChGuessMotionDirection(plane.Samples(), plane.Width(), plane.Height(), rect.left, rect.top,
                                              rect.right, rect.bottom);
     return m_GuessedDegree;

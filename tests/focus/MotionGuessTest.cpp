@@ -154,6 +154,7 @@ TEST(MotionGuess, OfPackedPixelsIsThatOfThePlainForm) {
         {800, 2200, Columns},                             // to the right of the plane
         {800000, 3, Noise},
         {3, 800000, Noise},
+        {1, 1700000, Noise}, // half of it has no columns
     };
     const simd::VectorClass before = simd::ActiveVectorClass();
     for (const Picture& picture : pictures) {
