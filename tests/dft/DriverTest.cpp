@@ -201,10 +201,11 @@ class Arrays {
 public:
     using Element = dft::Complex<Real>;
 
-    Arrays(const Layout& layout, std::int32_t placement, const std::vector<Element>& x)
+    Arrays(const Layout& layout, std::int32_t placement, const std::vector<Element>& x,
+           std::size_t misalignment = sizeof(Real))
         : m_InputPositions(layout.Positions(layout.input)), m_OutputPositions(layout.Positions(layout.output)),
-          m_IsInPlace(placement == dft::DFT_INPLACE), m_Input(End(m_InputPositions), sizeof(Real)),
-          m_Output(End(m_OutputPositions), sizeof(Real)), m_Elements(x) {
+          m_IsInPlace(placement == dft::DFT_INPLACE), m_Input(End(m_InputPositions), misalignment),
+          m_Output(End(m_OutputPositions), misalignment), m_Elements(x) {
         Fill(m_Input);
         Fill(m_Output);
         for (std::size_t k = 0; k < x.size(); ++k) {
@@ -287,7 +288,8 @@ void CheckLayout(const Layout& layout, Direction direction, const dft_slow::Wide
                                           << ", " << sizeof(Real) << " bytes");
         Job<Real> job(layout, placement);
         const auto run = [&](int threads) {
-            Arrays<Real> arrays(layout, placement, x);
+            // Within an element, and within a cache line: groups of lines begin differently.
+            Arrays<Real> arrays(layout, placement, x, threads == 2 ? 3 * sizeof(x[0]) : sizeof(Real));
             EXPECT_EQ(job.Run(direction, threads, arrays.input(), arrays.output()), dft::DFT_OK);
             return arrays.Result();
         };

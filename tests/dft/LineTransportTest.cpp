@@ -35,7 +35,7 @@ public:
               std::ptrdiff_t length)
         : m_Transport(transport), m_ElementStride(shape.elementStride),
           m_LineStride(shape.lineStride == 0 ? length : shape.lineStride), m_Count(count), m_Length(length),
-          m_Array(Extent(), sizeof(Real)), m_Batch(static_cast<std::size_t>(2 * transport.lanes * length)) {
+          m_Array(Extent(), Misalignment()), m_Batch(static_cast<std::size_t>(2 * transport.lanes * length)) {
         for (std::size_t k = 0; k < m_Array.size(); ++k) {
             const auto number = static_cast<Real>(k + 1);
             m_Array.Write(k, {number, -number});
@@ -56,7 +56,7 @@ public:
     }
 
     void CheckScatter(Real scale) {
-        GuardedBuffer<dft::Complex<Real>> expected(m_Array.size(), sizeof(Real));
+        GuardedBuffer<dft::Complex<Real>> expected(m_Array.size(), Misalignment());
         for (std::size_t k = 0; k < expected.size(); ++k) {
             expected.Write(k, m_Array.Read(k));
         }
@@ -98,6 +98,8 @@ private:
     std::size_t Extent() const {
         return static_cast<std::size_t>(Span(m_ElementStride, m_Length) + Span(m_LineStride, m_Count) + 1);
     }
+    /// Within an element, or within a cache line: squares of rows begin differently.
+    std::size_t Misalignment() const { return m_Count % 2 == 0 ? sizeof(Real) : 3 * sizeof(dft::Complex<Real>); }
     std::ptrdiff_t Start() const {
         return (m_ElementStride < 0 ? Span(m_ElementStride, m_Length) : 0) +
                (m_LineStride < 0 ? Span(m_LineStride, m_Count) : 0);

@@ -98,7 +98,9 @@ private:
         }
         dft_copy_strided<Complex<Real>>(head->length, first, stride, line.data(), 1);
         const std::int32_t status = routine(line.data(), threads, head);
-        dft_copy_strided<Complex<Real>>(head->length, line.data(), 1, first, stride);
+        if (status == DFT_OK) {
+            dft_copy_strided<Complex<Real>>(head->length, line.data(), 1, first, stride);
+        }
         return status;
     }
 

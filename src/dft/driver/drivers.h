@@ -1,6 +1,5 @@
 // The jobs below the checks of a compute call: all ranks, strides, offsets, distances and numbers of transforms, on one
-// thread or on several. Both forms give the same bytes, unless
-// transforms of one job share elements.
+// thread or on several. Both forms give the same bytes, unless transforms of one job share elements.
 //
 // All pointers are the caller's own; offsets are added here. Results are DFT_OK, DFT_NO_MEMORY, or the first other
 // status of a routine slot.

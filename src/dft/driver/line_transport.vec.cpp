@@ -12,11 +12,11 @@ using simd::CLARIBOX_VECTOR_CLASS::Store;
 
 // The loops take the lines by value: through a reference they would be read anew after every store.
 
-/// Elements from `first` on, of lines at any strides.
+/// Elements first .. last - 1 of lines at any strides.
 template <typename V>
-void GatherPlain(Lines<Real<V>> lines, std::ptrdiff_t first, Real<V>* batch) {
+void GatherPlain(Lines<Real<V>> lines, std::ptrdiff_t first, std::ptrdiff_t last, Real<V>* batch) {
     constexpr int lanes = kLines<V>;
-    for (std::ptrdiff_t k = first; k < lines.length; ++k) {
+    for (std::ptrdiff_t k = first; k < last; ++k) {
         const Complex<Real<V>>* const row = lines.base + k * lines.elementStride;
         Real<V>* const element = batch + 2 * lanes * k;
         for (int j = 0; j < lanes; ++j) {
@@ -27,9 +27,10 @@ void GatherPlain(Lines<Real<V>> lines, std::ptrdiff_t first, Real<V>* batch) {
     }
 }
 template <typename V>
-void ScatterPlain(const Real<V>* batch, Lines<Real<V>> lines, std::ptrdiff_t first, Real<V> scale) {
+void ScatterPlain(const Real<V>* batch, Lines<Real<V>> lines, std::ptrdiff_t first, std::ptrdiff_t last,
+                  Real<V> scale) {
     constexpr int lanes = kLines<V>;
-    for (std::ptrdiff_t k = first; k < lines.length; ++k) {
+    for (std::ptrdiff_t k = first; k < last; ++k) {
         Complex<Real<V>>* const row = lines.base + k * lines.elementStride;
         const Real<V>* const element = batch + 2 * lanes * k;
         for (int j = 0; j < lines.count; ++j) {
@@ -69,10 +70,26 @@ template <int isWrite, typename V>
     __builtin_prefetch(row + bytes - 1, isWrite);
 }
 
+/// The elements of rows that go by squares. They start where row 0 starts a vector: rows that all lie on the same few
+/// places of a cache then need each cache line once.
+struct Squares {
+    std::ptrdiff_t begin;
+    std::ptrdiff_t end;
+};
+template <typename V>
+Squares SquaresOf(const Lines<Real<V>>& rows) {
+    const std::uintptr_t past = reinterpret_cast<std::uintptr_t>(rows.base) % sizeof(V);
+    const std::uintptr_t bytes = past % sizeof(Complex<Real<V>>) == 0 ? (sizeof(V) - past) % sizeof(V) : 0;
+    const auto leading = static_cast<std::ptrdiff_t>(bytes / sizeof(Complex<Real<V>>));
+    const std::ptrdiff_t begin = leading < rows.length ? leading : rows.length;
+    return {begin, begin + (rows.length - begin) / kTile<V> * kTile<V>};
+}
+
 template <typename V, bool isFull>
 void GatherRows(Lines<Real<V>> lines, Real<V>* batch) {
-    const std::ptrdiff_t whole = lines.length / kTile<V> * kTile<V>;
-    for (std::ptrdiff_t k = 0; k < whole; k += kTile<V>) {
+    const Squares squares = SquaresOf<V>(lines);
+    GatherPlain<V>(lines, 0, squares.begin, batch);
+    for (std::ptrdiff_t k = squares.begin; k < squares.end; k += kTile<V>) {
         const std::ptrdiff_t ahead = Ahead(lines, k, kElementsAhead<V>);
         V square[kLines<V>];
         Unrolled<kLines<V>>([&](int j) {
@@ -87,13 +104,14 @@ void GatherRows(Lines<Real<V>> lines, Real<V>* batch) {
         Transpose(square);
         Unrolled<kLines<V>>([&](int j) { Store(batch + (2 * k + j) * kLines<V>, square[j]); });
     }
-    GatherPlain<V>(lines, whole, batch);
+    GatherPlain<V>(lines, squares.end, lines.length, batch);
 }
 
 template <typename V, bool isFull, bool isScaled>
 void ScatterRows(const Real<V>* batch, Lines<Real<V>> lines, Real<V> scale) {
-    const std::ptrdiff_t whole = lines.length / kTile<V> * kTile<V>;
-    for (std::ptrdiff_t k = 0; k < whole; k += kTile<V>) {
+    const Squares squares = SquaresOf<V>(lines);
+    ScatterPlain<V>(batch, lines, 0, squares.begin, scale);
+    for (std::ptrdiff_t k = squares.begin; k < squares.end; k += kTile<V>) {
         const std::ptrdiff_t ahead = Ahead(lines, k, kElementsAhead<V>);
         V square[kLines<V>];
         Unrolled<kLines<V>>([&](int j) {
@@ -109,7 +127,7 @@ void ScatterRows(const Real<V>* batch, Lines<Real<V>> lines, Real<V> scale) {
             }
         });
     }
-    ScatterPlain<V>(batch, lines, whole, scale);
+    ScatterPlain<V>(batch, lines, squares.end, lines.length, scale);
 }
 
 template <typename V>
@@ -171,7 +189,7 @@ void GatherLines(const Lines<Real<V>>& lines, Real<V>* batch) {
     } else if (lines.elementStride == 1) {
         isFull ? GatherRows<V, true>(lines, batch) : GatherRows<V, false>(lines, batch);
     } else {
-        GatherPlain<V>(lines, 0, batch);
+        GatherPlain<V>(lines, 0, lines.length, batch);
     }
 }
 
@@ -184,7 +202,7 @@ void ScatterLines(const Real<V>* batch, const Lines<Real<V>>& lines, Real<V> sca
         isFull ? ScatterRows<V, true, isScaled>(batch, lines, scale)
                : ScatterRows<V, false, isScaled>(batch, lines, scale);
     } else {
-        ScatterPlain<V>(batch, lines, 0, scale);
+        ScatterPlain<V>(batch, lines, 0, lines.length, scale);
     }
 }
 template <typename V>
@@ -197,11 +215,11 @@ void ScatterLines(const Real<V>* batch, const Lines<Real<V>>& lines, Real<V> sca
 
 template <typename V>
 void GatherLines(const Lines<Real<V>>& lines, Real<V>* batch) {
-    GatherPlain<V>(lines, 0, batch);
+    GatherPlain<V>(lines, 0, lines.length, batch);
 }
 template <typename V>
 void ScatterLines(const Real<V>* batch, const Lines<Real<V>>& lines, Real<V> scale) {
-    ScatterPlain<V>(batch, lines, 0, scale);
+    ScatterPlain<V>(batch, lines, 0, lines.length, scale);
 }
 
 #endif
