@@ -2,17 +2,10 @@
 """add_noise.py IN OUT DEVIATION: adds Gaussian noise to each colour of a picture, the same on every run; alpha stays."""
 
 import pathlib
-import subprocess
 import sys
 import tempfile
 
-
-def vips(*command):
-    subprocess.run(("vips", *map(str, command)), check=True)
-
-
-def header(picture, field):
-    return subprocess.run(("vipsheader", "-f", field, picture), check=True, stdout=subprocess.PIPE, text=True).stdout.strip()
+from vips import header, run
 
 
 def main(source, target, deviation):
@@ -24,11 +17,11 @@ def main(source, target, deviation):
         noises = [scratch / f"{band}.v" for band in range(bands)]
         for band, noise in enumerate(noises):
             strength = deviation if band < colours else 0
-            vips("gaussnoise", noise, *size, "--mean", 0, "--sigma", strength, "--seed", band + 1)
-        vips("bandjoin", " ".join(map(str, noises)), scratch / "noise.v")
-        vips("add", source, scratch / "noise.v", scratch / "sum.v")
-        vips("round", scratch / "sum.v", scratch / "rounded.v", "rint")
-        vips("cast", scratch / "rounded.v", target, "uchar")
+            run("vips", "gaussnoise", noise, *size, "--mean", 0, "--sigma", strength, "--seed", band + 1)
+        run("vips", "bandjoin", " ".join(map(str, noises)), scratch / "noise.v")
+        run("vips", "add", source, scratch / "noise.v", scratch / "sum.v")
+        run("vips", "round", scratch / "sum.v", scratch / "rounded.v", "rint")
+        run("vips", "cast", scratch / "rounded.v", target, "uchar")
 
 
 if __name__ == "__main__":

@@ -2,39 +2,27 @@
 """build.py FOLDER PICTURE...: makes the demo's pictures and its page.
 
 Every section of sections.json is one experiment on each photograph: a command that harms a copy ("before") and one that
-repairs it ("after"); "{in}" and "{out}" stand for file names. A new section is a new entry there and nothing here.
+repairs it ("after"); "{in}", "{out}" and "{original}" stand for file names. What the commands print goes into the caption.
+A section with a "photograph" is on that one alone, which no other section takes; without a command "before" it is the
+photograph itself that is repaired. A new section is a new entry there and nothing here.
 """
 
 import base64
 import html
 import json
-import math
 import pathlib
 import string
-import subprocess
 import sys
+
+from vips import header, psnr, run
 
 HERE = pathlib.Path(__file__).parent
 PAGE_SIDE = 1600  # pixels; larger pictures are shown reduced, and stand beside the page at full size
 
 
-def run(*command):
-    return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True).stdout.strip()
-
-
-def apply(step, source, target):
-    run(*(part.format_map({"in": source, "out": target}) for part in step["command"]))
-
-
-def psnr(picture, reference):
-    """Peak signal-to-noise ratio in dB, over all samples: 10 log10(255^2 / mean squared difference)."""
-    scratch = [picture.with_name(f"{picture.stem}.{name}.v") for name in ("difference", "square")]
-    run("vips", "subtract", picture, reference, scratch[0])
-    run("vips", "multiply", scratch[0], scratch[0], scratch[1])
-    mean = float(run("vips", "avg", scratch[1]))
-    for file in scratch:
-        file.unlink()
-    return math.inf if mean == 0 else 10 * math.log10(255**2 / mean)
+def apply(step, source, target, original):
+    names = {"in": source, "out": target, "original": original}
+    return run(*(part.format_map(names) for part in step["command"]))
 
 
 def data_uri(picture):
@@ -61,24 +49,29 @@ def distinct_names(photographs):
 def card(section, photograph, name, folder, template):
     stem = f"{name}-{section['name']}"
     original = folder / f"{name}-original.png"
-    before = folder / f"{stem}-{section['before']['label']}.png"
+    harm = section["before"]
+    before = folder / f"{stem}-{harm['label']}.png" if "command" in harm else original
     after = folder / f"{stem}-{section['after']['label']}.png"
     run("vips", "autorot", photograph, original)
-    apply(section["before"], original, before)
-    apply(section["after"], before, after)
-    gain = {"before": psnr(before, original), "after": psnr(after, original)}
-    print(f"{section['name']}: {name}: {gain['before']:.2f} dB before, {gain['after']:.2f} dB after")
+    notes = []
+    if before != original:
+        notes.append(apply(harm, original, before, original))
+    notes.append(apply(section["after"], before, after, original))
+    if before != original:
+        gain = [psnr(picture, original) for picture in (before, after)]
+        print(f"{section['name']}: {name}: {gain[0]:.2f} dB before, {gain[1]:.2f} dB after")
+        notes.append(f"{harm['label']} {gain[0]:.1f} dB, {section['after']['label']} {gain[1]:.1f} dB")
     return template.substitute(
         name=html.escape(name),
-        width=run("vipsheader", "-f", "width", original),
-        height=run("vipsheader", "-f", "height", original),
+        width=header(original, "width"),
+        height=header(original, "height"),
         original=data_uri(original),
         before=data_uri(before),
         after=data_uri(after),
-        before_label=section["before"]["label"],
+        before_label=harm["label"],
         after_label=section["after"]["label"],
-        before_psnr=f"{gain['before']:.1f}",
-        after_psnr=f"{gain['after']:.1f}",
+        notes=html.escape(" · ".join(filter(None, notes))),
+        hidden="hidden" if before == original else "",
     )
 
 
@@ -87,12 +80,16 @@ def main(folder, *photographs):
     folder.mkdir(exist_ok=True)
     templates = {name: string.Template((HERE / f"{name}.html").read_text()) for name in ("page", "section", "card")}
     sections = []
-    for section in json.loads((HERE / "sections.json").read_text()):
+    experiments = json.loads((HERE / "sections.json").read_text())
+    alone = {section.get("photograph") for section in experiments}
+    for section in experiments:
         cards = [
             card(section, photograph, name, folder, templates["card"])
             for photograph, name in zip(photographs, distinct_names(photographs))
+            if name == section.get("photograph") or not (section.get("photograph") or name in alone)
         ]
-        sections.append(templates["section"].substitute(section, cards="".join(cards)))
+        if cards:
+            sections.append(templates["section"].substitute(section, cards="".join(cards)))
     (folder / "index.html").write_text(templates["page"].substitute(sections="".join(sections)))
 
 
