@@ -37,8 +37,9 @@ CLARIBOX_API void ChEntendBuffer(unsigned char* src, int width, int height, unsi
 /// The reverse: copies the middle of `src`, (width + 2*pad) by (height + 2*pad) bytes, to `dst`, `width` by `height`.
 CLARIBOX_API void ChCropBuffer(unsigned char* dst, int width, int height, unsigned char* src, int pad);
 
-/// Fills `otf`, which has room for width*height elements, with the transfer function of the kernel `psf`, not larger
-/// than `width` by `height`, its element (rows/2, cols/2) being the origin. Element (0, 0) becomes the kernel's sum.
+/// Fills `otf`, which has room for width*height elements, with the transfer function of the kernel `psf`, its element
+/// (rows/2, cols/2) being the origin. Element (0, 0) becomes the kernel's sum. Of a kernel that should not fit into
+/// `width` by `height`, as many rows or columns count as there is room for, with the origin in their middle.
 CLARIBOX_API void ChPSF2OTF(DFT_Buffer& otf, ChMatrix<float> psf, int width, int height);
 
 /// Replaces each of the width*height elements H of `otf` by conj(H) / (|H|^2 + noise), the filter of Wiener
