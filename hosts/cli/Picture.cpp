@@ -174,10 +174,10 @@ PictureShape Picture::Shape() const {
 
 void Picture::ReduceToLuminance() {
     if (m_Image.bands() >= 3) {
-        const vips::VImage weights = vips::VImage::new_matrixv(3, 1, 0.299, 0.587, 0.114);
-        m_Image = m_Image.extract_band(0, vips::VImage::option()->set("n", 3))
-                      .recomb(weights)
-                      .rint()
+        // In 16 fractional bits, as in the other verbs: whole numbers that a float holds exactly.
+        const vips::VImage weights = vips::VImage::new_matrixv(3, 1, 19595.0, 38470.0, 7471.0);
+        m_Image = ((m_Image.extract_band(0, vips::VImage::option()->set("n", 3)).recomb(weights) + 32768.0) / 65536.0)
+                      .floor()
                       .cast(VIPS_FORMAT_UCHAR)
                       .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_B_W));
         m_Image.remove(VIPS_META_ICC_NAME); // it spoke of colours

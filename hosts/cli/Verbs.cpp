@@ -158,7 +158,7 @@ const std::vector<Verb>& Table() {
         {"motion-blur", "smear pictures along a line, as a moving camera does",
          WithPictureOptions({{"--length", "N", "length of the motion in pixels, below the picture's smaller side",
                               WholeNumber{&Settings::length, 1, LargestLength}},
-                             {"--degree", "N", "direction of the motion, counter-clockwise from the right",
+                             {"--degree", "N", "direction of the camera's motion, counter-clockwise from the right",
                               WholeNumber{&Settings::degree, -LargestDegree, LargestDegree}}}),
          PixelOperation{MotionBlur, LengthMisfit, LengthWorkingBytes, NoCaution}},
         {"deblur", "sharpen out-of-focus pictures",
@@ -170,8 +170,8 @@ const std::vector<Verb>& Table() {
              {{"--length", "N", "length of the motion in pixels, at most half the picture's smaller side and 49",
                WholeNumber{&Settings::length, 1, LargestLength}},
               {"--degree", "N|auto",
-               "direction of the motion, counter-clockwise from the right, -360 to 360, or auto to take "
-               "what guess-motion says",
+               "direction in which points are smeared, counter-clockwise from the right, which is motion-blur's "
+               "turned by 180; -360 to 360, or auto to take what guess-motion says",
                ParsedText{ParseDegreeOrAuto, "30"}}}),
          PixelOperation{DeMotionBlurPixels, DeMotionBlurMisfit, DeMotionBlurWorkingBytes, NoCaution}},
         {"guess-motion",

@@ -60,7 +60,7 @@ void ExpectRefusals(const std::vector<BadInput>& rows) {
 
 TEST(BadInput, CommandLine) {
     std::vector<BadInput> rows = {
-        {{}, 2, {"no verb given", "blur, motion-blur, deblur, denoise, band, info"}},
+        {{}, 2, {"no verb given", "deblur, demotion-blur, guess-motion, denoise, band, spectrum, info"}},
         {{"sharpen", "in.png"}, 2, {"unknown verb 'sharpen'", "deblur"}},
         {{"--radius", "3"}, 2, {"no verb given"}},
         {{"blur", "in.png", "-o", "out.png", "--radios", "3"}, 2, {"unknown option", "'--radios'", "blur --help"}},
@@ -76,6 +76,14 @@ TEST(BadInput, CommandLine) {
         {{"denoise", "in.png", "-o", "out.png", "--threshold", "nan"}, 2, {"from 0 to 2040", "'nan'"}},
         {{"denoise", "in.png", "-o", "out.png", "--rule", "Soft"}, 2, {"--rule takes soft, hard or garrote", "'Soft'"}},
         {{"band", "in.png", "-o", "out.png"}, 2, {"--band is required"}},
+        {{"demotion-blur", "in.png", "-o", "out.png", "--degree", "361"},
+         2,
+         {"--degree takes auto or a whole number from -360 to 360", "'361'"}},
+        {{"demotion-blur", "in.png", "-o", "out.png", "--degree", "Auto"}, 2, {"--degree takes auto", "'Auto'"}},
+        {{"guess-motion", "--json"}, 2, {"IN is required", "usage: claribox guess-motion IN... [OPTIONS]"}},
+        {{"guess-motion", "in.png", "-o", "out.png"}, 2, {"'-o'"}},
+        {{"guess-motion", "in.png", "--plot", "out.jpg"}, 2, {"--plot takes", "ending in .png", "'out.jpg'"}},
+        {{"guess-motion", "in.png", "in.jpg", "--plot", "out.png"}, 2, {"--plot draws one picture"}},
     };
     struct Range {
         const char* verb;
@@ -87,6 +95,7 @@ TEST(BadInput, CommandLine) {
         {"blur", "--radius", {"0", "51", "-3", "2.5", "3px", "", " 3", "99999999999"}, "from 1 to 50"},
         {"deblur", "--radius", {"0", "11"}, "from 1 to 10"},
         {"motion-blur", "--length", {"0", "1e2", "23170"}, "from 1 to 23169"},
+        {"demotion-blur", "--length", {"0", "23170"}, "from 1 to 23169"},
         {"motion-blur", "--degree", {"361", "-540", "auto"}, "from -360 to 360"},
         {"band", "--band", {"-1", "3"}, "from 0 to 2"},
         {"blur", "--quality", {"0", "101"}, "from 1 to 100"},
@@ -121,6 +130,12 @@ TEST(BadInput, Pictures) {
          1,
          {"line.png: has a side of 1 pixels", "9 or more"}},
         {{"band", "line.png", "-o", "out.png", "--band", "1"}, 1, {"line.png: has a side of 1 pixels", "9 or more"}},
+        {{"demotion-blur", "in.png", "-o", "out.png", "--length", "62"}, 1, {"in.png: --length 62", "at most 61"}},
+        {{"demotion-blur", "line.png", "-o", "out.png", "--degree", "auto"},
+         1,
+         {"line.png: has a side of 1 pixels", "from 4 on", "give --degree a number"}},
+        {{"guess-motion", "line.png"}, 1, {"line.png: has a side of 1 pixels", "from 4 on"}},
+        {{"guess-motion", "text.jpg", "--json"}, 1, {"text.jpg: is no picture"}},
         {{"blur", "huge.hdr", "-o", "out.png"}, 1, {"huge.hdr: too large at 50000x50000", "715827797 pixels"}},
     };
     for (const char* name : {"cut_in.png", "cut_in.jpg", "cut_in.tif", "cut_in.webp", "cut_in.gif"}) {
@@ -141,6 +156,9 @@ TEST(BadInput, Outputs) {
         {{"blur", "in.png", "in.jpg", "-o", "closed"}, 2, {"no permission", "'closed'"}, nobody},
         {{"blur", "in.png", "-o", "out.xyz"}, 1, {"in.png: no picture format", "'out.xyz'", ".jpg"}},
         {{"blur", "in.png", "-o", "in.jpg"}, 1, {"'in.jpg' exists", "--force"}},
+        {{"guess-motion", "in.png", "--plot", "none/out.png"}, 2, {"--plot: there is no folder 'none'"}},
+        {{"guess-motion", "in.png", "--plot", "cut_in.png"}, 1, {"'cut_in.png' exists", "--force"}},
+        {{"guess-motion", "in.png", "--plot", "hard.png", "--force"}, 2, {"--plot: ", "'hard.png' is the input"}},
         {{"blur", "in.png", "-o", "/dev/full"}, 1, {"'/dev/full' cannot be written", "No space left on device"}},
         // No input is ever replaced, whatever name it goes by.
         {{"blur", "in.png", "-o", "in.png", "--force"}, 2, {"'in.png' is the input"}},
@@ -157,7 +175,8 @@ TEST(BadInput, Outputs) {
 
 /// The disk fills up behind the first bytes.
 TEST(BadInput, FullDisk) {
-    std::vector<BadInput> rows;
+    std::vector<BadInput> rows = {
+        {{"guess-motion", "in.png", "--plot", "out.png"}, 1, {"'out.png' cannot be written"}, {.fileSize = 500}}};
     for (const char* ending : {"png", "jpg", "tif", "webp", "bmp", "gif", "v"}) {
         const std::string out = "out." + std::string(ending);
         rows.push_back({{"blur", "in.png", "-o", out}, 1, {"'" + out + "' cannot be written"}, {.fileSize = 500}});
@@ -170,10 +189,12 @@ TEST(BadInput, PictureThatCannotFitIntoMemory) {
     if (RunCommand(TemporaryFolder(), {"info"}, limited).status != 0) {
         GTEST_SKIP() << "the command takes more address space at once than the limit, as sanitizers make it do";
     }
-    ExpectRefusals({{{"blur", "large.hdr", "-o", "out.png"},
-                     1,
-                     {"large.hdr: needs about 1098 MiB of memory, but ", " MiB are free"},
-                     limited}});
+    ExpectRefusals(
+        {{{"blur", "large.hdr", "-o", "out.png"},
+          1,
+          {"large.hdr: needs about 1098 MiB of memory, but ", " MiB are free"},
+          limited},
+         {{"demotion-blur", "large.hdr", "-o", "out.png"}, 1, {"large.hdr: needs about 5012 MiB"}, limited}});
 }
 
 TEST(BadInput, BlurWarnsFromRadius6OnWhereBrightAreasCanWrap) {

@@ -34,6 +34,12 @@ TEST(Picture, PixelsAreTheLibrarysForEachVerbAndNumberOfBands) {
              focus.SetRadius(4);
              focus.DeBlur(rest...);
          }},
+        {{"demotion-blur", "--length=61", "--degree", "-45"}, // the longest that fits
+         [](auto& focus, auto... rest) {
+             focus.SetMotionLength(61);
+             focus.SetMotionDegree(-45);
+             focus.DeMotionBlur(rest...);
+         }},
     };
     for (const VerbCase& verb : verbs) {
         for (int bands = 1; bands <= 4; ++bands) {
