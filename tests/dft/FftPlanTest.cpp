@@ -4,6 +4,7 @@
 
 #include "common/GuardedBuffer.h"
 #include "common/VectorClassTest.h"
+#include "dft/plans/plan_runs.h"
 #include "dft/pow2/bit_reversal.h"
 #include "reference/dft_slow.h"
 
@@ -53,6 +54,36 @@ TEST(FftPlan, PairsOfTheBitReversal) {
 }
 
 template <typename Real>
+const dft::PlanRuns<Real>& ActiveRuns() {
+    if constexpr (sizeof(Real) == sizeof(float)) {
+        return dft::ActivePlanRunsSingle();
+    } else {
+        return dft::ActivePlanRunsDouble();
+    }
+}
+
+// The last lane of a batch of which the others hold zeros.
+template <typename Real>
+std::vector<Complex<Real>> RunInBatch(int direction, const std::vector<Complex<Real>>& x) {
+    dft::BasicDftPlan<Real>* plan = nullptr;
+    EXPECT_EQ(dft::dft_plan_create(&plan, static_cast<int>(x.size()), dft::kUnscaled, 0), dft::kPlanOk);
+    const auto lanes = static_cast<std::size_t>(ActiveRuns<Real>().lanes);
+    GuardedBuffer<Real> batch(2 * x.size() * lanes);
+    GuardedBuffer<unsigned char> work(static_cast<std::size_t>(plan->work_bytes) * lanes);
+    for (std::size_t k = 0; k < x.size(); ++k) {
+        batch.Write((2 * k + 1) * lanes - 1, x[k].re);
+        batch.Write((2 * k + 2) * lanes - 1, x[k].im);
+    }
+    ActiveRuns<Real>().batch[direction](*plan, batch.data(), batch.data(), work.data());
+    std::vector<Complex<Real>> result(x.size());
+    for (std::size_t k = 0; k < x.size(); ++k) {
+        result[k] = {batch.Read((2 * k + 1) * lanes - 1), batch.Read((2 * k + 2) * lanes - 1)};
+    }
+    dft::dft_plan_free(plan);
+    return result;
+}
+
+template <typename Real>
 void CheckOrder(int order) {
     SCOPED_TRACE(::testing::Message() << "order " << order << ", bytes " << sizeof(Real));
     const std::size_t n = std::size_t{1} << order;
@@ -74,12 +105,15 @@ void CheckOrder(int order) {
         EXPECT_TRUE(SameBytes(apart.data(), data.data(), n));
         EXPECT_TRUE(data.GuardsIntact());
         EXPECT_TRUE(work.GuardsIntact());
+
+        const auto ofBatch = RunInBatch(sign < 0 ? dft::kForward : dft::kBackward, x);
+        EXPECT_TRUE(SameBytes(apart.data(), ofBatch.data(), n));
     }
 }
 
 class FftPlanTest : public VectorClassTest {};
 
-TEST_P(FftPlanTest, EqualsTheDefinitionInPlaceAndApart) {
+TEST_P(FftPlanTest, EqualsTheDefinitionInPlaceApartAndInBatches) {
     for (int order = 0; order <= 17; ++order) {
         CheckOrder<float>(order);
         CheckOrder<double>(order);

@@ -1,50 +1,13 @@
-// One line with vectors along it. For vector sources only.
+// The last passes of one line with vectors along it. For vector sources only.
 //
-// Passes work on vectors of consecutive elements, all real parts, then all imaginary ones, in a scratch array. The
-// blocks of 16 elements that are left are then taken kLines<V> at a time, turned so that each stands in a lane, and run
-// beside each other. They lie far apart, in such a way that one frequency of all of them makes consecutive elements of
-// the spectrum.
+// The passes above work on vectors of consecutive elements in a scratch array. The blocks of 16 elements that they
+// leave are taken kLines<V> at a time, one a lane, and run beside each other.
 #pragma once
 
-#include "dft/driver/register_transpose.h"
+#include "dft/pow2/lane_blocks.h"
 #include "dft/pow2/pow2_split.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {
-
-/// Elements in memory as the caller has them, at any address, seen as vectors.
-template <typename V>
-struct Interleaved {
-    Real<V>* at;
-    Interleaved operator+(std::ptrdiff_t vectors) const { return {at + 2 * kLines<V> * vectors}; }
-};
-template <typename V>
-inline LaneComplex<V> Fetch(Interleaved<V> from, std::ptrdiff_t k) {
-    const Real<V>* const at = (from + k).at;
-    return Separate(simd::CLARIBOX_VECTOR_CLASS::Load<V>(at), simd::CLARIBOX_VECTOR_CLASS::Load<V>(at + kLines<V>),
-                    simd::CLARIBOX_VECTOR_CLASS::Indices<kLines<V>>{});
-}
-template <typename V>
-inline void Deposit(Interleaved<V> to, std::ptrdiff_t k, LaneComplex<V> x) {
-    V a;
-    V b;
-    Join(x, a, b, simd::CLARIBOX_VECTOR_CLASS::Indices<kLines<V>>{});
-    Real<V>* const at = (to + k).at;
-    simd::CLARIBOX_VECTOR_CLASS::Store(at, a);
-    simd::CLARIBOX_VECTOR_CLASS::Store(at + kLines<V>, b);
-}
-
-/// The numbers below a power of two with their bits reversed.
-template <int count>
-struct ReversedNumbers {
-    int of[count];
-    constexpr ReversedNumbers() : of{} {
-        for (int k = 1; k < count; ++k) {
-            of[k] = of[k / 2] / 2 + k % 2 * (count / 2);
-        }
-    }
-};
-template <int count>
-inline constexpr ReversedNumbers<count> kReversed;
 
 /// log2 of the elements of the shortest line that has a radix-4 pass above the blocks of 16, and one of them for each
 /// lane.
@@ -60,91 +23,39 @@ public:
     using T = Real<V>;
 
     LastSixteens(const Pow2Form<T>& form, LaneComplex<V>* scratch, T* data, int bits, std::ptrdiff_t block)
-        : m_Form(form), m_Scratch(scratch), m_Data(data), m_Block(block << (bits - 4)),
-          m_Groups((std::ptrdiff_t{1} << (bits - 4)) / kLanes) {}
+        : m_Form(form), m_Scratch(scratch), m_Data{data},
+          m_First(block << (bits - 4)), m_Blocks{(std::ptrdiff_t{1} << (bits - 4)) / kLanes} {}
 
     /// Forward from scratch to data, backward from data to scratch. The data is in natural order or in bit-reversed.
     template <Direction direction>
     [[gnu::flatten]] void Run(bool natural) const {
-        for (std::ptrdiff_t group = 0; group < m_Groups; ++group) {
+        for (std::ptrdiff_t group = 0; group < m_Blocks.groups; ++group) {
             LaneComplex<V> x[16];
             if constexpr (direction == kForward) {
-                Turn(group, x, [this](std::ptrdiff_t k) { return m_Scratch[k]; });
+                m_Blocks.Turn(m_Scratch, group, x);
                 Transform<kForward>(group, x);
                 if (natural) {
-                    StoreNatural(group, x);
+                    m_Blocks.StoreNatural(x, ReversedGroup(group), m_Data);
                 } else {
-                    TurnBack(group, x, [this](std::ptrdiff_t k, LaneComplex<V> y) { Deposit(Data(), k, y); });
+                    m_Blocks.TurnBack(x, group, m_Data);
                 }
             } else {
                 if (natural) {
-                    LoadNatural(group, x);
+                    m_Blocks.LoadNatural(m_Data, ReversedGroup(group), x);
                 } else {
-                    Turn(group, x, [this](std::ptrdiff_t k) { return Fetch(Data(), k); });
+                    m_Blocks.Turn(m_Data, group, x);
                 }
                 Transform<kBackward>(group, x);
-                TurnBack(group, x, [this](std::ptrdiff_t k, LaneComplex<V> y) { m_Scratch[k] = y; });
+                m_Blocks.TurnBack(x, group, m_Scratch);
             }
         }
     }
 
 private:
     static constexpr int kLanes = kLines<V>;
-    static constexpr int kVectors = 16 / kLanes; ///< in a block
 
-    Interleaved<V> Data() const { return {m_Data}; }
-
-    /// The block in a lane, counted from the first one.
-    std::ptrdiff_t BlockOf(int lane, std::ptrdiff_t group) const {
-        return kReversed<kLanes>.of[lane] * m_Groups + group;
-    }
-
-    template <typename Load>
-    void Turn(std::ptrdiff_t group, LaneComplex<V>* x, Load load) const {
-        using simd::CLARIBOX_VECTOR_CLASS::Unrolled;
-        for (int part = 0; part < kVectors; ++part) {
-            V re[kLanes];
-            V im[kLanes];
-            Unrolled<kLanes>([&](int lane) {
-                const LaneComplex<V> row = load(BlockOf(lane, group) * kVectors + part);
-                re[lane] = row.re;
-                im[lane] = row.im;
-            });
-            Transpose(re);
-            Transpose(im);
-            Unrolled<kLanes>([&](int k) { x[part * kLanes + k] = {re[k], im[k]}; });
-        }
-    }
-    template <typename Store>
-    void TurnBack(std::ptrdiff_t group, const LaneComplex<V>* x, Store store) const {
-        using simd::CLARIBOX_VECTOR_CLASS::Unrolled;
-        for (int part = 0; part < kVectors; ++part) {
-            V re[kLanes];
-            V im[kLanes];
-            Unrolled<kLanes>([&](int k) {
-                re[k] = x[part * kLanes + k].re;
-                im[k] = x[part * kLanes + k].im;
-            });
-            Transpose(re);
-            Transpose(im);
-            Unrolled<kLanes>([&](int lane) {
-                store(BlockOf(lane, group) * kVectors + part, LaneComplex<V>{re[lane], im[lane]});
-            });
-        }
-    }
-
-    /// Where the lanes' frequencies of one place of a block stand in natural order.
-    Interleaved<V> NaturalElements(std::ptrdiff_t group, int place) const {
-        const std::ptrdiff_t reversedGroup = m_Groups == 1 ? 0 : m_Form.lists.reversals[group * kLanes];
-        return Data() + (kReversed<16>.of[place] * m_Groups + reversedGroup);
-    }
-    void StoreNatural(std::ptrdiff_t group, const LaneComplex<V>* x) const {
-        simd::CLARIBOX_VECTOR_CLASS::Unrolled<16>(
-            [&](int place) { Deposit(NaturalElements(group, place), 0, x[place]); });
-    }
-    void LoadNatural(std::ptrdiff_t group, LaneComplex<V>* x) const {
-        simd::CLARIBOX_VECTOR_CLASS::Unrolled<16>(
-            [&](int place) { x[place] = Fetch(NaturalElements(group, place), 0); });
+    std::ptrdiff_t ReversedGroup(std::ptrdiff_t group) const {
+        return m_Blocks.groups == 1 ? 0 : m_Form.lists.reversals[group * kLanes];
     }
 
     /// The triples of `count` adjacent blocks of a pass, the first of which is number count * BlockOf(lane).
@@ -157,7 +68,7 @@ private:
             const int from = kNumbers >= kLanes && first + kLanes > kNumbers ? kNumbers - kLanes : first;
             simd::CLARIBOX_VECTOR_CLASS::Unrolled<kLanes>([&](int lane) {
                 numbers[from + lane] = simd::CLARIBOX_VECTOR_CLASS::Load<V>(
-                    m_Form.triples + (m_Block + BlockOf(lane, group)) * kNumbers + from);
+                    m_Form.triples + (m_First + m_Blocks.BlockOf(lane, group)) * kNumbers + from);
             });
             Transpose(numbers + from);
         }
@@ -171,7 +82,7 @@ private:
     template <Direction direction>
     void Transform(std::ptrdiff_t group, LaneComplex<V>* x) const {
         if (m_Form.triples == nullptr) {
-            const GroupsOfFour<T> twiddles = {m_Form.even + 2 * ((1 << kStaticBits) - 16)};
+            const TripleSeries<Beside<V>, T> twiddles = {m_Form.even + 2 * ((1 << kStaticBits) - 16)};
             Passes<direction, kRotation<direction, false>>(x, twiddles, [](LaneComplex<V>*, int) {});
         } else {
             TwiddleTriple<V> whole;
@@ -215,9 +126,9 @@ private:
 
     const Pow2Form<T>& m_Form;
     LaneComplex<V>* m_Scratch;
-    T* m_Data;
-    std::ptrdiff_t m_Block;
-    std::ptrdiff_t m_Groups;
+    Interleaved<V> m_Data;
+    std::ptrdiff_t m_First;
+    LaneBlocks<V, 16> m_Blocks;
 };
 
 } // namespace dft::CLARIBOX_VECTOR_CLASS

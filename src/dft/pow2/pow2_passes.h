@@ -13,51 +13,9 @@
 #include "dft/pow2/pow2_form.h"
 #include "dft/pow2/radix_passes.h"
 #include "dft/pow2/static_tables.h"
+#include "dft/pow2/ways.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {
-
-/// Lines side by side, V holding the same element of all; with a scalar, a line by itself.
-template <typename V>
-struct Beside {
-    using Vector = V;
-    using Root = Real<V>;
-    static constexpr int kPoints = 1;   ///< elements of a line in a vector
-    static constexpr int kLastBits = 2; ///< log2 of the elements of the blocks that are left to the end
-
-    /// Number j of a series that stands in groups of four, `stride` numbers from group to group.
-    static Root RootAt(const Real<V>* series, int stride, std::ptrdiff_t j) { return series[j / 4 * stride + j % 4]; }
-};
-
-/// One line, V holding consecutive elements.
-template <typename V>
-struct Along {
-    using Vector = V;
-    using Root = V;
-    static constexpr int kPoints = kLines<V>;
-    static constexpr int kLastBits = 4;
-
-    static Root RootAt(const Real<V>* series, int stride, std::ptrdiff_t j) {
-        return Groups<kPoints>(series + j * kPoints / 4 * stride + j * kPoints % 4, stride);
-    }
-
-private:
-    template <int count>
-    using Part = typename simd::CLARIBOX_VECTOR_CLASS::VectorOf<Real<V>, count>::Type;
-
-    template <int count, int... k>
-    static Part<count> Joined(Part<count / 2> a, Part<count / 2> b, simd::CLARIBOX_VECTOR_CLASS::Indices<0, k...>) {
-        return __builtin_shufflevector(a, b, k...);
-    }
-    template <int count>
-    static Part<count> Groups(const Real<V>* from, int stride) {
-        if constexpr (count <= 4) {
-            return simd::CLARIBOX_VECTOR_CLASS::Load<Part<count>>(from);
-        } else {
-            return Joined<count>(Groups<count / 2>(from, stride), Groups<count / 2>(from + count / 8 * stride, stride),
-                                 simd::CLARIBOX_VECTOR_CLASS::Indices<count>{});
-        }
-    }
-};
 
 /// Twiddles of one radix-2 pass, or of two such passes in a row, on four elements a quarter of a block apart.
 template <typename W>
@@ -191,11 +149,8 @@ inline void RunRadix4(const Pow2Form<T>& form, In in, Out out, int bits, std::pt
         }
         return;
     }
-    const T* const level = form.even + 2 * ((1 << kStaticBits) - (1 << bits));
-    Pass4<direction, order, kRotation<direction, false>>(in, out, quarter, blocks, [=](std::ptrdiff_t j) {
-        const auto root = [=](int number) { return Way::RootAt(level + 4 * number, 24, j); };
-        return TwiddleTriple<typename Way::Root>{{root(0), root(1)}, {root(2), root(3)}, {root(4), root(5)}};
-    });
+    const TripleSeries<Way, T> level = {form.even + 2 * ((1 << kStaticBits) - (1 << bits))};
+    Pass4<direction, order, kRotation<direction, false>>(in, out, quarter, blocks, level);
 }
 
 } // namespace dft::CLARIBOX_VECTOR_CLASS

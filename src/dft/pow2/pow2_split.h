@@ -6,15 +6,9 @@
 
 namespace dft::CLARIBOX_VECTOR_CLASS {
 
-/// Log2 of the elements of a line for which the first-level cache is surely large enough.
+/// Log2 of the elements of the blocks that are left to the end.
 template <typename Way>
-inline constexpr int kCachedLineBits = [] {
-    int bits = 0;
-    while ((sizeof(LaneComplex<typename Way::Vector>) / Way::kPoints) << (bits + 1) <= 32768) {
-        ++bits;
-    }
-    return bits;
-}();
+inline constexpr int kLastBits = Way::kPoints == 1 ? 2 : 4;
 
 template <typename Way>
 using Elements = LaneComplex<typename Way::Vector>*;
@@ -147,14 +141,14 @@ void RunRadix4Passes(const Pow2Form<T>& form, Outer outer, Elements<Way> work, E
             RunRadix4Passes<Way, direction>(form, part, part, natural, bits - 2, 4 * block + k);
         }
     } else {
-        if constexpr (!forward && Way::kLastBits == 2) {
+        if constexpr (!forward && kLastBits<Way> == 2) {
             RunLastBlocks<direction>(form, work, natural, bits, block);
         }
-        const int first = forward ? bits - 2 : Way::kLastBits + 2;
-        for (int at = first; at > Way::kLastBits && at < bits; at += forward ? -2 : 2) {
+        const int first = forward ? bits - 2 : kLastBits<Way> + 2;
+        for (int at = first; at > kLastBits<Way> && at < bits; at += forward ? -2 : 2) {
             RunRadix4<Way, direction>(form, work, work, at, block << (bits - at), std::ptrdiff_t{1} << (bits - at));
         }
-        if constexpr (forward && Way::kLastBits == 2) {
+        if constexpr (forward && kLastBits<Way> == 2) {
             RunLastBlocks<direction>(form, work, natural, bits, block);
         }
     }
@@ -164,7 +158,7 @@ void RunRadix4Passes(const Pow2Form<T>& form, Outer outer, Elements<Way> work, E
 }
 
 /// All passes of the block of 2^bits elements, 16 or more, that is number `block` of its size, but for the blocks of
-/// 2^Way::kLastBits elements where that is not 4. Forward it reads `outer` and leaves the rest to `work` and `natural`;
+/// 2^kLastBits elements where that is not 4. Forward it reads `outer` and leaves the rest to `work` and `natural`;
 /// backward it starts from `natural`, if not null, else from `work`, and writes `outer`. `outer` may be the same as
 /// `work` or as `natural`.
 template <typename Way, Direction direction, typename T, typename Outer>

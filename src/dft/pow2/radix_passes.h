@@ -35,17 +35,6 @@ struct TwiddleTriple {
     Complex<W> w3;
 };
 
-/// Twiddles in groups of four consecutive j: the four real parts of W^j, the four imaginary ones, then the same of W^2j
-/// and of W^3j. Forward roots, as in all tables of this room.
-template <typename T>
-struct GroupsOfFour {
-    const T* table;
-    TwiddleTriple<T> operator()(std::ptrdiff_t j) const {
-        const T* const at = table + j / 4 * 24 + j % 4;
-        return {{at[0], at[4]}, {at[8], at[12]}, {at[16], at[20]}};
-    }
-};
-
 /// Which way a pass goes: from elements in natural order to transforms in bit-reversed order, or back.
 enum Order { kScramble, kUnscramble };
 
