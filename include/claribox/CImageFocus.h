@@ -40,7 +40,8 @@ public:
     void SetNoiseFactor(float noiseFactor);
     double GetNoiseFactor() const;
 
-    /// Length of motion in pixels, 1 or more and not above the picture's smaller side.
+    /// Length of motion in pixels, 1 or more: not above the picture's smaller side for `MotionBlur`, and at most half
+    /// of that side plus 49 for `DeMotionBlur`.
     void SetMotionLength(int length);
     int GetMotionLength() const;
 
@@ -66,16 +67,19 @@ public:
     /// colour plane where the machine has more than one processor package or core; the bytes are the same either way.
     void DeMotionBlur(unsigned char* pixels, FoPixelFmt format, int pitch);
 
-    /// Guesses the direction of motion blur inside the picture's busiest square and moves the estimation region there.
-    /// From 1700000 pixels on it looks at every second row and column. Returns a degree from 0 to 359; does not set the
-    /// motion degree. The pixels are only read.
+    /// Guesses the direction of motion blur inside the picture's busiest square of 512 pixels and moves the estimation
+    /// region there; where no such square fits, the region stays as an earlier picture left it. From 1700000 pixels on
+    /// it looks at every second row and column. Returns a degree from 0 to 359; does not set the motion degree. The
+    /// pixels are only read.
     int GuessMotionDegree(unsigned char* pixels, FoPixelFmt format, int pitch);
 
-    /// The estimation region in the coordinates of the plane that was looked at. It may reach beyond a picture of which
-    /// one side is above 512 and the other is not.
+    /// The estimation region in the coordinates of the plane that was looked at. `right` is left + 512 in a picture
+    /// more than 512 pixels wide, else its last column; `bottom` likewise. It may reach beyond the plane: of a picture
+    /// looked at in half size, with a side below 520, or with the region of an earlier one.
     void GetEstRect(int& left, int& top, int& right, int& bottom) const;
 
-    /// The same in the coordinates of the full picture. A picture of exactly 1700000 pixels, already looked at in half
+    /// The same in the coordinates of the full picture: all four doubled above 1700000 pixels, with no bound by the
+    /// picture's size. A picture of exactly 1700000 pixels, already looked at in half
     /// size, still reports the half-size coordinates: required.
     void GetEstRectActSize(int& left, int& top, int& right, int& bottom) const;
 
@@ -87,11 +91,20 @@ private:
     void ConvolvePlane_Mask(unsigned char* plane, ChMatrix<float>& kernel, unsigned char* mask);
     void DeBlur_Deconv(unsigned char* first, unsigned char* second, unsigned char* third);
     void DeBlur_Deconv_MT(unsigned char* first, unsigned char* second, unsigned char* third);
+    /// The deblurring of `DeBlur`, in the frequency domain and with the radius unclamped, on three planes of the
+    /// picture's size. Stores a noise factor of 0.04.
     void DeBlur_Inv(unsigned char* first, unsigned char* second, unsigned char* third);
+    /// Filters a plane of the picture's size by a spectrum of the extended size, which is only read. `scratch` has
+    /// (width + 100) * (height + 100) bytes.
     void InvFilter(unsigned char* plane, unsigned char* scratch, DFT_Buffer& inverse);
     void DeMotionBlur_MT(unsigned char* pixels, FoPixelFmt format, int pitch);
+    /// Moves the region's corner to the busiest square of a plane, to (0, 0) where the plane is not larger than it, or
+    /// leaves it where no square fits.
     void Probe_Region(unsigned char* plane, int width, int height);
+    /// Stores, for each sample, its distance from the mean of its 11 by 11 neighbours, or 0 below `threshold`. In the
+    /// band of 5 at the edges the distance is the sample itself: required. `spare` is not read.
     void GetEdgeMap(unsigned char* plane, unsigned char* map, int spare, int threshold);
+    /// Luminance of a red, a green and a blue plane; white becomes 254.
     void CvtToPlaneY(unsigned char* y, unsigned char* first, unsigned char* second, unsigned char* third);
 
     int m_Width = 0; // nothing to work on until SetSize

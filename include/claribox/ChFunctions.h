@@ -1,5 +1,5 @@
 // Exported free functions: builders of point spread functions and of the deconvolution kernel, and the road into the
-// frequency domain and back.
+// frequency domain and back. A transform that finds no memory is not reported: what it was to fill is then undefined.
 #pragma once
 
 #include "ChMatrix.h"
@@ -59,6 +59,7 @@ CLARIBOX_API void ChShowPowerSpectrum(unsigned char* plane, int width, int heigh
 /// Guesses the direction of motion blur in the pixels with x from left+1 up to and excluding right-1 and y from top+1
 /// up to and excluding bottom-1 of a tightly packed plane with rows of `width` bytes: the degree, 0 to 359, along which
 /// neighbouring pixels predict each other best, the lowest of equals. 0 if there are no such pixels. `height` is not
-/// read. Nothing is written.
+/// read, and a region wider than the plane reads on in the rows below: `left` and `top` are 0 or more, and sample
+/// (right - 1, bottom - 1) lies inside the plane. Nothing is written.
 CLARIBOX_API int ChGuessMotionDirection(unsigned char* plane, int width, int height, int left, int top, int right,
                                         int bottom);

@@ -60,7 +60,7 @@ struct BasicFftPlan {
     Real scale;
     std::int32_t hint;
     std::int32_t work_bytes;
-    std::int32_t* bit_reversal; ///< order 4 and above: see pow2/fft_plan.cpp
+    std::int32_t* bit_reversal; ///< order 4 and above: see pow2/fft_plan_layout.h
     /// Radix-4 twiddles W^j, W^2j, W^3j of each stage of 2^k points, k from 4 (even order) or 5 (odd) by twos, j below
     /// 2^k / 4, in groups of four j: four re W^j, four im W^j, then the same of W^2j and of W^3j.
     Real* stage_tables;
