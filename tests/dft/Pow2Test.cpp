@@ -293,7 +293,7 @@ void CheckScale(int variant, int bits) {
     const TestNumber code(dft::dft_variant_code, variant);
     TestJob<Real> job({1 << bits});
     dft::DftDescriptor& record = *job.operator->();
-    const Real factor = static_cast<Real>(0.3L);
+    const Real factor = static_cast<Real>(0.3125L); // so short that the x87 unit, too, rounds a product once
     const auto scaled = [factor](Line<Real> line) {
         for (Complex<Real>& element : line) {
             element = {element.re * factor, element.im * factor};
@@ -307,7 +307,7 @@ void CheckScale(int variant, int bits) {
         record.forward_scale_double = record.backward_scale_double = 1;
         const Line<Real> expected =
             last ? scaled(RunSlot(record, direction, x)) : RunSlot(record, direction, scaled(x));
-        (direction == dft::kForward ? record.forward_scale_single : record.backward_scale_single) = 0.3f;
+        (direction == dft::kForward ? record.forward_scale_single : record.backward_scale_single) = 0.3125f;
         (direction == dft::kForward ? record.forward_scale_double : record.backward_scale_double) = factor;
         const Line<Real> actual = RunSlot(record, direction, x);
         EXPECT_TRUE(SameBytes(expected.data(), actual.data(), x.size())) << "direction " << direction;

@@ -6,9 +6,9 @@
 
 namespace dft {
 
-/// A line in 2^levels pieces, each of 16 elements or more, with the spectrum in bit-reversed order and unscaled.
-/// `scratch` holds as many elements as the line, on a multiple of 64 bytes, and connects the two members: forward the
-/// levels come first, backward the pieces.
+/// A line in 2^levels pieces, each of 16 elements or more, with the spectrum in bit-reversed order and the factor of
+/// the direction applied. `scratch` holds as many elements as the line, on a multiple of 64 bytes, and connects the two
+/// members: forward the levels come first, backward the pieces.
 template <typename Real>
 struct Pow2Pieces {
     /// The radix-2 passes that take the whole line to pieces, or make it of them.

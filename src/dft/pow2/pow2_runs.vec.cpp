@@ -116,6 +116,9 @@ void Line(const DftDescriptor& record, Complex<Real<V>>* data, Complex<Real<V>>*
 template <Direction direction, typename V>
 void Levels(const Pow2Form<Real<V>>& form, Complex<Real<V>>* data, Complex<Real<V>>* scratch, int levels) {
     const int bits = form.log2_length;
+    if constexpr (direction == kForward) {
+        Scale(data, bits, form.scaleBefore);
+    }
     if (IsAlong<V>(bits - levels)) {
         if constexpr (kHasVectors<V>) {
             RunAllLevels<Along<V>, direction>(form, Interleaved<V>{&data->re},
@@ -123,6 +126,9 @@ void Levels(const Pow2Form<Real<V>>& form, Complex<Real<V>>* data, Complex<Real<
         }
     } else {
         RunAllLevels<Beside<Real<V>>, direction>(form, data, data, bits, bits - levels, 0);
+    }
+    if constexpr (direction == kBackward) {
+        Scale(data, bits, form.scaleAfter);
     }
 }
 
@@ -138,6 +144,9 @@ void Piece(const Pow2Form<Real<V>>& form, Complex<Real<V>>* data, Complex<Real<V
         }
     } else {
         RunPasses<Beside<Real<V>>, direction>(form, part, part, static_cast<Complex<Real<V>>*>(nullptr), bits, piece);
+    }
+    if constexpr (direction == kForward) {
+        Scale(part, bits, form.scaleAfter);
     }
 }
 

@@ -28,13 +28,6 @@ int LevelsFor(std::int32_t threads, int log2_length) {
 }
 
 template <typename Real>
-void Scale(Complex<Real>* data, std::ptrdiff_t length, Real factor) {
-    for (std::ptrdiff_t k = 0; factor != Real{1} && k < length; ++k) {
-        data[k] = {data[k].re * factor, data[k].im * factor};
-    }
-}
-
-template <typename Real>
 std::int32_t Run(Direction direction, void* line, std::int32_t threads, DftDescriptor& record, DftRoutine serial) {
     const int levels = LevelsFor(threads, record.log2_length);
     if (levels == 0) {
@@ -51,7 +44,6 @@ std::int32_t Run(Direction direction, void* line, std::int32_t threads, DftDescr
         RunChunks(1 << levels, 1 << levels,
                   [&](int piece) { runs.piece[direction](form, data, scratch.data(), levels, piece); });
     };
-    Scale(data, record.length, form.scaleBefore);
     if (direction == kForward) {
         runs.levels[direction](form, data, scratch.data(), levels);
         runPieces();
@@ -65,7 +57,6 @@ std::int32_t Run(Direction direction, void* line, std::int32_t threads, DftDescr
         runPieces();
         runs.levels[direction](form, data, scratch.data(), levels);
     }
-    Scale(data, record.length, form.scaleAfter);
     return DFT_OK;
 }
 
