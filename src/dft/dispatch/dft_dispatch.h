@@ -14,7 +14,6 @@ struct DftTuning {
     std::int32_t one_shot_below[2];      ///< complex, rank 1
     std::int32_t one_shot_real_below[2]; ///< packed format 54
     std::int32_t small_log2_below[2];    ///< the whole transform in one go
-    std::int32_t ordered_log2_from;      ///< single precision: ordered through a temporary; 99: never
     std::int32_t two_level_up_to[2];
     std::int32_t two_level_block[2];
     std::int32_t group[2]; ///< of the three-level form

@@ -13,7 +13,6 @@ constexpr DftTuning kDefault = {
     .one_shot_below = {1024, 512},
     .one_shot_real_below = {8193, 4097},
     .small_log2_below = {11, 11},
-    .ordered_log2_from = 99,
     .two_level_up_to = {16384, 8192},
     .two_level_block = {1024, 1024},
     .group = {16384, 8192},
@@ -42,7 +41,6 @@ constexpr DftTuning Pentium4(const char* name) {
     tuning.one_shot_below[0] = 4096;
     tuning.one_shot_below[1] = 1024;
     tuning.small_log2_below[0] = 13;
-    tuning.ordered_log2_from = 7;
     tuning.group_block[0] = 512;
     tuning.serial_rank1_below[0] = 4097;
     tuning.serial_rank1_below[1] = 1025;

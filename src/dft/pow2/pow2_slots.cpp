@@ -1,8 +1,8 @@
 #include "dft/pow2/pow2.h"
 
 #include "dft/memory/engine_memory.h"
+#include "dft/memory/work_memory.h"
 #include "dft/pow2/pow2_runs.h"
-#include "dft/pow2/scratch_line.h"
 
 namespace dft {
 namespace {
@@ -17,7 +17,7 @@ const Pow2Runs<double>& ActiveRuns(const Complex<double>*) {
 template <typename Real>
 std::int32_t Run(Direction direction, void* input, const DftDescriptor& record) {
     auto* const data = static_cast<Complex<Real>*>(input);
-    const ScratchLine<Real> scratch(record.length);
+    const LineBuffer<Complex<Real>> scratch(static_cast<std::size_t>(record.length));
     if (scratch.data() == nullptr) {
         return DFT_NO_MEMORY;
     }

@@ -1,10 +1,10 @@
 #include "dft/pow2/pow2.h"
 
 #include "dft/driver/parallel_chunks.h"
+#include "dft/memory/work_memory.h"
 #include "dft/pow2/permutation.h"
 #include "dft/pow2/pow2_pieces.h"
 #include "dft/pow2/pow2_runs.h"
-#include "dft/pow2/scratch_line.h"
 
 namespace dft {
 namespace {
@@ -34,7 +34,7 @@ std::int32_t Run(Direction direction, void* line, std::int32_t threads, DftDescr
         return serial(line, line, &record, nullptr);
     }
     auto* const data = static_cast<Complex<Real>*>(line);
-    const ScratchLine<Real> scratch(record.length);
+    const LineBuffer<Complex<Real>> scratch(static_cast<std::size_t>(record.length));
     if (scratch.data() == nullptr) {
         return DFT_NO_MEMORY;
     }
