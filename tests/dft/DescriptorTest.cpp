@@ -123,7 +123,7 @@ TEST_F(Descriptor, FieldsAfterCreation) {
 }
 
 TEST_F(Descriptor, StatusesOfCommitComputeAndFree) {
-    float data[40] = {};
+    alignas(double) float data[80] = {};
     EXPECT_EQ(dft::dfti_commit_descriptor(nullptr), 3);
     EXPECT_EQ(dft::dfti_free_descriptor(nullptr), 3);
     for (const int domain : {32, 33}) {
@@ -137,20 +137,20 @@ TEST_F(Descriptor, StatusesOfCommitComputeAndFree) {
             for (const int placement : {44, 43}) {
                 job->placement = placement;
                 job->commit_state = dft::DFT_UNCOMMITTED;
-                forwardAndBackward(data, data + 20, 2);
+                forwardAndBackward(data, data + 40, 2);
                 for (char& letter : job->tag) {
                     letter ^= 1;
-                    forwardAndBackward(data, data + 20, 5);
-                    forwardAndBackward(nullptr, data + 20, 3);
+                    forwardAndBackward(data, data + 40, 5);
+                    forwardAndBackward(nullptr, data + 40, 3);
                     EXPECT_EQ(dft::dfti_commit_descriptor(job.handle), 5);
                     EXPECT_EQ(dft::dfti_free_descriptor(&job.handle), 5);
                     letter ^= 1;
                 }
                 EXPECT_EQ(dft::dfti_commit_descriptor(job.handle), 0);
                 EXPECT_EQ(job->commit_state, dft::DFT_COMMITTED);
-                forwardAndBackward(nullptr, data + 20, 3);
+                forwardAndBackward(nullptr, data + 40, 3);
                 forwardAndBackward(data, nullptr, placement == 43 ? 0 : 3);
-                forwardAndBackward(data, data + 20, 0);
+                forwardAndBackward(data, data + 40, 0);
             }
             job->unsupported_flag = 1;
             EXPECT_EQ(dft::dfti_commit_descriptor(job.handle), 6);

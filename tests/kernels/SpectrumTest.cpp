@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 #include <random>
@@ -164,8 +165,8 @@ TEST_P(SpectrumTest, PassesRoundAsTold) {
         const auto element = static_cast<std::uint32_t>(sizeof(ChComplex));
         GuardedBuffer<ChComplex> work(count, 4);
         GuardedBuffer<ChComplex> transfer(count, 4);
-        std::memcpy(work.data(), spectrum.data(), count * element);
-        std::memcpy(transfer.data(), otf.data(), count * element);
+        std::copy_n(spectrum.data(), count, work.data());
+        std::copy_n(otf.data(), count, transfer.data());
         kernels::ActiveSpectrumPasses().MultiplyAndScale(transfer.data(), work.data(), count, scale);
         EXPECT_TRUE(count == 0 || SameBytes(otf.data(), transfer.data(), count));
         kernels::ActiveSpectrumPasses().Invert(transfer.data(), count, noise);
