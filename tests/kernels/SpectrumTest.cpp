@@ -162,7 +162,6 @@ TEST_P(SpectrumTest, PassesRoundAsTold) {
             otf[k] = {std::ldexp(otf[k].re, -40), 1.0f + 0x1p-10f * spectrum[k].im};
             spectrum[k] = {1.0f + spectrum[k].re / 2, std::ldexp(spectrum[k].im, -40)};
         }
-        const auto element = static_cast<std::uint32_t>(sizeof(ChComplex));
         GuardedBuffer<ChComplex> work(count, 4);
         GuardedBuffer<ChComplex> transfer(count, 4);
         std::copy_n(spectrum.data(), count, work.data());
