@@ -111,7 +111,7 @@ const std::vector<Layout> kLayouts = {
 
 // The scale factor of record k, and whether its pass runs.
 double Scale(int k, Direction direction) {
-    constexpr double scales[2][3] = {{0.5, 3, 1}, {1, 0.25, 1.25}};
+    constexpr double scales[2][3] = {{0.5, 1, 3}, {1, 0.25, 1.25}};
     return scales[direction][k % 3];
 }
 void SetScales(DftDescriptor& record) {

@@ -182,7 +182,35 @@ Line<Real> RunSlot(dft::DftDescriptor& record, int direction, const Line<Real>& 
     return Line<Real>(data.data(), data.data() + data.size());
 }
 
-// Spectra in bit-reversed order have the very bytes of ordered ones, and a batch those of its lines.
+// Columns where they lie, among others, have the bytes that `results` holds of their lines; the others stay.
+template <typename Real>
+void CheckColumns(dft::DftDescriptor& record, int direction, const std::vector<Line<Real>>& lines,
+                  const std::vector<Line<Real>>& results) {
+    const std::size_t n = lines[0].size();
+    const std::size_t before = 1;
+    const std::size_t stride = before + lines.size() + 2;
+    const Complex<Real> other{7, -7};
+    GuardedBuffer<Complex<Real>> plane(n * stride, 8);
+    std::fill(plane.data(), plane.data() + plane.size(), other);
+    for (std::size_t j = 0; j < n * lines.size(); ++j) {
+        plane.data()[j / lines.size() * stride + before + j % lines.size()] = lines[j % lines.size()][j / lines.size()];
+    }
+    GuardedBuffer<Real> scratch(2 * n * lines.size());
+    const auto asLong = [](std::size_t x) { return static_cast<std::ptrdiff_t>(x); };
+    ActiveRuns<Real>().columns[direction](
+        record, {plane.data() + before, asLong(stride), 1, asLong(lines.size()), asLong(n)}, scratch.data());
+    EXPECT_TRUE(plane.GuardsIntact());
+    EXPECT_TRUE(scratch.GuardsIntact());
+    for (std::size_t k = 0; k < n; ++k) {
+        std::vector<Complex<Real>> expected(stride, other);
+        for (std::size_t lane = 0; lane < lines.size(); ++lane) {
+            expected[before + lane] = results[lane][k];
+        }
+        ASSERT_TRUE(SameBytes(expected.data(), plane.data() + k * stride, stride)) << "row " << k;
+    }
+}
+
+// Spectra in bit-reversed order have the very bytes of ordered ones, and a batch or columns those of their lines.
 template <typename Real>
 void CheckForms(int bits) {
     const std::size_t n = std::size_t{1} << bits;
@@ -198,6 +226,7 @@ void CheckForms(int bits) {
             SCOPED_TRACE(::testing::Message() << "direction " << direction << ", ordering " << ordering);
             record.ordering = ordering;
             const bool reversed = ordering != dft::DFT_ORDERED;
+            std::vector<Line<Real>> lines;
             std::vector<Line<Real>> results;
             for (std::size_t lane = 0; lane < lanes; ++lane) {
                 Line<Real> x = base;
@@ -208,6 +237,7 @@ void CheckForms(int bits) {
                     batch.Write((2 * k + 1) * lanes + lane, x[k].im);
                 }
                 results.push_back(RunSlot(record, direction, x));
+                lines.push_back(std::move(x));
             }
             ActiveRuns<Real>().batch[direction](record, batch.data(), scratch.data());
             EXPECT_TRUE(batch.GuardsIntact());
@@ -218,6 +248,9 @@ void CheckForms(int bits) {
                     ofBatch[k] = {batch.Read(2 * k * lanes + lane), batch.Read((2 * k + 1) * lanes + lane)};
                 }
                 ASSERT_TRUE(SameBytes(results[lane].data(), ofBatch.data(), n)) << "lane " << lane;
+            }
+            if (!reversed && bits >= 4) {
+                CheckColumns(record, direction, lines, results);
             }
             if (!reversed) {
                 first = results[0];

@@ -79,6 +79,19 @@ public:
     /// The factor that `Run` leaves to be applied.
     Real scale() const { return m_Scale; }
 
+    /// Whether lines one after the other are best run one by one, by the record's own routine.
+    bool PrefersRows() const { return m_Plan == nullptr && ActivePow2Runs<Real>().has_vectors(m_Record.log2_length); }
+
+    /// Whether columns may go by `RunColumns`.
+    bool HasColumns() const {
+        return m_Plan == nullptr && m_Record.log2_length >= 4 && m_Record.ordering == DFT_ORDERED &&
+               ScaleFactor<Real>(m_Record, m_Direction) == 1;
+    }
+    /// On as many adjacent columns as a batch has lanes, where they lie.
+    void RunColumns(const Lines<Real>& columns, Real* work) const {
+        ActivePow2Runs<Real>().columns[m_Direction](m_Record, columns, work);
+    }
+
     /// In place.
     void Run(Real* batch, Real* work) const {
         if (m_Plan != nullptr) {
@@ -131,6 +144,12 @@ std::ptrdiff_t LinesBeforeBoundary(const Lines<Real>& lines) {
     return lines.lineStride == 1 && isShared && past % element == 0 ? (cacheLine - past) % cacheLine / element : 0;
 }
 
+/// Lines of a first batch that is not full.
+template <typename Real>
+std::ptrdiff_t LeadingLines(const BatchRoutine<Real>& routine, const Lines<Real>& lines) {
+    return lines.count > routine.lanes() ? LinesBeforeBoundary(lines) % routine.lanes() : 0;
+}
+
 template <typename Real>
 std::int32_t TransformInBatches(const BatchRoutine<Real>& routine, const Lines<Real>& lines) {
     const LineBuffer<Real> batch(routine.BatchReals());
@@ -139,7 +158,7 @@ std::int32_t TransformInBatches(const BatchRoutine<Real>& routine, const Lines<R
         return DFT_NO_MEMORY;
     }
     const LineTransport<Real>& transport = ActiveLineTransport<Real>();
-    const std::ptrdiff_t leading = lines.count > routine.lanes() ? LinesBeforeBoundary(lines) % routine.lanes() : 0;
+    const std::ptrdiff_t leading = LeadingLines(routine, lines);
     Lines<Real> group = Part(lines, 0, leading > 0 ? leading : routine.lanes());
     transport.gather(group, batch.data());
     for (std::ptrdiff_t first = group.count; first < lines.count; first += group.count) {
@@ -150,6 +169,28 @@ std::int32_t TransformInBatches(const BatchRoutine<Real>& routine, const Lines<R
     }
     routine.Run(batch.data(), work.data());
     transport.scatter(batch.data(), group, routine.scale());
+    return DFT_OK;
+}
+
+/// Columns where they lie, but for those before the first cache line and after the last full group.
+template <typename Real>
+std::int32_t TransformColumns(const BatchRoutine<Real>& routine, const Lines<Real>& columns) {
+    const std::ptrdiff_t leading = LeadingLines(routine, columns);
+    const std::ptrdiff_t rest = leading + (columns.count - leading) / routine.lanes() * routine.lanes();
+    {
+        const LineBuffer<Real> work(routine.WorkReals());
+        if (work.data() == nullptr) {
+            return DFT_NO_MEMORY;
+        }
+        for (std::ptrdiff_t first = leading; first < rest; first += routine.lanes()) {
+            routine.RunColumns(Part(columns, first, routine.lanes()), work.data());
+        }
+    }
+    for (const Lines<Real>& others : {Part(columns, 0, leading), Part(columns, rest, columns.count - rest)}) {
+        if (others.count > 0 && TransformInBatches(routine, others) != DFT_OK) {
+            return DFT_NO_MEMORY;
+        }
+    }
     return DFT_OK;
 }
 
@@ -209,7 +250,10 @@ std::int32_t TransformLines(DftDescriptor* record, Direction direction, const Li
                             void* work) {
     if (lines.count > 1 && AreApart(lines)) {
         const BatchRoutine<Real> routine(*record, direction);
-        if (routine.Exists()) {
+        if (routine.Exists() && lines.lineStride == 1 && routine.HasColumns()) {
+            return TransformColumns(routine, lines);
+        }
+        if (routine.Exists() && !(lines.elementStride == 1 && routine.PrefersRows())) {
             return TransformInBatches(routine, lines);
         }
     }

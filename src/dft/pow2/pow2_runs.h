@@ -2,6 +2,7 @@
 #pragma once
 
 #include "dft/dft.h"
+#include "dft/driver/line_transport.h"
 #include "dft/plans/plan_runs.h"
 #include "simd/VectorClass.h"
 
@@ -16,6 +17,12 @@ struct Pow2Runs {
     void (*line[2])(const DftDescriptor& record, Complex<Real>* data, Complex<Real>* scratch);
     /// A batch in place; both arrays of `lanes` times `length` elements, on a multiple of 64 bytes.
     void (*batch[2])(const DftDescriptor& record, Real* data, Real* scratch);
+    /// Whether `line` has vectors along a line of 2^log2_length elements: it is then faster than a batch of lines that
+    /// must be brought together first.
+    bool (*has_vectors)(int log2_length);
+    /// `lanes` adjacent columns (lineStride 1) in place, where they lie, of a record with ordering DFT_ORDERED, scale
+    /// factor 1 and 16 elements or more. `scratch` as for a batch.
+    void (*columns[2])(const DftDescriptor& record, const Lines<Real>& columns, Real* scratch);
 };
 
 CLARIBOX_VECTOR_VARIANTS(Pow2Runs<float>, kPow2RunsSingle, ActivePow2RunsSingle)

@@ -1,5 +1,6 @@
 #include "dft/pow2/pow2_runs.h"
 
+#include "dft/pow2/columns.h"
 #include "dft/pow2/fft_passes.h"
 #include "dft/pow2/pow2_along.h"
 #include "dft/pow2/pow2_pieces.h"
@@ -46,10 +47,9 @@ void RunBeside(const Pow2Form<Real<V>>& form, LaneComplex<V>* data, LaneComplex<
     const int bits = form.log2_length;
     if (bits < 4) {
         RunTiny<direction>(form, data);
-    } else if (form.ordered) {
-        RunPasses<Beside<V>, direction>(form, data, scratch, data, bits, 0);
     } else {
-        RunPasses<Beside<V>, direction>(form, data, data, static_cast<LaneComplex<V>*>(nullptr), bits, 0);
+        LaneComplex<V>* const work = form.ordered ? scratch : data;
+        RunPasses<Beside<V>, direction>(form, data, work, Spectrum<LaneComplex<V>*>{data, form.ordered}, bits, 0);
     }
 }
 
@@ -62,11 +62,21 @@ void Batch(const DftDescriptor& record, Real<V>* data, Real<V>* scratch) {
     Scale(elements, form.log2_length, form.scaleAfter);
 }
 
+/// The passes at both ends take the place of bringing columns together and back.
+template <Direction direction, typename V>
+void RunColumns(const DftDescriptor& record, const Lines<Real<V>>& lines, Real<V>* scratch) {
+    const Pow2Form<Real<V>> form = FormOf<Real<V>>(record, direction);
+    const Columns<V> columns{lines.base, lines.elementStride};
+    RunPasses<Beside<V>, direction>(form, ColumnsInTurn<V>{columns, lines.length - 1},
+                                    reinterpret_cast<LaneComplex<V>*>(scratch), Spectrum<Columns<V>>{columns, true},
+                                    form.log2_length, 0);
+}
+
 /// The block of 2^bits elements that is number `block` of its size, of one line, at `data` and at `scratch`.
 template <Direction direction, typename V>
 void RunAlong(const Pow2Form<Real<V>>& form, Real<V>* data, LaneComplex<V>* scratch, int bits, std::ptrdiff_t block,
               bool whole) {
-    LaneComplex<V>* const none = nullptr;
+    const Spectrum<LaneComplex<V>*> none{scratch, false};
     const LastSixteens<V> last(form, scratch, data, bits, block);
     const bool natural = whole && form.ordered;
     if constexpr (direction == kForward) {
@@ -143,21 +153,26 @@ void Piece(const Pow2Form<Real<V>>& form, Complex<Real<V>>* data, Complex<Real<V
                                    false);
         }
     } else {
-        RunPasses<Beside<Real<V>>, direction>(form, part, part, static_cast<Complex<Real<V>>*>(nullptr), bits, piece);
+        RunPasses<Beside<Real<V>>, direction>(form, part, part, Spectrum<Complex<Real<V>>*>{data, false}, bits, piece);
     }
     if constexpr (direction == kForward) {
         Scale(part, bits, form.scaleAfter);
     }
 }
 
+template <typename V>
+consteval Pow2Runs<Real<V>> RunsOf() {
+    return {kLines<V>,
+            {Line<kForward, V>, Line<kBackward, V>},
+            {Batch<kForward, V>, Batch<kBackward, V>},
+            IsAlong<V>,
+            {RunColumns<kForward, V>, RunColumns<kBackward, V>}};
+}
+
 } // namespace
 
-const Pow2Runs<float> kPow2RunsSingle = {kLines<BatchSingle>,
-                                         {Line<kForward, BatchSingle>, Line<kBackward, BatchSingle>},
-                                         {Batch<kForward, BatchSingle>, Batch<kBackward, BatchSingle>}};
-const Pow2Runs<double> kPow2RunsDouble = {kLines<BatchDouble>,
-                                          {Line<kForward, BatchDouble>, Line<kBackward, BatchDouble>},
-                                          {Batch<kForward, BatchDouble>, Batch<kBackward, BatchDouble>}};
+const Pow2Runs<float> kPow2RunsSingle = RunsOf<BatchSingle>();
+const Pow2Runs<double> kPow2RunsDouble = RunsOf<BatchDouble>();
 
 const Pow2Pieces<float> kPow2PiecesSingle = {{Levels<kForward, BatchSingle>, Levels<kBackward, BatchSingle>},
                                              {Piece<kForward, BatchSingle>, Piece<kBackward, BatchSingle>}};

@@ -2,6 +2,7 @@
 // the first few passes work in the caches. For vector sources only.
 #pragma once
 
+#include "dft/pow2/columns.h"
 #include "dft/pow2/pow2_passes.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {
@@ -17,29 +18,47 @@ inline std::ptrdiff_t Reversed2(std::ptrdiff_t k) {
     return k % 2 * 2 + k / 2;
 }
 
-/// The place in natural order of the first frequency of a block of 4, among n / 4.
-template <typename T>
-inline std::ptrdiff_t NaturalPlace(const Pow2Form<T>& form, std::ptrdiff_t block) {
+/// Where the spectrum of a whole line stands, and whether in natural order or in that of its blocks, bit-reversed.
+template <typename Places>
+struct Spectrum {
+    Places data;
+    bool isNatural;
+};
+
+/// The place of the first frequency of the block of 4 elements that is number `block` of its size.
+template <typename T, typename Places>
+inline std::ptrdiff_t PlaceOf(const Pow2Form<T>& form, Spectrum<Places> spectrum, std::ptrdiff_t block) {
+    if (!spectrum.isNatural) {
+        return 4 * block;
+    }
     const int middleBits = form.log2_length - 4;
     const std::ptrdiff_t middle = block & ((std::ptrdiff_t{1} << middleBits) - 1);
     const std::ptrdiff_t reversed = middleBits == 0 ? 0 : form.lists.reversals[middle];
     return reversed * 4 + Reversed2(block >> middleBits);
 }
 
-/// The blocks of 4 elements within the block of 2^bits elements that is number `block` of its size. Spectra stand in
-/// `natural`, in natural order, unless it is null.
-template <Direction direction, typename T, typename V>
-inline void RunLastBlocks(const Pow2Form<T>& form, LaneComplex<V>* work, LaneComplex<V>* natural, int bits,
+/// How long before their turn spectra are brought near.
+constexpr std::ptrdiff_t kBlocksAhead = 4;
+
+/// The blocks of 4 elements within the block of 2^bits elements that is number `block` of its size.
+template <Direction direction, typename T, typename V, typename Places>
+inline void RunLastBlocks(const Pow2Form<T>& form, LaneComplex<V>* work, Spectrum<Places> spectrum, int bits,
                           std::ptrdiff_t block) {
     const std::ptrdiff_t blocks = std::ptrdiff_t{1} << (bits - 2);
     const std::ptrdiff_t step = std::ptrdiff_t{1} << (form.log2_length - 2);
+    const std::ptrdiff_t place1 = spectrum.isNatural ? step : 2;
+    const std::ptrdiff_t place2 = spectrum.isNatural ? 2 * step : 1;
+    const std::ptrdiff_t place3 = spectrum.isNatural ? 3 * step : 3;
     for (std::ptrdiff_t k = 0; k < blocks; ++k) {
         const std::ptrdiff_t number = block * blocks + k;
         LaneComplex<V>* const at = work + 4 * k;
-        LaneComplex<V>* const spectrum = natural != nullptr ? natural + NaturalPlace(form, number) : at;
-        const std::ptrdiff_t place1 = natural != nullptr ? step : 2;
-        const std::ptrdiff_t place2 = natural != nullptr ? 2 * step : 1;
-        const std::ptrdiff_t place3 = natural != nullptr ? 3 * step : 3;
+        const Places four = spectrum.data + PlaceOf(form, spectrum, number);
+        const std::ptrdiff_t later = number + kBlocksAhead < step ? number + kBlocksAhead : number;
+        const Places coming = spectrum.data + PlaceOf(form, spectrum, later);
+        Announce<kSecondLevel>(coming, 0);
+        Announce<kSecondLevel>(coming, place1);
+        Announce<kSecondLevel>(coming, place2);
+        Announce<kSecondLevel>(coming, place3);
         LaneComplex<V> x[4];
         if constexpr (direction == kForward) {
             x[0] = at[0];
@@ -47,10 +66,10 @@ inline void RunLastBlocks(const Pow2Form<T>& form, LaneComplex<V>* work, LaneCom
             x[2] = at[2];
             x[3] = at[3];
         } else {
-            x[0] = spectrum[0];
-            x[1] = spectrum[place1];
-            x[2] = spectrum[place2];
-            x[3] = spectrum[place3];
+            x[0] = Fetch(four, 0);
+            x[1] = Fetch(four, place1);
+            x[2] = Fetch(four, place2);
+            x[3] = Fetch(four, place3);
         }
         const auto rotate = [&] {
             const TwiddleTriple<T> triple = TripleOf(form.triples + number * 6);
@@ -66,10 +85,10 @@ inline void RunLastBlocks(const Pow2Form<T>& form, LaneComplex<V>* work, LaneCom
             rotate();
         }
         if constexpr (direction == kForward) {
-            spectrum[0] = x[0];
-            spectrum[place1] = x[1];
-            spectrum[place2] = x[2];
-            spectrum[place3] = x[3];
+            Deposit(four, 0, x[0]);
+            Deposit(four, place1, x[1]);
+            Deposit(four, place2, x[2]);
+            Deposit(four, place3, x[3]);
         } else {
             at[0] = x[0];
             at[1] = x[1];
@@ -128,8 +147,8 @@ void RunAllLevels(const Pow2Form<T>& form, Outer outer, Elements<Way> work, int 
 }
 
 /// The radix-4 passes of the block of 2^bits elements, an even power, depth first.
-template <typename Way, Direction direction, typename T, typename Outer>
-void RunRadix4Passes(const Pow2Form<T>& form, Outer outer, Elements<Way> work, Elements<Way> natural, int bits,
+template <typename Way, Direction direction, typename T, typename Outer, typename Places>
+void RunRadix4Passes(const Pow2Form<T>& form, Outer outer, Elements<Way> work, Spectrum<Places> spectrum, int bits,
                      std::ptrdiff_t block) {
     constexpr bool forward = direction == kForward;
     if constexpr (forward) {
@@ -138,18 +157,18 @@ void RunRadix4Passes(const Pow2Form<T>& form, Outer outer, Elements<Way> work, E
     if (bits > kCachedLineBits<Way>) {
         for (std::ptrdiff_t k = 0; k < 4; ++k) {
             const Elements<Way> part = work + (k << (bits - 2)) / Way::kPoints;
-            RunRadix4Passes<Way, direction>(form, part, part, natural, bits - 2, 4 * block + k);
+            RunRadix4Passes<Way, direction>(form, part, part, spectrum, bits - 2, 4 * block + k);
         }
     } else {
         if constexpr (!forward && kLastBits<Way> == 2) {
-            RunLastBlocks<direction>(form, work, natural, bits, block);
+            RunLastBlocks<direction>(form, work, spectrum, bits, block);
         }
         const int first = forward ? bits - 2 : kLastBits<Way> + 2;
         for (int at = first; at > kLastBits<Way> && at < bits; at += forward ? -2 : 2) {
             RunRadix4<Way, direction>(form, work, work, at, block << (bits - at), std::ptrdiff_t{1} << (bits - at));
         }
         if constexpr (forward && kLastBits<Way> == 2) {
-            RunLastBlocks<direction>(form, work, natural, bits, block);
+            RunLastBlocks<direction>(form, work, spectrum, bits, block);
         }
     }
     if constexpr (!forward) {
@@ -158,15 +177,15 @@ void RunRadix4Passes(const Pow2Form<T>& form, Outer outer, Elements<Way> work, E
 }
 
 /// All passes of the block of 2^bits elements, 16 or more, that is number `block` of its size, but for the blocks of
-/// 2^kLastBits elements where that is not 4. Forward it reads `outer` and leaves the rest to `work` and `natural`;
-/// backward it starts from `natural`, if not null, else from `work`, and writes `outer`. `outer` may be the same as
-/// `work` or as `natural`.
-template <typename Way, Direction direction, typename T, typename Outer>
-void RunPasses(const Pow2Form<T>& form, Outer outer, Elements<Way> work, Elements<Way> natural, int bits,
+/// 2^kLastBits elements where that is not 4. Forward it reads `outer`, works in `work` and leaves the spectrum where
+/// `spectrum` says (if those blocks are 4 elements, else in `work`); backward it goes from there to `outer`. The three
+/// may be the same, or two of them.
+template <typename Way, Direction direction, typename T, typename Outer, typename Places>
+void RunPasses(const Pow2Form<T>& form, Outer outer, Elements<Way> work, Spectrum<Places> spectrum, int bits,
                std::ptrdiff_t block) {
     const bool isBlock = bits <= form.blockBits;
     if (isBlock && bits % 2 == 0) {
-        RunRadix4Passes<Way, direction>(form, outer, work, natural, bits, block);
+        RunRadix4Passes<Way, direction>(form, outer, work, spectrum, bits, block);
         return;
     }
     const int lastBits = isBlock ? bits - 1 : bits > form.groupBits ? form.groupBits : form.blockBits;
@@ -175,7 +194,7 @@ void RunPasses(const Pow2Form<T>& form, Outer outer, Elements<Way> work, Element
     }
     for (std::ptrdiff_t k = 0; k < std::ptrdiff_t{1} << (bits - lastBits); ++k) {
         const Elements<Way> part = work + (k << lastBits) / Way::kPoints;
-        RunPasses<Way, direction>(form, part, part, natural, lastBits, (block << (bits - lastBits)) + k);
+        RunPasses<Way, direction>(form, part, part, spectrum, lastBits, (block << (bits - lastBits)) + k);
     }
     if constexpr (direction == kBackward) {
         RunAllLevels<Way, direction>(form, outer, work, bits, lastBits, block);

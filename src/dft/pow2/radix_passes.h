@@ -10,6 +10,7 @@
 #include "dft/lane_complex.h"
 
 #include <cstddef>
+#include <type_traits>
 
 namespace dft::CLARIBOX_VECTOR_CLASS {
 
@@ -41,34 +42,52 @@ enum Order { kScramble, kUnscramble };
 /// Whether twiddles come before the butterfly or after it.
 enum Rotation { kBefore, kAfter };
 
+/// A butterfly of four on elements k, k + quarter, and so on. Always inlined: a call would cost more than it does.
+template <Direction direction, Order order, Rotation rotation, typename In, typename Out, typename W>
+[[gnu::always_inline]] inline void TurnFour(In in, Out out, std::ptrdiff_t k, std::ptrdiff_t quarter,
+                                            TwiddleTriple<W> w) {
+    constexpr int from1 = order == kUnscramble ? 2 : 1;
+    constexpr int to1 = order == kScramble ? 2 : 1;
+    auto x0 = Fetch(in, k);
+    auto x1 = Fetch(in, k + from1 * quarter);
+    auto x2 = Fetch(in, k + (3 - from1) * quarter);
+    auto x3 = Fetch(in, k + 3 * quarter);
+    if constexpr (rotation == kBefore) {
+        x1 = Rotate<direction>(x1, w.w1.re, w.w1.im);
+        x2 = Rotate<direction>(x2, w.w2.re, w.w2.im);
+        x3 = Rotate<direction>(x3, w.w3.re, w.w3.im);
+    }
+    Butterfly4<direction>(x0, x1, x2, x3);
+    if constexpr (rotation == kAfter) {
+        x1 = Rotate<direction>(x1, w.w1.re, w.w1.im);
+        x2 = Rotate<direction>(x2, w.w2.re, w.w2.im);
+        x3 = Rotate<direction>(x3, w.w3.re, w.w3.im);
+    }
+    Deposit(out, k, x0);
+    Deposit(out, k + to1 * quarter, x1);
+    Deposit(out, k + (3 - to1) * quarter, x2);
+    Deposit(out, k + 3 * quarter, x3);
+}
+
 /// Butterflies of four among elements `quarter` apart, in `blocks` adjacent blocks. `twiddle(j)` gives the triple of
 /// element j of a quarter. `in` and `out` are the same or do not overlap.
 template <Direction direction, Order order, Rotation rotation, typename In, typename Out, typename Twiddle>
 inline void Pass4(In in, Out out, std::ptrdiff_t quarter, std::ptrdiff_t blocks, Twiddle twiddle) {
-    constexpr int from1 = order == kUnscramble ? 2 : 1;
-    constexpr int to1 = order == kScramble ? 2 : 1;
-    for (std::ptrdiff_t j = 0; j < quarter; ++j) {
-        const auto w = twiddle(j);
-        for (std::ptrdiff_t k = j; k < 4 * quarter * blocks; k += 4 * quarter) {
-            auto x0 = Fetch(in, k);
-            auto x1 = Fetch(in, k + from1 * quarter);
-            auto x2 = Fetch(in, k + (3 - from1) * quarter);
-            auto x3 = Fetch(in, k + 3 * quarter);
-            if constexpr (rotation == kBefore) {
-                x1 = Rotate<direction>(x1, w.w1.re, w.w1.im);
-                x2 = Rotate<direction>(x2, w.w2.re, w.w2.im);
-                x3 = Rotate<direction>(x3, w.w3.re, w.w3.im);
+    const std::ptrdiff_t end = 4 * quarter * blocks;
+    if constexpr (std::is_arithmetic_v<decltype(twiddle(0).w1.re)>) {
+        // Blocks apart, loads and stores would often agree in their last 12 bits, and wait for each other.
+        for (std::ptrdiff_t first = 0; first < end; first += 4 * quarter) {
+            for (std::ptrdiff_t j = 0; j < quarter; ++j) {
+                TurnFour<direction, order, rotation>(in, out, first + j, quarter, twiddle(j));
             }
-            Butterfly4<direction>(x0, x1, x2, x3);
-            if constexpr (rotation == kAfter) {
-                x1 = Rotate<direction>(x1, w.w1.re, w.w1.im);
-                x2 = Rotate<direction>(x2, w.w2.re, w.w2.im);
-                x3 = Rotate<direction>(x3, w.w3.re, w.w3.im);
+        }
+    } else {
+        // Vectors of twiddles are put together from groups of four, once for all blocks.
+        for (std::ptrdiff_t j = 0; j < quarter; ++j) {
+            const auto w = twiddle(j);
+            for (std::ptrdiff_t first = 0; first < end; first += 4 * quarter) {
+                TurnFour<direction, order, rotation>(in, out, first + j, quarter, w);
             }
-            Deposit(out, k, x0);
-            Deposit(out, k + to1 * quarter, x1);
-            Deposit(out, k + (3 - to1) * quarter, x2);
-            Deposit(out, k + 3 * quarter, x3);
         }
     }
 }
