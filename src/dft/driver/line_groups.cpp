@@ -79,15 +79,17 @@ public:
     /// The factor that `Run` leaves to be applied.
     Real scale() const { return m_Scale; }
 
-    /// Whether lines one after the other are best run one by one, by the record's own routine.
-    bool PrefersRows() const { return m_Plan == nullptr && ActivePow2Runs<Real>().has_vectors(m_Record.log2_length); }
-
-    /// Whether columns may go by `RunColumns`.
+    /// Whether `RunRow` and `RunColumns` may take the place of bringing lines together.
+    bool HasRows() const { return m_Plan == nullptr && ActivePow2Runs<Real>().has_vectors(m_Record.log2_length); }
     bool HasColumns() const {
         return m_Plan == nullptr && m_Record.log2_length >= 4 && m_Record.ordering == DFT_ORDERED &&
                ScaleFactor<Real>(m_Record, m_Direction) == 1;
     }
-    /// On as many adjacent columns as a batch has lanes, where they lie.
+    /// One line of adjacent elements, where it lies. `work` holds another.
+    void RunRow(Complex<Real>* row, Complex<Real>* work) const {
+        ActivePow2Runs<Real>().line[m_Direction](m_Record, row, work);
+    }
+    /// As many adjacent columns as a batch has lanes, where they lie.
     void RunColumns(const Lines<Real>& columns, Real* work) const {
         ActivePow2Runs<Real>().columns[m_Direction](m_Record, columns, work);
     }
@@ -172,6 +174,18 @@ std::int32_t TransformInBatches(const BatchRoutine<Real>& routine, const Lines<R
     return DFT_OK;
 }
 
+template <typename Real>
+std::int32_t TransformRows(const BatchRoutine<Real>& routine, const Lines<Real>& rows) {
+    const LineBuffer<Complex<Real>> work(static_cast<std::size_t>(rows.length));
+    if (work.data() == nullptr) {
+        return DFT_NO_MEMORY;
+    }
+    for (std::ptrdiff_t j = 0; j < rows.count; ++j) {
+        routine.RunRow(rows.base + j * rows.lineStride, work.data());
+    }
+    return DFT_OK;
+}
+
 /// Columns where they lie, but for those before the first cache line and after the last full group.
 template <typename Real>
 std::int32_t TransformColumns(const BatchRoutine<Real>& routine, const Lines<Real>& columns) {
@@ -250,10 +264,13 @@ std::int32_t TransformLines(DftDescriptor* record, Direction direction, const Li
                             void* work) {
     if (lines.count > 1 && AreApart(lines)) {
         const BatchRoutine<Real> routine(*record, direction);
+        if (routine.Exists() && lines.elementStride == 1 && routine.HasRows()) {
+            return TransformRows(routine, lines);
+        }
         if (routine.Exists() && lines.lineStride == 1 && routine.HasColumns()) {
             return TransformColumns(routine, lines);
         }
-        if (routine.Exists() && !(lines.elementStride == 1 && routine.PrefersRows())) {
+        if (routine.Exists()) {
             return TransformInBatches(routine, lines);
         }
     }

@@ -31,21 +31,18 @@ inline void Deposit(Columns<V> to, std::ptrdiff_t k, LaneComplex<V> x) {
     }
 }
 
-/// Where a row is to be when it is used. Rows of an array for powers of two fall on the same few places of a cache; the
-/// first level has room for those of a few butterflies, the second for more.
-enum Level { kFirstLevel = 3, kSecondLevel = 2 };
-
-/// Starts to bring row k, which will be read or written. Always inlined: g++ 12 drops calls of a function that does
-/// nothing else.
-template <Level level, typename V>
+/// Starts to bring row k, which will be read or written, into the second-level cache: rows of an array for powers of
+/// two fall on the same few places of a cache, too few of the first level. Always inlined: g++ 12 drops calls of a
+/// function that does nothing else.
+template <typename V>
 [[gnu::always_inline]] inline void Announce(Columns<V> columns, std::ptrdiff_t k) {
     const auto* const row = reinterpret_cast<const char*>(columns.Row(k));
     for (std::size_t at = 0; at < 2 * sizeof(V); at += 64) {
-        __builtin_prefetch(row + at, 0, level);
+        __builtin_prefetch(row + at, 0, 2);
     }
 }
 /// Batches are near enough.
-template <Level level, typename V>
+template <typename V>
 inline void Announce(LaneComplex<V>*, std::ptrdiff_t) {}
 
 /// Columns for a pass that goes through each quarter of them row by row.
@@ -57,18 +54,18 @@ struct ColumnsInTurn {
     ColumnsInTurn operator+(std::ptrdiff_t rows) const { return {columns + rows, last - rows}; }
     /// The row to announce at row k.
     std::ptrdiff_t After(std::ptrdiff_t k) const {
-        constexpr std::ptrdiff_t kAhead = 3;
+        constexpr std::ptrdiff_t kAhead = 8;
         return k + kAhead < last ? k + kAhead : last;
     }
 };
 template <typename V>
 inline LaneComplex<V> Fetch(ColumnsInTurn<V> from, std::ptrdiff_t k) {
-    Announce<kFirstLevel>(from.columns, from.After(k));
+    Announce(from.columns, from.After(k));
     return Fetch(from.columns, k);
 }
 template <typename V>
 inline void Deposit(ColumnsInTurn<V> to, std::ptrdiff_t k, LaneComplex<V> x) {
-    Announce<kFirstLevel>(to.columns, to.After(k));
+    Announce(to.columns, to.After(k));
     Deposit(to.columns, k, x);
 }
 

@@ -55,10 +55,10 @@ inline void RunLastBlocks(const Pow2Form<T>& form, LaneComplex<V>* work, Spectru
         const Places four = spectrum.data + PlaceOf(form, spectrum, number);
         const std::ptrdiff_t later = number + kBlocksAhead < step ? number + kBlocksAhead : number;
         const Places coming = spectrum.data + PlaceOf(form, spectrum, later);
-        Announce<kSecondLevel>(coming, 0);
-        Announce<kSecondLevel>(coming, place1);
-        Announce<kSecondLevel>(coming, place2);
-        Announce<kSecondLevel>(coming, place3);
+        Announce(coming, 0);
+        Announce(coming, place1);
+        Announce(coming, place2);
+        Announce(coming, place3);
         LaneComplex<V> x[4];
         if constexpr (direction == kForward) {
             x[0] = at[0];
