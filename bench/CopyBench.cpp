@@ -1,6 +1,7 @@
 #include "CopyBench.h"
 
 #include "ProcessorTime.h"
+#include "Repetitions.h"
 #include "processor/KernelMembers.h"
 
 #include <benchmark/benchmark.h>
@@ -72,16 +73,8 @@ void RegisterCopyBenchmarks() {
     for (const std::uint32_t size : kSizes) {
         for (const Subject& subject : subjects) {
             const std::string name = "Copy/" + std::to_string(size) + "/" + subject.name;
-            benchmark::RegisterBenchmark(
-                name.c_str(), [copy = subject.copy, size](benchmark::State& state) { Measure(state, copy, size); })
-                ->UseManualTime()
-                ->Unit(benchmark::kMicrosecond)
-                ->Iterations(size > (1u << 20) ? 4 : 64)
-                ->Repetitions(21)
-                ->DisplayAggregatesOnly()
-                ->ComputeStatistics("min", [](const std::vector<double>& values) {
-                    return *std::min_element(values.begin(), values.end());
-                });
+            RegisterRepeated(name, benchmark::kMicrosecond, size > (1u << 20) ? 4 : 64, 21,
+                             [copy = subject.copy, size](benchmark::State& state) { Measure(state, copy, size); });
         }
     }
 }

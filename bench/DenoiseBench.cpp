@@ -2,6 +2,7 @@
 
 #include "MemoryMeter.h"
 #include "ProcessorTime.h"
+#include "Repetitions.h"
 #include "VagueDenoiser.h"
 
 #include <claribox/CImageDenoiser.h>
@@ -141,14 +142,7 @@ void MeasurePeer(benchmark::State& state, const Scene& scene) {
 void Register(const Scene& scene, const std::string& subject, int repetitions,
               const std::function<void(benchmark::State&)>& measure) {
     const std::string size = std::to_string(scene.width) + "x" + std::to_string(scene.height);
-    benchmark::RegisterBenchmark(("Denoise_YUV/" + size + "/" + subject).c_str(), measure)
-        ->UseManualTime()
-        ->Unit(benchmark::kMillisecond)
-        ->Iterations(1)
-        ->Repetitions(repetitions)
-        ->DisplayAggregatesOnly()
-        ->ComputeStatistics(
-            "min", [](const std::vector<double>& values) { return *std::min_element(values.begin(), values.end()); });
+    RegisterRepeated("Denoise_YUV/" + size + "/" + subject, benchmark::kMillisecond, 1, repetitions, measure);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "FftwPeer.h"
 #include "ProcessorTime.h"
+#include "Repetitions.h"
 #include "dft/dft.h"
 #include "dft/memory/engine_memory.h"
 
@@ -185,19 +186,6 @@ void MeasureRuns(benchmark::State& state, Arena& arena, int runs, const Run& run
     state.counters["ns_per_pixel"] = 1e9 * total / elements;
 }
 
-template <typename Function>
-benchmark::internal::Benchmark* Register(const std::string& name, Function function) {
-    return benchmark::RegisterBenchmark(name.c_str(), function)->UseManualTime()->DisplayAggregatesOnly();
-}
-
-void Repeat(benchmark::internal::Benchmark* registered, benchmark::TimeUnit unit, int iterations, int repetitions) {
-    registered->Unit(unit)
-        ->Iterations(iterations)
-        ->Repetitions(repetitions)
-        ->ComputeStatistics(
-            "min", [](const std::vector<double>& values) { return *std::min_element(values.begin(), values.end()); });
-}
-
 void RegisterTimes(const std::string& operation, const Lengths& lengths, const std::vector<simd::VectorClass>& classes,
                    int iterations, int runs, int repetitions) {
     const std::string name = operation + "/" + SizeName(lengths) + "/";
@@ -205,42 +193,37 @@ void RegisterTimes(const std::string& operation, const Lengths& lengths, const s
     const auto arena = std::make_shared<Arena>(lengths);
     for (const simd::VectorClass vectorClass : classes) {
         auto checked = std::make_shared<bool>(false);
-        Repeat(Register(name + SubjectName(vectorClass),
-                        [=](benchmark::State& state) {
-                            simd::ForceVectorClass(vectorClass);
-                            if (!*checked && !arena->IsRight()) {
-                                state.SkipWithError("the transform differs from FFTW's");
-                                return;
-                            }
-                            *checked = true;
-                            MeasureRuns(state, *arena, runs, [&](float* data) { arena->Ours().Forward(data); });
-                        }),
-               unit, iterations, repetitions);
+        RegisterRepeated(name + SubjectName(vectorClass), unit, iterations, repetitions, [=](benchmark::State& state) {
+            simd::ForceVectorClass(vectorClass);
+            if (!*checked && !arena->IsRight()) {
+                state.SkipWithError("the transform differs from FFTW's");
+                return;
+            }
+            *checked = true;
+            MeasureRuns(state, *arena, runs, [&](float* data) { arena->Ours().Forward(data); });
+        });
     }
-    Repeat(Register(name + "FFTW",
-                    [=](benchmark::State& state) {
-                        const FftwTransform<float>& peer = arena->Peer();
-                        MeasureRuns(state, *arena, runs, [&](float*) { peer.Run(); });
-                    }),
-           unit, iterations, repetitions);
+    RegisterRepeated(name + "FFTW", unit, iterations, repetitions, [=](benchmark::State& state) {
+        const FftwTransform<float>& peer = arena->Peer();
+        MeasureRuns(state, *arena, runs, [&](float*) { peer.Run(); });
+    });
 }
 
 void RegisterCommit(const Lengths& lengths, simd::VectorClass vectorClass) {
-    Repeat(Register("DFT_commit/" + SizeName(lengths) + "/" + SubjectName(vectorClass),
-                    [=](benchmark::State& state) {
-                        simd::ForceVectorClass(vectorClass);
-                        double total = 0.0;
-                        for ([[maybe_unused]] auto _ : state) {
-                            const double start = ProcessorSeconds();
-                            const Job<float> job(lengths);
-                            const double seconds = ProcessorSeconds() - start;
-                            state.SetIterationTime(seconds);
-                            total += seconds;
-                        }
-                        state.counters["ns_per_pixel"] = 1e9 * total / static_cast<double>(state.iterations()) /
-                                                         static_cast<double>(CountOf(lengths));
-                    }),
-           benchmark::kMillisecond, 1, 21);
+    const std::string name = "DFT_commit/" + SizeName(lengths) + "/" + SubjectName(vectorClass);
+    RegisterRepeated(name, benchmark::kMillisecond, 1, 21, [=](benchmark::State& state) {
+        simd::ForceVectorClass(vectorClass);
+        double total = 0.0;
+        for ([[maybe_unused]] auto _ : state) {
+            const double start = ProcessorSeconds();
+            const Job<float> job(lengths);
+            const double seconds = ProcessorSeconds() - start;
+            state.SetIterationTime(seconds);
+            total += seconds;
+        }
+        state.counters["ns_per_pixel"] =
+            1e9 * total / static_cast<double>(state.iterations()) / static_cast<double>(CountOf(lengths));
+    });
 }
 
 /// Error of `run`, which transforms the elements in place, over some random lines.
@@ -265,13 +248,17 @@ double ErrorOf(int length, Elements<Real>& data, const Run& run) {
 template <typename Real, typename MakeTransform>
 void RegisterError(const std::string& subject, int length, const MakeTransform& makeTransform) {
     const std::string operation = sizeof(Real) == sizeof(float) ? "DFT_error_single/" : "DFT_error_double/";
-    Register(operation + SizeName({length}) + "/" + subject, [=](benchmark::State& state) {
-        for ([[maybe_unused]] auto _ : state) {
-            Elements<Real> data(static_cast<std::size_t>(length));
-            state.counters["relative_error"] = ErrorOf(length, data, makeTransform(data));
-            state.SetIterationTime(1e-9); // nothing is timed
-        }
-    })->Iterations(1);
+    const std::string name = operation + SizeName({length}) + "/" + subject;
+    benchmark::RegisterBenchmark(name.c_str(),
+                                 [=](benchmark::State& state) {
+                                     for ([[maybe_unused]] auto _ : state) {
+                                         Elements<Real> data(static_cast<std::size_t>(length));
+                                         state.counters["relative_error"] = ErrorOf(length, data, makeTransform(data));
+                                         state.SetIterationTime(1e-9); // nothing is timed
+                                     }
+                                 })
+        ->UseManualTime()
+        ->Iterations(1);
 }
 
 template <typename Real>

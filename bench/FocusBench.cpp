@@ -2,6 +2,7 @@
 
 #include "MemoryMeter.h"
 #include "ProcessorTime.h"
+#include "Repetitions.h"
 
 #include <claribox/CImageFocus.h>
 #include <claribox/ChFunctions.h>
@@ -203,19 +204,10 @@ void RegisterFocusBenchmarks(const std::vector<Picture>& pictures, const std::ve
         for (const Operation& operation : kOperations) {
             for (const Subject& subject : SubjectsOf(operation, classes)) {
                 const std::string name = std::string(operation.name) + "/" + picture.SizeName() + "/" + subject.name;
-                // Many short repetitions, so that the minimum finds a quiet moment of the machine.
                 const bool large = picture.PixelCount() > 1000000;
-                benchmark::RegisterBenchmark(
-                    name.c_str(),
-                    [subject, original, work](benchmark::State& state) { Measure(state, subject, *original, *work); })
-                    ->UseManualTime()
-                    ->Unit(benchmark::kMillisecond)
-                    ->Iterations(large ? 1 : 5)
-                    ->Repetitions(large ? 11 : 21)
-                    ->DisplayAggregatesOnly()
-                    ->ComputeStatistics("min", [](const std::vector<double>& values) {
-                        return *std::min_element(values.begin(), values.end());
-                    });
+                RegisterRepeated(
+                    name, benchmark::kMillisecond, large ? 1 : 5, large ? 11 : 21,
+                    [subject, original, work](benchmark::State& state) { Measure(state, subject, *original, *work); });
             }
         }
     }

@@ -1,6 +1,7 @@
 #include "GuessBench.h"
 
 #include "ProcessorTime.h"
+#include "Repetitions.h"
 #include "reference/guess_slow.h"
 
 #include <claribox/CImageFocus.h>
@@ -81,18 +82,6 @@ void Measure(benchmark::State& state, Scene& scene, const Guess& guess, double p
     state.counters["ns_per_pixel"] = 1e9 * total / (static_cast<double>(state.iterations()) * pixels);
 }
 
-void Register(const std::string& name, const std::shared_ptr<Scene>& scene, const Guess& guess, double pixels,
-              int repetitions) {
-    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) { Measure(state, *scene, guess, pixels); })
-        ->UseManualTime()
-        ->Unit(benchmark::kMillisecond)
-        ->Iterations(1)
-        ->Repetitions(repetitions)
-        ->DisplayAggregatesOnly()
-        ->ComputeStatistics(
-            "min", [](const std::vector<double>& values) { return *std::min_element(values.begin(), values.end()); });
-}
-
 } // namespace
 
 bool CheckGuess(const std::vector<simd::VectorClass>& classes) {
@@ -119,13 +108,13 @@ void RegisterGuessBenchmarks(const std::vector<Picture>& pictures, const std::ve
     for (const Picture& picture : pictures) {
         const auto scene = std::make_shared<Scene>(picture);
         const auto both = [&](const Subject& subject, int repetitions) {
-            const auto nameOf = [&](const char* operation) {
-                return std::string(operation) + "/" + picture.SizeName() + "/" + subject.name;
+            const auto add = [&](const char* operation, const Guess& guess, double pixels) {
+                RegisterRepeated(std::string(operation) + "/" + picture.SizeName() + "/" + subject.name,
+                                 benchmark::kMillisecond, 1, repetitions,
+                                 [=](benchmark::State& state) { Measure(state, *scene, guess, pixels); });
             };
-            Register(nameOf("ChGuessMotionDirection"), scene, subject.direction,
-                     static_cast<double>(scene->plane.size()), repetitions);
-            Register(nameOf("GuessMotionDegree"), scene, subject.degree, static_cast<double>(picture.PixelCount()),
-                     repetitions);
+            add("ChGuessMotionDirection", subject.direction, static_cast<double>(scene->plane.size()));
+            add("GuessMotionDegree", subject.degree, static_cast<double>(picture.PixelCount()));
         };
         for (const simd::VectorClass vectorClass : classes) {
             both(Claribox(vectorClass), kOurRepetitions);

@@ -2,6 +2,7 @@
 
 #include "MemoryMeter.h"
 #include "ProcessorTime.h"
+#include "Repetitions.h"
 #include "processor/ProcessorCensus.h"
 
 #include <claribox/CImageFocus.h>
@@ -191,18 +192,6 @@ void MeasureFftw(benchmark::State& state, const Picture& original, std::unique_p
     Measure(state, original, [&peer](Picture& work) { peer->Run(work); });
 }
 
-void Configure(benchmark::internal::Benchmark* benchmark, const Picture& picture) {
-    // Many short repetitions, so that the minimum finds a quiet moment of the machine.
-    const bool large = picture.PixelCount() > 1000000;
-    benchmark->UseManualTime()
-        ->Unit(benchmark::kMillisecond)
-        ->Iterations(large ? 1 : 5)
-        ->Repetitions(large ? 7 : 21)
-        ->DisplayAggregatesOnly()
-        ->ComputeStatistics(
-            "min", [](const std::vector<double>& values) { return *std::min_element(values.begin(), values.end()); });
-}
-
 int LargestDifference(const Picture& first, const Picture& second) {
     int largest = 0;
     for (std::size_t k = 0; k < first.pixels.size(); ++k) {
@@ -235,19 +224,17 @@ bool CheckMotionDeblur(const std::vector<simd::VectorClass>& classes) {
 void RegisterMotionBenchmarks(const std::vector<Picture>& pictures, const std::vector<simd::VectorClass>& classes) {
     for (const Picture& picture : pictures) {
         const auto original = std::make_shared<const Picture>(picture);
-        const std::string prefix = std::string(kName) + "/" + picture.SizeName() + "/";
+        const auto add = [&](const std::string& subject, const auto& measure) {
+            const bool large = picture.PixelCount() > 1000000;
+            RegisterRepeated(std::string(kName) + "/" + picture.SizeName() + "/" + subject, benchmark::kMillisecond,
+                             large ? 1 : 5, large ? 7 : 21, measure);
+        };
         for (const simd::VectorClass vectorClass : classes) {
-            Configure(benchmark::RegisterBenchmark((prefix + "claribox:" + simd::Name(vectorClass)).c_str(),
-                                                   [original, vectorClass](benchmark::State& state) {
-                                                       MeasureClaribox(state, *original, vectorClass);
-                                                   }),
-                      picture);
+            add(std::string("claribox:") + simd::Name(vectorClass),
+                [original, vectorClass](benchmark::State& state) { MeasureClaribox(state, *original, vectorClass); });
         }
         const auto peer = std::make_shared<std::unique_ptr<FftwDeblur>>();
-        Configure(benchmark::RegisterBenchmark(
-                      (prefix + kPeer).c_str(),
-                      [original, peer](benchmark::State& state) { MeasureFftw(state, *original, *peer); }),
-                  picture);
+        add(kPeer, [original, peer](benchmark::State& state) { MeasureFftw(state, *original, *peer); });
     }
 }
 

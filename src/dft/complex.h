@@ -10,4 +10,7 @@ struct Complex {
     Real im;
 };
 
+/// cos(2 pi / 8).
+inline constexpr long double kCosEighth = 0.707106781186547524400844362104849039L;
+
 } // namespace dft

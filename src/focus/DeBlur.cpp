@@ -38,6 +38,10 @@ struct FoConvolveJob {
     void Run() const { self->ConvolvePlane(plane, *kernel); }
 };
 
+static void* ConvolveThreadEntry(void* job) {
+    return focus::RunJob<FoConvolveJob>(job);
+}
+
 void CImageFocus::DeBlur(unsigned char* pixels, FoPixelFmt format, int pitch) {
     m_Radius = std::clamp(m_Radius, 1, 10);
     focus::FoPlaneSet planes(m_Width, m_Height);
@@ -62,5 +66,5 @@ void CImageFocus::DeBlur_Deconv_MT(unsigned char* first, unsigned char* second, 
     ChMatrix<float> kernel;
     focus::MakeRestorationKernel(kernel, m_Radius, m_NoiseFactor);
     FoConvolveJob jobs[3] = {{this, first, &kernel, 0}, {this, second, &kernel, 128}, {this, third, &kernel, 256}};
-    focus::RunOnThreads(jobs);
+    focus::RunOnThreads(ConvolveThreadEntry, jobs);
 }

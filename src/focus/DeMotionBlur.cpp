@@ -59,6 +59,10 @@ struct FoInvFilterJob {
     void Run() const { self->InvFilter(plane, scratch, *inverse); }
 };
 
+static void* InvFilterThreadEntry(void* job) {
+    return focus::RunJob<FoInvFilterJob>(job);
+}
+
 // Several logical processors on one core do not count, unlike in DeBlur. Required: DeMotionBlurThreads.CensusDecides.
 void CImageFocus::DeMotionBlur(unsigned char* pixels, FoPixelFmt format, int pitch) {
     if (CensusPackages > 1 || CensusCoresPerPackage > 1) {
@@ -91,7 +95,7 @@ void CImageFocus::DeMotionBlur_MT(unsigned char* pixels, FoPixelFmt format, int 
         FoInvFilterJob jobs[3] = {{this, planes.First(), scratch.First(), spectrum, 0},
                                   {this, planes.Second(), scratch.Second(), spectrum, 128},
                                   {this, planes.Third(), scratch.Third(), spectrum, 256}};
-        focus::RunOnThreads(jobs);
+        focus::RunOnThreads(InvFilterThreadEntry, jobs);
     }
     planes.Merge(pixels, format, pitch);
 }

@@ -7,8 +7,9 @@
 
 namespace focus {
 
-/// Thread entry for a job with a `stackOffset` in bytes and a `Run()`. The three workers run the same code on buffers
-/// of like shape at the same time; reserving 0, 128 and 256 bytes keeps their stack frames at different offsets.
+/// What a thread entry does with its job, which has a `stackOffset` in bytes and a `Run()`. The three workers run the
+/// same code on buffers of like shape at the same time; reserving 0, 128 and 256 bytes keeps their stack frames at
+/// different offsets.
 template <typename Job>
 void* RunJob(void* argument) {
     Job& job = *static_cast<Job*>(argument);
@@ -18,17 +19,17 @@ void* RunJob(void* argument) {
     return nullptr;
 }
 
-/// Starts one thread a job, in order, and joins them in the same order. A job whose thread could not be started is
-/// left undone, without a word.
+/// Starts one thread a job on `entry`, in order, and joins them in the same order. A job whose thread could not be
+/// started is left undone, without a word.
 template <typename Job>
-void RunOnThreads(Job (&jobs)[3]) {
+void RunOnThreads(void* (*entry)(void*), Job (&jobs)[3]) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_JOINABLE);
     pthread_t threads[3];
     bool started[3];
     for (int k = 0; k < 3; ++k) {
-        started[k] = pthread_create(&threads[k], &attributes, RunJob<Job>, &jobs[k]) == 0;
+        started[k] = pthread_create(&threads[k], &attributes, entry, &jobs[k]) == 0;
     }
     pthread_attr_destroy(&attributes);
     for (int k = 0; k < 3; ++k) {

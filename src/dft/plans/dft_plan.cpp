@@ -71,23 +71,13 @@ std::int32_t dft_plan_create(BasicDftPlan<Real>** plan, int length, int norm_fla
     if (length < 1) {
         return kPlanBadLength;
     }
-    BasicDftPlan<Real>* const built = AllocateTable<BasicDftPlan<Real>>(1);
-    if (built == nullptr) {
-        return kPlanNoMemory;
-    }
-    built->tag = kDftPlanTag;
-    built->length = length;
-    built->norm_flag = norm_flag;
-    std::int32_t status = StoreNormalisation(*built, length, norm_flag);
-    if (status == kPlanOk) {
-        status = BuildMethod(*built, length, hint);
-    }
-    if (status == kPlanOk) {
-        *plan = built;
-    } else {
-        dft_plan_free(built);
-    }
-    return status;
+    const auto build = [=](BasicDftPlan<Real>& built) {
+        built.tag = kDftPlanTag;
+        built.length = length;
+        built.norm_flag = norm_flag;
+        return BuildMethod(built, length, hint);
+    };
+    return CreatePlan(plan, length, norm_flag, build, dft_plan_free<Real>);
 }
 
 template <typename Real>

@@ -71,4 +71,25 @@ std::int32_t StoreWorkBytes(Plan& plan, std::int64_t bytes) {
     return kPlanOk;
 }
 
+/// A plan of `length` elements with these flags: `build(plan)` fills in the rest and returns a status. `*plan` is null
+/// unless kPlanOk is returned; what was built of it until then goes to `release`.
+template <typename Plan, typename Build>
+std::int32_t CreatePlan(Plan** plan, double length, int norm_flag, Build build, void (*release)(Plan*)) {
+    *plan = nullptr;
+    Plan* const built = AllocateTable<Plan>(1);
+    if (built == nullptr) {
+        return kPlanNoMemory;
+    }
+    std::int32_t status = StoreNormalisation(*built, length, norm_flag);
+    if (status == kPlanOk) {
+        status = build(*built);
+    }
+    if (status == kPlanOk) {
+        *plan = built;
+    } else {
+        release(built);
+    }
+    return status;
+}
+
 } // namespace dft

@@ -11,8 +11,6 @@
 namespace dft {
 namespace {
 
-constexpr int kTwoLevelBlockBits = 10;
-
 /// exp(-i * j * 2 pi / points) for j = 0, 1, 2 .. in turn. Single precision adds the angles up in extended precision,
 /// as is required of the table. The sums drift by up to a 2^-64th of a radian a step, which would show in double
 /// precision: there each angle is a product (Pow2Test.Accuracy).
@@ -33,10 +31,10 @@ private:
     std::int64_t m_Index = 0;
 };
 
-/// The radix-2 stages above the blocks of 1024.
+/// The radix-2 stages.
 template <typename Real>
 void FillStages(Real* base, int log2_length) {
-    for (int bits = log2_length; bits > kTwoLevelBlockBits; --bits) {
+    for (int bits = log2_length; bits >= kLastStageBits; --bits) {
         RootSeries<Real> roots(std::int64_t{1} << bits);
         for (int j = 0; j < 1 << (bits - 2); j += 4, base += 8) {
             for (int k = 0; k < 4; ++k) {
@@ -136,7 +134,7 @@ void BuildCommitTable(int log2_length, void* block, const DftTuning& tuning) {
     header[1] = Real{0};
     Real* const base = header + TableOffset(block, tuning) / static_cast<std::ptrdiff_t>(sizeof(Real));
     if (log2_length == 3) {
-        base[4] = Real(0.707106781186547524400844362104849039L); // cos(2 pi / 8)
+        base[4] = Real(kCosEighth);
     } else if (HasTriples<Real>(log2_length, tuning)) {
         FillTriples(base, log2_length);
     } else if (log2_length > kStaticBits) {

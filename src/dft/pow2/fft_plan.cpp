@@ -131,23 +131,13 @@ std::int32_t fft_plan_create(BasicFftPlan<Real>** plan, int order, int norm_flag
     if (order < 0 || order > kLargestOrder) {
         return kPlanBadOrder;
     }
-    BasicFftPlan<Real>* const built = AllocateTable<BasicFftPlan<Real>>(1);
-    if (built == nullptr) {
-        return kPlanNoMemory;
-    }
-    built->tag = kFftPlanTag;
-    built->order = order;
-    built->hint = hint;
-    std::int32_t status = StoreNormalisation(*built, std::ldexp(1.0, order), norm_flag);
-    if (status == kPlanOk) {
-        status = BuildTables(*built);
-    }
-    if (status == kPlanOk) {
-        *plan = built;
-    } else {
-        fft_plan_free(built);
-    }
-    return status;
+    const auto build = [=](BasicFftPlan<Real>& built) {
+        built.tag = kFftPlanTag;
+        built.order = order;
+        built.hint = hint;
+        return BuildTables(built);
+    };
+    return CreatePlan(plan, std::ldexp(1.0, order), norm_flag, build, fft_plan_free<Real>);
 }
 
 template <typename Real>

@@ -76,7 +76,7 @@ struct StageRoots {
 template <typename T>
 inline StageRoots<T> RootsOfStage(const Pow2Form<T>& form, int bits) {
     const std::ptrdiff_t points = std::ptrdiff_t{1} << bits;
-    if (form.stages != nullptr && bits >= kStaticBits - 1) {
+    if (form.stages != nullptr && bits >= kLastStageBits) {
         return {form.stages + ((std::ptrdiff_t{1} << form.log2_length) - points), 8};
     }
     if (bits % 2 != 0) {

@@ -115,7 +115,7 @@ inline void Transform4(Load load, Store store) {
 }
 template <Direction direction, typename V, typename Load, typename Store>
 inline void Transform8(Load load, Store store) {
-    constexpr Real<V> kHalfRoot = Real<V>(0.707106781186547524400844362104849039L); // cos(2 pi / 8)
+    constexpr auto kHalfRoot = Real<V>(kCosEighth);
     LaneComplex<V> even0 = load(0);
     LaneComplex<V> even1 = load(2);
     LaneComplex<V> even2 = load(4);
