@@ -1,25 +1,10 @@
 // The estimation region, the edge map and the luminance plane against their plain forms.
-#include "common/GuardedBuffer.h"
 #include "common/VectorClassTest.h"
 #include "focus/GuessFills.h"
+#include "focus/Picture.h"
 #include "reference/guess_slow.h"
 
-#include <claribox/CImageFocus.h>
-
-#include <gtest/gtest.h>
-
 namespace {
-
-void FillPlane(GuardedBuffer<std::uint8_t>& plane, int width, Fill fill) {
-    for (std::size_t i = 0; i < plane.size(); ++i) {
-        const auto at = static_cast<int>(i);
-        plane.data()[i] = fill(at % width, at / width);
-    }
-}
-
-reference::Plane CopyOf(const GuardedBuffer<std::uint8_t>& plane) {
-    return {plane.data(), plane.data() + plane.size()};
-}
 
 class EstRegionTest : public VectorClassTest {};
 
@@ -28,8 +13,7 @@ TEST_P(EstRegionTest, TheBusiestSquareIsTheFirstOfTheBest) {
     const struct {
         const char* what;
         int size; // of the region
-        int width;
-        int height;
+        int width, height;
         Fill fill;
         reference::Region expected = {-2, -2}; // -2: as the plain form tells
     } rows[] = {
@@ -66,16 +50,13 @@ TEST_P(EstRegionTest, TheBusiestSquareIsTheFirstOfTheBest) {
         focus.m_EstLeft = kKept.left;
         focus.m_EstTop = kKept.top;
         focus.Probe_Region(plane.data(), row.width, row.height);
-        EXPECT_EQ(focus.m_EstLeft, expected.left);
-        EXPECT_EQ(focus.m_EstTop, expected.top);
+        EXPECT_EQ(std::pair(focus.m_EstLeft, focus.m_EstTop), std::pair(expected.left, expected.top));
     }
 }
 
 TEST_P(EstRegionTest, TheEdgeMapIsTheDistanceFromTheMean) {
     const struct {
-        int width;
-        int height;
-        int threshold;
+        int width, height, threshold;
         Fill fill;
     } rows[] = {
         {40, 30, 20, Noise}, {40, 30, 1, Constant}, {64, 21, 0, Smeared}, {33, 25, 256, Noise},
@@ -88,8 +69,7 @@ TEST_P(EstRegionTest, TheEdgeMapIsTheDistanceFromTheMean) {
         GuardedBuffer<std::uint8_t> map(count, 5);
         FillPlane(plane, row.width, row.fill);
         FillRandom(map, 1);
-        CImageFocus focus;
-        focus.SetSize(row.width, row.height);
+        CImageFocus focus = MakeFocus(row.width, row.height);
         focus.GetEdgeMap(plane.data(), map.data(), -1, row.threshold);
         const reference::Plane expected = reference::EdgeMap(CopyOf(plane), row.width, row.height, row.threshold);
         EXPECT_TRUE(SameBytes(expected.data(), map.data(), count, static_cast<std::size_t>(row.width)))
@@ -101,23 +81,17 @@ TEST_P(EstRegionTest, TheEdgeMapIsTheDistanceFromTheMean) {
 TEST_P(EstRegionTest, TheLuminancePlaneIsWeighedWith65535Parts) {
     constexpr int kWidth = 129;
     constexpr int kHeight = 3;
-    GuardedBuffer<std::uint8_t> planes[3] = {GuardedBuffer<std::uint8_t>(kWidth * kHeight, 1),
-                                             GuardedBuffer<std::uint8_t>(kWidth * kHeight, 2),
-                                             GuardedBuffer<std::uint8_t>(kWidth * kHeight, 3)};
     GuardedBuffer<std::uint8_t> y(kWidth * kHeight, 4);
+    reference::Plane planes[3];
     for (std::uint32_t k = 0; k < 3; ++k) {
-        FillRandom(planes[k], k);
-        planes[k].data()[0] = 255; // white, and the colours
-        for (std::uint32_t pixel = 1; pixel <= 3; ++pixel) {
-            planes[k].data()[pixel] = pixel - 1 == k ? 255 : 0;
+        planes[k] = RandomBytes(y.size(), k);
+        for (std::uint32_t pixel = 0; pixel <= 3; ++pixel) { // white, and the colours
+            planes[k][pixel] = pixel == 0 || pixel - 1 == k ? 255 : 0;
         }
     }
-    CImageFocus focus;
-    focus.SetSize(kWidth, kHeight);
-    focus.CvtToPlaneY(y.data(), planes[0].data(), planes[1].data(), planes[2].data());
+    MakeFocus(kWidth, kHeight).CvtToPlaneY(y.data(), planes[0].data(), planes[1].data(), planes[2].data());
     for (std::size_t i = 0; i < y.size(); ++i) {
-        const std::uint32_t sum = 19595u * planes[0].Read(i) + 38469u * planes[1].Read(i) + 7471u * planes[2].Read(i);
-        ASSERT_EQ(y.Read(i), sum >> 16) << i;
+        ASSERT_EQ(y.Read(i), (19595u * planes[0][i] + 38469u * planes[1][i] + 7471u * planes[2][i]) >> 16) << i;
     }
     EXPECT_EQ(y.Read(0), 254);
     EXPECT_TRUE(y.GuardsIntact());
@@ -127,11 +101,9 @@ CLARIBOX_INSTANTIATE_FOR_VECTOR_CLASSES(EstRegionTest);
 
 TEST(EstRectTest, IsToldByTheFullSize) {
     const struct {
-        int width;
-        int height;
+        int width, height;
         reference::Region region;
-        int rect[4];
-        int actual[4];
+        int rect[4], actual[4];
     } rows[] = {
         {512, 512, {0, 0}, {0, 0, 511, 511}, {0, 0, 511, 511}},
         {513, 513, {0, 0}, {0, 0, 512, 512}, {0, 0, 512, 512}},
@@ -144,8 +116,7 @@ TEST(EstRectTest, IsToldByTheFullSize) {
         {4000, 3000, {1480, 980}, {1480, 980, 1992, 1492}, {2960, 1960, 3984, 2984}},
     };
     for (const auto& row : rows) {
-        CImageFocus focus;
-        focus.SetSize(row.width, row.height);
+        CImageFocus focus = MakeFocus(row.width, row.height);
         focus.m_EstLeft = row.region.left;
         focus.m_EstTop = row.region.top;
         int rect[4];

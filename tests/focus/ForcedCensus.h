@@ -4,6 +4,7 @@
 #include "processor/ProcessorCensus.h"
 
 #include <cstdint>
+#include <tuple>
 
 #if defined(__linux__)
 #include <pthread.h>
@@ -12,23 +13,17 @@
 /// Puts chosen counts in the census for the length of a scope.
 class ForcedCensus {
 public:
-    ForcedCensus(int packages, int cores, int threads) {
-        CensusPackages = packages;
-        CensusCoresPerPackage = cores;
-        CensusThreadsPerCore = threads;
-    }
-    ~ForcedCensus() {
-        CensusPackages = m_Packages;
-        CensusCoresPerPackage = m_Cores;
-        CensusThreadsPerCore = m_Threads;
-    }
+    ForcedCensus(int packages, int cores, int threads) { Counts() = std::tuple(packages, cores, threads); }
+    ~ForcedCensus() { Counts() = m_Before; }
     ForcedCensus(const ForcedCensus&) = delete;
     ForcedCensus& operator=(const ForcedCensus&) = delete;
 
 private:
-    int m_Packages = CensusPackages;
-    int m_Cores = CensusCoresPerPackage;
-    int m_Threads = CensusThreadsPerCore;
+    static std::tuple<int&, int&, int&> Counts() {
+        return {CensusPackages, CensusCoresPerPackage, CensusThreadsPerCore};
+    }
+
+    std::tuple<int, int, int> m_Before = Counts();
 };
 
 #if defined(__GLIBC__)

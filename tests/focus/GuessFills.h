@@ -1,7 +1,10 @@
 // Samples of made pictures for the region search and the guess, each a function of column and row.
 #pragma once
 
+#include "common/GuardedBuffer.h"
+
 #include <cstdint>
+#include <vector>
 
 using Fill = std::uint8_t (*)(int x, int y);
 
@@ -12,40 +15,36 @@ inline std::uint32_t Hash(int x, int y) {
     return h ^ h >> 15;
 }
 
-inline std::uint8_t Noise(int x, int y) {
-    return static_cast<std::uint8_t>(Hash(x, y));
-}
-inline std::uint8_t Constant(int, int) {
-    return 137;
-}
-inline std::uint8_t BlackOrWhite(int x, int y) {
-    return Hash(x, y) & 1u ? 255 : 0;
-}
-inline std::uint8_t Rows(int, int y) {
-    return y % 2 == 0 ? 40 : 201;
-}
-inline std::uint8_t Columns(int x, int) {
-    return x % 2 == 0 ? 40 : 201;
-}
-inline std::uint8_t RisingLines(int x, int y) {
-    return Noise(x + y, 0);
-}
-inline std::uint8_t FallingLines(int x, int y) {
-    return Noise(x - y, 0);
-}
+inline constexpr Fill Noise = [](int x, int y) { return static_cast<std::uint8_t>(Hash(x, y)); };
+inline constexpr Fill Constant = [](int, int) { return std::uint8_t{137}; };
+inline constexpr Fill BlackOrWhite = [](int x, int y) { return static_cast<std::uint8_t>(Hash(x, y) % 2 * 255); };
+inline constexpr Fill Rows = [](int, int y) { return static_cast<std::uint8_t>(y % 2 == 0 ? 40 : 201); };
+inline constexpr Fill Columns = [](int x, int) { return Rows(0, x); };
+inline constexpr Fill RisingLines = [](int x, int y) { return Noise(x + y, 0); };
+inline constexpr Fill FallingLines = [](int x, int y) { return Noise(x - y, 0); };
 // Smooth in places: many pixels lie between their neighbours, or equal them.
-inline std::uint8_t Smeared(int x, int y) {
+inline constexpr Fill Smeared = [](int x, int y) {
     int sum = 0;
     for (int k = 0; k < 8; ++k) {
         sum += Noise((3 * x + y) / 4 + k, y / 3);
     }
     return static_cast<std::uint8_t>(sum / 8);
-}
+};
 // Flat but for a patch.
-inline std::uint8_t BusyPatch(int x, int y) {
-    return x >= 470 && x < 690 && y >= 610 && y < 830 ? Noise(x, y) : static_cast<std::uint8_t>(90);
-}
+inline constexpr Fill BusyPatch = [](int x, int y) {
+    return x >= 470 && x < 690 && y >= 610 && y < 830 ? Noise(x, y) : std::uint8_t{90};
+};
 // The same in every block, so that windows tie but for a step of the mean.
-inline std::uint8_t EqualBlocks(int x, int y) {
+inline constexpr Fill EqualBlocks = [](int x, int y) {
     return static_cast<std::uint8_t>(x % 8 * 9 + y % 8 * 5 + (x / 64 + y / 72) % 2);
+};
+
+inline void FillPlane(GuardedBuffer<std::uint8_t>& plane, int width, Fill fill) {
+    for (std::size_t k = 0; k < plane.size(); ++k) {
+        plane.Write(k, fill(static_cast<int>(k) % width, static_cast<int>(k) / width));
+    }
+}
+
+inline std::vector<std::uint8_t> CopyOf(const GuardedBuffer<std::uint8_t>& plane) {
+    return {plane.data(), plane.data() + plane.size()};
 }

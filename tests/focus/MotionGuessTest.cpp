@@ -1,15 +1,12 @@
 // The guess of a motion's direction against its plain form: all costs exactly, and the whole on packed pixels.
-#include "common/GuardedBuffer.h"
 #include "common/VectorClassTest.h"
 #include "focus/GuessFills.h"
 #include "focus/Luminance.h"
 #include "focus/MotionCosts.h"
+#include "focus/Picture.h"
 #include "reference/guess_slow.h"
 
-#include <claribox/CImageFocus.h>
 #include <claribox/ChFunctions.h>
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -35,8 +32,7 @@ class MotionGuessTest : public VectorClassTest {};
 TEST_P(MotionGuessTest, CostsAreExact) {
     const struct {
         const char* what;
-        int width;
-        int height;
+        int width, height;
         focus::EstRect rect;
         Fill fill;
         int expected = -1; // degree
@@ -62,10 +58,8 @@ TEST_P(MotionGuessTest, CostsAreExact) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
         GuardedBuffer<std::uint8_t> plane(static_cast<std::size_t>(row.width * row.height), 7);
-        for (int i = 0; i < row.width * row.height; ++i) {
-            plane.data()[i] = row.fill(i % row.width, i / row.width);
-        }
-        const reference::Plane copy(plane.data(), plane.data() + plane.size());
+        FillPlane(plane, row.width, row.fill);
+        const reference::Plane copy = CopyOf(plane);
         const reference::Rect rect = {row.rect.left, row.rect.top, row.rect.right, row.rect.bottom};
         const auto expected = reference::MotionCosts<long double>(copy, row.width, rect);
         const auto costs = focus::MotionCosts(plane.data(), row.width, row.rect);
@@ -100,115 +94,84 @@ TEST(MotionGuess, CostsOfManyPixelsDoNotOverflow) {
     }
 }
 
-// A picture in a host's memory, in colours that differ.
-struct Picture {
-    int width;
-    int height;
-    Fill fill;
-    FoPixelFmt format = FoPixelFmt_BGR24;
-    int padding = 0;
-    bool bottomUp = false;
-    reference::Region kept = {}; // what an earlier picture left
-
-    int PixelBytes() const { return format == FoPixelFmt_BGR24 ? 3 : 4; }
-    int RowBytes() const { return width * PixelBytes() + padding; }
-    int Pitch() const { return bottomUp ? -RowBytes() : RowBytes(); }
-    std::size_t Bytes() const { return static_cast<std::size_t>(RowBytes() * height - padding); }
-    unsigned char* TopRow(unsigned char* block) const { return block + (bottomUp ? RowBytes() * (height - 1) : 0); }
-
-    void Paint(unsigned char* block) const {
-        for (int y = 0; y < height; ++y) {
-            unsigned char* const row = TopRow(block) + y * Pitch();
-            for (int x = 0; x < width; ++x) {
-                const int sample = fill(x, y);
-                row[x * PixelBytes()] = static_cast<unsigned char>(255 - sample);
-                row[x * PixelBytes() + 1] = static_cast<unsigned char>(sample);
-                row[x * PixelBytes() + 2] = static_cast<unsigned char>(sample / 2 + x % 7);
-            }
+// In colours that differ.
+void Paint(const Picture& picture, Fill fill, unsigned char* top) {
+    for (int y = 0; y < picture.height; ++y) {
+        for (int x = 0; x < picture.width; ++x) {
+            const int sample = fill(x, y);
+            unsigned char* const pixel = top + y * picture.Pitch() + x * picture.PixelBytes();
+            pixel[0] = static_cast<unsigned char>(255 - sample);
+            pixel[1] = static_cast<unsigned char>(sample);
+            pixel[2] = static_cast<unsigned char>(sample / 2 + x % 7);
         }
     }
-};
-
-std::ostream& operator<<(std::ostream& stream, const Picture& picture) {
-    return stream << picture.width << " by " << picture.height << ", format " << picture.format << ", pitch "
-                  << picture.Pitch();
 }
 
 // The plain form takes a while, so that all classes share its result here; the tests above report each of them.
 TEST(MotionGuess, OfPackedPixelsIsThatOfThePlainForm) {
-    const Picture pictures[] = {
-        {97, 61, Smeared},
-        {97, 61, Noise, FoPixelFmt_BGRX32, 12, true},
-        {97, 61, Constant},
-        {1, 1, Noise},
-        {2, 700, Noise, FoPixelFmt_BGR24, 0, false, {0, 8}},
-        {512, 300, Smeared, FoPixelFmt_BGR24, 1},
-        {513, 513, Noise, FoPixelFmt_BGR24, 0, false, {40, 24}}, // reaches beyond the plane at the right and bottom
-        {600, 300, RisingLines, FoPixelFmt_BGRX32, 0, true, {320, 48}},
-        {600, 640, Smeared, FoPixelFmt_BGRX32, 4},
-        {1699999, 1, Noise},
-        {1709, 995, Smeared, FoPixelFmt_BGR24, 2},        // 1700455: half size, odd
-        {1307, 1300, Smeared},                            // 1699100: the largest kind of full size
-        {1700, 1000, Smeared, FoPixelFmt_BGR24, 0, true}, // 1700000: half size, its rectangle leaves the plane
-        {2200, 800, Smeared, FoPixelFmt_BGRX32, 8},       // the same, further
-        {800, 2200, Columns},                             // to the right of the plane
-        {800000, 3, Noise},
-        {3, 800000, Noise},
-        {1, 1700000, Noise}, // half of it has no columns
+    constexpr struct {
+        Picture picture;
+        Fill fill;
+        reference::Region kept = {}; // what an earlier picture left
+    } rows[] = {
+        {{97, 61}, Smeared},
+        {{97, 61, FoPixelFmt_BGRX32, 12, true}, Noise},
+        {{97, 61}, Constant},
+        {{1, 1}, Noise},
+        {{2, 700}, Noise, {0, 8}},
+        {{512, 300, FoPixelFmt_BGR24, 1}, Smeared},
+        {{513, 513}, Noise, {40, 24}}, // reaches beyond the plane at the right and bottom
+        {{600, 300, FoPixelFmt_BGRX32, 0, true}, RisingLines, {320, 48}},
+        {{600, 640, FoPixelFmt_BGRX32, 4}, Smeared},
+        {{1699999, 1}, Noise},
+        {{1709, 995, FoPixelFmt_BGR24, 2}, Smeared},        // 1700455: half size, odd
+        {{1307, 1300}, Smeared},                            // 1699100: the largest kind of full size
+        {{1700, 1000, FoPixelFmt_BGR24, 0, true}, Smeared}, // 1700000: half size, its rectangle leaves the plane
+        {{2200, 800, FoPixelFmt_BGRX32, 8}, Smeared},       // the same, further
+        {{800, 2200}, Columns},                             // to the right of the plane
+        {{800000, 3}, Noise},
+        {{3, 800000}, Noise},
+        {{1, 1700000}, Noise}, // half of it has no columns
     };
     const simd::VectorClass before = simd::ActiveVectorClass();
-    for (const Picture& picture : pictures) {
+    for (const auto& [picture, fill, kept] : rows) {
         SCOPED_TRACE(picture);
         GuardedBuffer<std::uint8_t> pixels(picture.Bytes(), 1);
         FillRandom(pixels, 3);
-        picture.Paint(pixels.data());
-        const std::vector<unsigned char> original(pixels.data(), pixels.data() + pixels.size());
-        reference::Region region = picture.kept;
-        const int expected =
-            reference::GuessMotionDegree<long double>(picture.TopRow(pixels.data()), picture.width, picture.height,
-                                                      picture.PixelBytes(), picture.Pitch(), region);
+        unsigned char* const top = picture.TopRow(pixels.data());
+        Paint(picture, fill, top);
+        const reference::Plane original = CopyOf(pixels);
+        reference::Region region = kept;
+        const int expected = reference::GuessMotionDegree<long double>(top, picture.width, picture.height,
+                                                                       picture.PixelBytes(), picture.Pitch(), region);
         for (const simd::VectorClass vectorClass : simd::kVectorClasses) {
             if (!simd::IsSupported(vectorClass)) {
                 continue;
             }
             SCOPED_TRACE(simd::Name(vectorClass));
             simd::ForceVectorClass(vectorClass);
-            CImageFocus focus;
-            focus.SetSize(picture.width, picture.height);
-            focus.SetMotionDegree(77);
-            focus.m_EstLeft = picture.kept.left;
-            focus.m_EstTop = picture.kept.top;
-            EXPECT_EQ(focus.GuessMotionDegree(picture.TopRow(pixels.data()), picture.format, picture.Pitch()),
-                      expected);
-            EXPECT_EQ(focus.m_GuessedDegree, expected);
-            EXPECT_EQ(focus.GetMotionDegree(), 77);
-            EXPECT_EQ(focus.m_EstLeft, region.left);
-            EXPECT_EQ(focus.m_EstTop, region.top);
+            CImageFocus focus = MakeFocus(picture.width, picture.height, 3, 77);
+            focus.m_EstLeft = kept.left;
+            focus.m_EstTop = kept.top;
+            EXPECT_EQ(focus.GuessMotionDegree(top, picture.format, picture.Pitch()), expected);
+            EXPECT_EQ(std::tuple(focus.m_GuessedDegree, focus.m_EstLeft, focus.m_EstTop, focus.GetMotionDegree()),
+                      std::tuple(expected, region.left, region.top, 77));
         }
         EXPECT_TRUE(SameBytes(original.data(), pixels.data(), pixels.size()));
     }
     simd::ForceVectorClass(before);
 }
 
-TEST(MotionGuess, OfUnknownFormatReadsNoPixels) {
-    CImageFocus focus;
-    focus.SetSize(70, 50);
-    EXPECT_EQ(focus.GuessMotionDegree(nullptr, static_cast<FoPixelFmt>(2), 0), 0);
-}
-
 TEST_P(MotionGuessTest, LuminanceIsWeighedWith256PartsAndPicked) {
-    const Picture pictures[] = {{70, 3, Noise},
-                                {4201, 5, Noise, FoPixelFmt_BGR24, 5},
-                                {4201, 5, Noise, FoPixelFmt_BGRX32, 0, true},
-                                {4, 2, BlackOrWhite}};
-    for (const Picture& picture : pictures) {
+    for (const Picture& picture : {Picture{70, 3}, Picture{4201, 5, FoPixelFmt_BGR24, 5},
+                                   Picture{4201, 5, FoPixelFmt_BGRX32, 0, true}, Picture{4, 2}}) {
         SCOPED_TRACE(picture);
         GuardedBuffer<std::uint8_t> pixels(picture.Bytes(), 1);
-        picture.Paint(pixels.data());
+        unsigned char* const top = picture.TopRow(pixels.data());
+        Paint(picture, Noise, top);
         constexpr std::uint8_t kColours[] = {255, 255, 255, 0, 0, 255}; // white, then red
-        std::copy_n(kColours, 3, picture.TopRow(pixels.data()));
-        std::copy_n(kColours + 3, 3, picture.TopRow(pixels.data()) + 2 * picture.PixelBytes());
-        const unsigned char* const top = picture.TopRow(pixels.data());
+        std::copy_n(kColours, 3, top);
+        std::copy_n(kColours + 3, 3, top + 2 * picture.PixelBytes());
         const reference::Plane full = reference::Luminance(
             reference::Split(top, picture.width, picture.height, picture.PixelBytes(), picture.Pitch()));
         EXPECT_EQ(full[0], 255);
@@ -226,22 +189,19 @@ TEST_P(MotionGuessTest, LuminanceIsWeighedWith256PartsAndPicked) {
 CLARIBOX_INSTANTIATE_FOR_VECTOR_CLASSES(MotionGuessTest);
 
 TEST(TrimBottomTest, KeepsAsManyRowsAsLieInThePlane) {
-    for (int width = 1; width <= 5; ++width) {
-        for (int height = 1; height <= 6; ++height) {
-            for (int right = 0; right <= 17; ++right) {
-                for (int bottom = -1; bottom <= 9; ++bottom) {
-                    int expected = bottom;
-                    while (expected > 0 && (expected - 1) * width + std::max(right, 1) - 1 >= width * height) {
-                        --expected;
-                    }
-                    const focus::EstRect trimmed = focus::TrimBottom({0, 0, right, bottom}, width, height);
-                    // Below 1 there are no pixels, however far.
-                    ASSERT_EQ(std::max(trimmed.bottom, 0), std::max(expected, 0))
-                        << width << " by " << height << ", right " << right << ", bottom " << bottom;
-                    ASSERT_EQ(trimmed.right, right);
-                }
-            }
+    for (int k = 0; k < 5 * 6 * 18 * 11; ++k) { // all of these sides, right and bottom edges
+        const int width = 1 + k % 5;
+        const int height = 1 + k / 5 % 6;
+        const int right = k / (5 * 6) % 18;
+        const int bottom = k / (5 * 6 * 18) - 1;
+        int expected = bottom;
+        while (expected > 0 && (expected - 1) * width + std::max(right, 1) - 1 >= width * height) {
+            --expected;
         }
+        const focus::EstRect trimmed = focus::TrimBottom({0, 0, right, bottom}, width, height);
+        // Below 1 there are no pixels, however far.
+        ASSERT_EQ(std::pair(std::max(trimmed.bottom, 0), trimmed.right), std::pair(std::max(expected, 0), right))
+            << width << " by " << height << ", right " << right << ", bottom " << bottom;
     }
 }
 

@@ -4,9 +4,8 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
-#include <initializer_list>
 #include <random>
+#include <utility>
 
 namespace {
 
@@ -15,10 +14,8 @@ enum class Mirror { None, LeftRight, TopBottom, Both, AlmostBoth, BothAfterTrunc
 // A kernel of noise: 65536ths between `lowest` and `highest`, of which `percent` of 100 are not zero.
 struct NoiseRow {
     const char* what;
-    int rows;
-    int cols;
-    int lowest;
-    int highest;
+    int rows, cols;
+    int lowest, highest;
     Mirror mirror;
     int percent = 100;
 };
@@ -42,6 +39,12 @@ constexpr NoiseRow kNoiseRows[] = {
     {"even mirrored", 4, 6, 1, kUnit, Mirror::Both},
     {"even by odd", 2, 5, -kUnit, kUnit, Mirror::Both},
     {"odd by even", 5, 8, -kUnit, kUnit, Mirror::Both},
+    {"single 1", 1, 1, kUnit, kUnit, Mirror::None},
+    {"single -1", 1, 1, -kUnit, -kUnit, Mirror::None},
+    {"single 65536th", 1, 1, 1, 1, Mirror::None},
+    {"single 30000", 1, 1, kHuge, kHuge, Mirror::None},
+    {"box of side 3", 3, 3, kUnit / 3, kUnit / 3, Mirror::Both},
+    {"box of side 16", 16, 16, kUnit / 16, kUnit / 16, Mirror::Both},
     // Symmetries: a form that folds samples needs all of one, and must not take a part of it for the whole.
     {"mirrored left to right", 7, 7, -20000, 32767, Mirror::LeftRight},
     {"mirrored top to bottom", 7, 7, -20000, 32767, Mirror::TopBottom},
@@ -104,12 +107,6 @@ ChMatrix<float> NoiseKernel(const NoiseRow& row) {
     return kernel;
 }
 
-ChMatrix<float> Filled(int rows, int cols, float value) {
-    ChMatrix<float> kernel(rows, cols);
-    std::fill(kernel.m_Data, kernel.m_Data + kernel.Count(), value);
-    return kernel;
-}
-
 } // namespace
 
 ChMatrix<float> BlurKernel(int radius) {
@@ -151,23 +148,13 @@ std::vector<TestKernel> AllTestKernels() {
     for (int radius = 1; radius <= 10; ++radius) {
         kernels.push_back({"deblur of radius " + std::to_string(radius), DeBlurKernel(radius)});
     }
-    struct Motion {
-        int length;
-        int degree;
-    };
-    std::vector<Motion> motions = {{1, 0}, {2, 90}, {3, 10}, {5, 225}, {15, 30}, {15, 10}, {25, 45}};
+    std::vector<std::pair<int, int>> motions = {{1, 0}, {2, 90}, {3, 10}, {5, 225}, {15, 30}, {15, 10}, {25, 45}};
     for (const int degree : {0, 10, 45, 90, 91, 135, 180, 200, 270, 315, 359, -30, -540}) {
-        motions.push_back({7, degree});
+        motions.emplace_back(7, degree);
     }
     for (const auto& [length, degree] : motions) {
         kernels.push_back({"motion of length " + std::to_string(length) + ", degree " + std::to_string(degree),
                            MotionKernel(length, degree)});
-    }
-    for (const float value : {1.0f, -1.0f, 0x1p-16f, 30000.0f}) {
-        kernels.push_back({"single coefficient " + std::to_string(value), Filled(1, 1, value)});
-    }
-    for (const int side : {3, 5, 9, 16}) {
-        kernels.push_back({"box of side " + std::to_string(side), Filled(side, side, 1.0f / static_cast<float>(side))});
     }
     // With a divisor of 1 or -1 the quotient is the whole sum and reaches the ends of 32 bits.
     kernels.push_back({"divisor 1", FixedPointKernel(1, 3, {8000000, 1, -8000000})});

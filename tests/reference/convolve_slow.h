@@ -47,21 +47,17 @@ __attribute__((no_sanitize("thread"))) inline std::int32_t ConvolvePixel(const P
     return numerator / divisor;
 }
 
-/// Filters a tight plane of `width` by `height` samples. Where `mask` is not null, a pixel whose mask byte is 0 keeps
-/// its sample, which its neighbours still see.
-inline Plane ConvolvePlane(const Plane& source, int width, int height, const ChMatrix<float>& kernel,
-                           const std::uint8_t* mask = nullptr) {
+/// Filters a tight plane of `width` by `height` samples.
+inline Plane ConvolvePlane(const Plane& source, int width, int height, const ChMatrix<float>& kernel) {
     std::vector<std::int32_t> coefficients(kernel.Count());
     std::transform(kernel.m_Data, kernel.m_Data + kernel.Count(), coefficients.begin(), QuantiseCoefficient);
     Plane result = source;
     for (int y = 0; y < height; ++y) {
         for (int x = 0; x < width; ++x) {
             const auto at = static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
-            if (mask == nullptr || mask[at] != 0) {
-                const std::int32_t value =
-                    ConvolvePixel(source, width, height, coefficients, kernel.m_Rows, kernel.m_Cols, x, y);
-                result[at] = static_cast<std::uint8_t>(std::clamp(value, 0, 255));
-            }
+            const std::int32_t value =
+                ConvolvePixel(source, width, height, coefficients, kernel.m_Rows, kernel.m_Cols, x, y);
+            result[at] = static_cast<std::uint8_t>(std::clamp(value, 0, 255));
         }
     }
     return result;
