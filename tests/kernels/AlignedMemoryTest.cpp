@@ -3,40 +3,22 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-
-namespace {
-
-struct AllocationRow {
-    std::size_t size;
-    int alignment;
-};
-
-constexpr AllocationRow AllocationRows[] = {
-    {0, 8},
-    {1, 9},
-    {100, 64},
-    {100, 63},
-    {3, 1000},
-    {7, 4096},
-    {65536, 100},
-    {100, 12345},
-    {(4u << 20) + 1, 64},
-    {9u << 20, 1 << 20}, // the last two ask for huge pages
-};
-
-} // namespace
+#include <utility>
 
 TEST(AlignedMemoryTest, BlocksAreAlignedWritableAndRemembered) {
-    for (const AllocationRow& row : AllocationRows) {
-        SCOPED_TRACE(testing::Message() << row.size << " bytes at " << row.alignment);
-        auto* const block = static_cast<unsigned char*>(ChAlignedAlloc(row.size, row.alignment));
+    using Row = std::pair<std::size_t, std::uint32_t>; // the last two ask for huge pages
+    for (const auto& [size, alignment] :
+         {Row{0, 8}, Row{1, 9}, Row{100, 64}, Row{100, 63}, Row{3, 1000}, Row{7, 4096}, Row{65536, 100},
+          Row{100, 12345}, Row{(4u << 20) + 1, 64}, Row{9u << 20, 1 << 20}}) {
+        SCOPED_TRACE(testing::Message() << size << " bytes at " << alignment);
+        auto* const block = static_cast<unsigned char*>(ChAlignedAlloc(size, static_cast<int>(alignment)));
         ASSERT_NE(block, nullptr);
-        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % static_cast<unsigned>(row.alignment), 0u);
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(block) % alignment, 0u);
         std::uint32_t offset;
         std::memcpy(&offset, block - 4, 4);
-        EXPECT_GT(offset, static_cast<std::uint32_t>(row.alignment));
-        EXPECT_LE(offset, 2 * static_cast<std::uint32_t>(row.alignment));
-        std::memset(block, 0xEE, row.size);
+        EXPECT_GT(offset, alignment);
+        EXPECT_LE(offset, 2 * alignment);
+        std::memset(block, 0xEE, size);
         ChAlignedFree(block); // a wrong offset aborts here
     }
 }

@@ -1,6 +1,6 @@
 #include "claribox/ChMatrix.h"
 
-#include <gtest/gtest.h>
+#include "common/GuardedBuffer.h"
 
 #include <algorithm>
 #include <cmath>
@@ -15,28 +15,17 @@ int Silent(const char*, ...) {
     return 0;
 }
 
-template <typename T>
-T Number(int k) {
-    if constexpr (std::is_same_v<T, ChComplex>) {
-        return {static_cast<float>(k), static_cast<float>(-k)};
-    } else {
-        return static_cast<T>(k);
-    }
-}
-
-bool Same(float a, float b) {
-    return a == b;
-}
-bool Same(ChComplex a, ChComplex b) {
-    return a.re == b.re && a.im == b.im;
-}
-
 /// A matrix of small whole numbers, all different where it matters.
 template <typename T = float>
 ChMatrix<T> Numbered(int rows, int cols, int first = 1) {
     ChMatrix<T> matrix(rows, cols);
     for (int k = 0; k < rows * cols; ++k) {
-        matrix.m_Data[k] = Number<T>(first + k);
+        const auto number = static_cast<float>(first + k);
+        if constexpr (std::is_same_v<T, ChComplex>) {
+            matrix.m_Data[k] = {number, -number};
+        } else {
+            matrix.m_Data[k] = number;
+        }
     }
     return matrix;
 }
@@ -54,7 +43,7 @@ void CheckShift(int rows, int cols, int dx, int dy) {
     EXPECT_EQ(shifted.m_Print, Silent);
     for (int i = 0; i < rows; ++i) {
         for (int j = 0; j < cols; ++j) {
-            ASSERT_TRUE(Same(shifted.At(i, j), before.At((i - dy + rows) % rows, (j - dx + cols) % cols)))
+            ASSERT_TRUE(SameBytes(&before.At((i - dy + rows) % rows, (j - dx + cols) % cols), &shifted.At(i, j), 1))
                 << rows << " by " << cols << " shifted by " << dx << ", " << dy << " at row " << i << ", column " << j;
         }
     }
@@ -70,10 +59,8 @@ TEST(MatrixTest, LayoutIsThatOfTheBinaryInterface) {
         return static_cast<const char*>(field) - reinterpret_cast<const char*>(&matrix);
     };
     const auto word = static_cast<std::ptrdiff_t>(sizeof(void*));
-    EXPECT_EQ(offset(&matrix.m_Data), word);
-    EXPECT_EQ(offset(&matrix.m_Rows), 2 * word);
-    EXPECT_EQ(offset(&matrix.m_Cols), 2 * word + 4);
-    EXPECT_EQ(offset(&matrix.m_Print), 2 * word + 8);
+    EXPECT_EQ(std::pair(offset(&matrix.m_Data), offset(&matrix.m_Rows)), std::pair(word, 2 * word));
+    EXPECT_EQ(std::pair(offset(&matrix.m_Cols), offset(&matrix.m_Print)), std::pair(2 * word + 4, 2 * word + 8));
     EXPECT_EQ(matrix.m_Data, nullptr);
     EXPECT_EQ(matrix.m_Rows + matrix.m_Cols, 0);
     EXPECT_EQ(matrix.m_Print, &std::printf);
@@ -162,13 +149,7 @@ TEST(MatrixTest, CorrelateEqualsItsDefinition) {
     }
 }
 
-TEST(MatrixTest, CorrelateDoesNotFlipAndSumsInDouble) {
-    ChMatrix<float> impulse(5, 5);
-    impulse.Zero();
-    impulse.At(2, 2) = 1;
-    impulse.Correlate(Numbered(3, 3));
-    EXPECT_EQ(Elements(impulse),
-              (std::vector<float>{0, 0, 0, 0, 0, 0, 9, 8, 7, 0, 0, 6, 5, 4, 0, 0, 3, 2, 1, 0, 0, 0, 0, 0, 0}));
+TEST(MatrixTest, CorrelateSumsInDoubleAndTakesItself) {
     ChMatrix<float> row = Numbered(1, 3);
     row.At(0, 0) = 0x1p30f;
     row.At(0, 2) = -0x1p30f;
@@ -181,13 +162,11 @@ TEST(MatrixTest, CorrelateDoesNotFlipAndSumsInDouble) {
 }
 
 TEST(MatrixTest, CircShiftEqualsIndicesModuloTheSize) {
-    for (int rows = 1; rows <= 4; ++rows) {
-        for (int cols = 1; cols <= 5; ++cols) {
-            for (int dy = -rows; dy <= rows; ++dy) {
-                for (int dx = -cols; dx <= cols; ++dx) {
-                    CheckShift<float>(rows, cols, dx, dy);
-                    CheckShift<ChComplex>(rows, cols, dx, dy);
-                }
+    for (const auto& [rows, cols] : {std::pair(1, 1), {1, 5}, {3, 1}, {2, 4}, {4, 3}, {3, 5}}) {
+        for (int dy = -rows; dy <= rows; ++dy) {
+            for (int dx = -cols; dx <= cols; ++dx) {
+                CheckShift<float>(rows, cols, dx, dy);
+                CheckShift<ChComplex>(rows, cols, dx, dy);
             }
         }
     }

@@ -1,8 +1,9 @@
+// The plain members. How they copy, scale and decimate is for the tests of the vector members to say, which run the
+// plain class as well.
 #include "kernels/PlainMembers.h"
 
 #include "common/GuardedBuffer.h"
 
-#include <algorithm>
 #include <cfloat>
 #include <climits>
 #include <cmath>
@@ -74,76 +75,30 @@ std::uint8_t Byte(std::size_t k) {
 
 TEST(PlainMembersTest, PacksAndExpandsEveryCountAtAnyAddress) {
     const auto integer = [](std::size_t k) { return Integer(k).value; };
+    const auto byteOfInteger = [](std::size_t k) { return Integer(k).byte; };
     const auto real = [](std::size_t k) { return Float(k).value; };
     const auto byteOfReal = [](std::size_t k) { return Float(k).byte; };
-    CheckRows(
-        kernels::PackS32ToU8, integer, [](std::size_t k) { return Integer(k).byte; }, integer);
+    const auto complex = [](float re, float im) { return ChComplex{re, im}; };
+    const auto pair = [&](std::size_t k) { return complex(Float(k).value, Float(k + 1).value); };
+    const auto storedPair = [&](std::size_t k) { return complex(Float(k).storedBack, Float(k + 1).value); };
+    const auto realOfByte = [](std::size_t k) { return static_cast<float>(Byte(k)); };
+    CheckRows(kernels::PackS32ToU8, integer, byteOfInteger, integer);
     CheckRows(kernels::PackF32ToU8, real, byteOfReal, real);
+    CheckRows(kernels::PackComplexToU8, pair, byteOfReal, storedPair);
+    CheckRows(kernels::ExpandU8ToF32, Byte, realOfByte, Byte);
     CheckRows(
-        kernels::PackComplexToU8,
-        [](std::size_t k) {
-            return ChComplex{Float(k).value, Float(k + 1).value};
-        },
-        byteOfReal,
-        [](std::size_t k) {
-            return ChComplex{Float(k).storedBack, Float(k + 1).value};
-        });
+        kernels::ExpandU8ToComplex, Byte, [&](std::size_t k) { return complex(realOfByte(k), 0.0f); }, Byte);
     CheckRows(
-        kernels::ExpandU8ToF32, Byte, [](std::size_t k) { return static_cast<float>(Byte(k)); }, Byte);
-    CheckRows(
-        kernels::ExpandU8ToComplex, Byte,
-        [](std::size_t k) {
-            return ChComplex{static_cast<float>(Byte(k)), 0.0f};
-        },
-        Byte);
-    CheckRows(
-        kernels::ExpandF32ToComplex, real,
-        [](std::size_t k) {
-            return ChComplex{Float(k).value, 0.0f};
-        },
-        real);
-}
-
-TEST(PlainMembersTest, CopyReturnsItsDestination) {
-    constexpr std::size_t size = 100000;
-    GuardedBuffer<unsigned char> source(size, 3);
-    FillRandom(source, 5);
-    for (const std::uint32_t count : {0u, 1u, 63u, 64u, 99999u, 100000u}) {
-        GuardedBuffer<unsigned char> destination(size, 1);
-        EXPECT_EQ(kernels::Copy(destination.data(), source.data(), count), destination.data());
-        EXPECT_TRUE(SameBytes(source.data(), destination.data(), count)) << count;
-        unsigned char* const end = destination.data() + size;
-        EXPECT_EQ(std::count(destination.data() + count, end, 0), end - destination.data() - count);
-        EXPECT_TRUE(destination.GuardsIntact());
-    }
-    EXPECT_EQ(kernels::Copy(nullptr, nullptr, 0), nullptr);
-}
-
-TEST(PlainMembersTest, ScaleMultipliesInPlaceAndIgnoresNegativeCounts) {
-    for (const std::int32_t count : {INT_MIN, -1, 0, 1, 4, 67}) {
-        GuardedBuffer<float> vector(68, 1);
-        for (std::size_t k = 0; k < 68; ++k) {
-            vector.Write(k, static_cast<float>(k) + 0.25f);
-        }
-        kernels::ScaleF32(vector.data(), -1.5f, count);
-        for (std::size_t k = 0; k < 68; ++k) {
-            const float before = static_cast<float>(k) + 0.25f;
-            const bool scaled = static_cast<std::int32_t>(k) < count;
-            ASSERT_EQ(vector.Read(k), scaled ? before * -1.5f : before) << count << " elements, at " << k;
-        }
-        EXPECT_TRUE(vector.GuardsIntact());
-    }
+        kernels::ExpandF32ToComplex, real, [&](std::size_t k) { return complex(real(k), 0.0f); }, real);
 }
 
 TEST(PlainMembersTest, DotSumsInExtendedPrecisionInIndexOrder) {
-    struct Row {
-        float first[3];
-        float second[3];
+    constexpr bool extended = LDBL_MANT_DIG >= 64;
+    constexpr struct {
+        float first[3], second[3];
         std::int32_t count;
         float sum;
-    };
-    constexpr bool extended = LDBL_MANT_DIG >= 64;
-    const Row rows[] = {
+    } rows[] = {
         {{1, 2, 3}, {4, 5, 6}, 3, 32},
         {{1, 2, 3}, {4, 5, 6}, 2, 14},
         {{1, 2, 3}, {4, 5, 6}, 0, 0},
@@ -153,7 +108,7 @@ TEST(PlainMembersTest, DotSumsInExtendedPrecisionInIndexOrder) {
         {{0x1p60f, -0x1p60f, 1}, {0x1p60f, 0x1p60f, 1}, 3, 1},
         {{FLT_MAX, -FLT_MAX, 1}, {2, 2, 1}, 3, 1}, // products beyond the range of float
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         GuardedBuffer<float> first(3, 1);
         GuardedBuffer<float> second(3, 3);
         for (std::size_t k = 0; k < 3; ++k) {
@@ -162,26 +117,5 @@ TEST(PlainMembersTest, DotSumsInExtendedPrecisionInIndexOrder) {
         }
         EXPECT_EQ(kernels::DotF32(first.data(), second.data(), row.count), row.sum)
             << row.first[0] << " * " << row.second[0] << " + ..., " << row.count << " elements";
-    }
-}
-
-TEST(PlainMembersTest, DecimatePicksEverySecondPixel) {
-    GuardedBuffer<std::uint8_t> source(37 * 9, 1);
-    FillRandom(source, 11);
-    for (std::int32_t height = -2; height <= 9; ++height) {
-        for (std::int32_t width = -2; width <= 37; ++width) {
-            SCOPED_TRACE(testing::Message() << width << " by " << height);
-            GuardedBuffer<std::uint8_t> destination(18 * 4, 3);
-            GuardedBuffer<std::uint8_t> expected(18 * 4);
-            std::size_t next = 0;
-            for (std::int32_t y = 0; y < height / 2; ++y) {
-                for (std::int32_t x = 0; x < width / 2; ++x) {
-                    expected.Write(next++, source.Read(static_cast<std::size_t>(2 * y * width + 2 * x)));
-                }
-            }
-            kernels::DecimateU8(destination.data(), source.data(), width, height);
-            ASSERT_TRUE(SameBytes(expected, destination));
-            ASSERT_TRUE(destination.GuardsIntact());
-        }
     }
 }

@@ -6,47 +6,9 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <numeric>
-#include <vector>
 
 namespace {
-
-struct Element {
-    int row, col;
-    float value;
-};
-
-double Sum(const ChMatrix<float>& matrix) {
-    return std::accumulate(matrix.m_Data, matrix.m_Data + matrix.Count(), 0.0);
-}
-
-/// Every element that `elements` does not list must be exactly 0. The quoted values have four decimals.
-void ExpectElements(const ChMatrix<float>& matrix, const std::vector<Element>& elements) {
-    ChMatrix<float> expected(matrix.m_Rows, matrix.m_Cols);
-    expected.Zero();
-    for (const Element& element : elements) {
-        expected.At(element.row, element.col) = element.value;
-    }
-    for (int i = 0; i < matrix.m_Rows; ++i) {
-        for (int j = 0; j < matrix.m_Cols; ++j) {
-            const float tolerance = expected.At(i, j) == 0.0f ? 0.0f : 5.1e-5f;
-            EXPECT_NEAR(matrix.At(i, j), expected.At(i, j), tolerance) << "row " << i << ", column " << j;
-        }
-    }
-}
-
-/// FNV-1a over the bytes of the elements.
-std::uint64_t Checksum(std::uint64_t hash, const ChMatrix<float>& matrix) {
-    for (std::size_t k = 0; k < matrix.Count(); ++k) {
-        unsigned char bytes[4];
-        std::memcpy(bytes, matrix.m_Data + k, 4);
-        for (const unsigned char byte : bytes) {
-            hash = (hash ^ byte) * 0x100000001B3u;
-        }
-    }
-    return hash;
-}
 
 /// The area that a disk about the origin shares with the unit square about (dx, dy), by slices of the square.
 double SharedArea(double dx, double dy, double radius) {
@@ -89,43 +51,19 @@ TEST(PointSpreadTest, GaussianFallsToOneHalfAtSigma) {
     EXPECT_EQ(psf.Count(), 0u);
 }
 
-TEST(PointSpreadTest, MotionRaysOfLengthThree) {
-    struct Row {
-        int degree;
-        std::vector<Element> elements;
-    };
-    const std::vector<Element> right = {{3, 3, 1}, {3, 4, 0.8948f}, {3, 5, 0.6412f}, {3, 6, 0.3679f}};
-    const Row rows[] = {
-        {0, right},
-        {360, right},
-        {-360, right},
-        {-540, right}, // the remainder of -180 stays negative, so that no half turn follows
-        {90, {{3, 3, 1}, {2, 3, 0.8948f}, {1, 3, 0.6412f}, {0, 3, 0.3679f}}},
-        {180, {{3, 3, 1}, {3, 2, 0.8948f}, {3, 1, 0.6412f}, {3, 0, 0.3679f}}},
-        {270, {{3, 3, 1}, {4, 3, 0.8948f}, {5, 3, 0.6412f}, {6, 3, 0.3679f}}},
-        {45, {{3, 3, 0.8948f}, {2, 4, 0.6412f}, {1, 5, 0.1690f}, {0, 6, 0.0622f}}},  // k = 1 overwrites the centre
-        {135, {{3, 3, 0.9229f}, {2, 3, 0.7254f}, {1, 2, 0.2769f}, {0, 1, 0.1345f}}}, // steeper than at 45
-        {10, {{3, 3, 0.8950f}, {3, 4, 0.6416f}, {3, 5, 0.3685f}, {3, 6, 0.1695f}}},
-    };
-    for (const Row& row : rows) {
-        SCOPED_TRACE(testing::Message() << "degree " << row.degree);
-        ChMatrix<float> psf;
-        ChMakeMotionPSF(psf, 3, row.degree);
-        ASSERT_EQ(psf.m_Rows, 7);
-        ASSERT_EQ(psf.m_Cols, 7);
-        ExpectElements(psf, row.elements);
-    }
-}
-
-// The roundings to float and the value of PIF are part of the result. The checksum is that of a transcription of the
-// ray's steps into Python, with each float rounded through struct.pack.
+// The roundings to float, the value of PIF, the steeper run at 135 degrees than at 45 and the remainders of negative
+// degrees are part of the result. The checksum is that of a transcription of the ray's steps into Python, with each
+// float rounded through struct.pack.
 TEST(PointSpreadTest, MotionKernelsAgreeBitForBit) {
-    std::uint64_t hash = 0xCBF29CE484222325u;
+    std::uint64_t hash = 0xCBF29CE484222325u; // FNV-1a over the bytes of the elements
     ChMatrix<float> psf;
     for (const int length : {1, 2, 3, 5, 8, 13}) {
         for (int degree = -721; degree <= 721; ++degree) {
             ChMakeMotionPSF(psf, length, degree);
-            hash = Checksum(hash, psf);
+            const auto* const bytes = reinterpret_cast<const unsigned char*>(psf.m_Data);
+            for (std::size_t k = 0; k < 4 * psf.Count(); ++k) {
+                hash = (hash ^ bytes[k]) * 0x100000001B3u;
+            }
         }
     }
     EXPECT_EQ(hash, 0xE6A4F2D440471528u);
@@ -142,9 +80,7 @@ TEST(PointSpreadTest, MotionTakesAnyLengthAndDegree) {
         ChMatrix<float> psf;
         ChMakeMotionPSF(psf, row.length, row.degree);
         EXPECT_EQ(psf.Count(), row.count);
-        for (std::size_t k = 0; row.length <= 0 && k < row.count; ++k) {
-            EXPECT_EQ(psf.m_Data[k], 0.0f);
-        }
+        EXPECT_TRUE(row.count != 1 || psf.m_Data[0] == 0.0f);
     }
 }
 
@@ -161,7 +97,7 @@ TEST(PointSpreadTest, CircleElementsHoldTheSharedArea) {
         ChMatrix<float> psf;
         ChMakeCirclePSF(psf, row.size, row.radius);
         ASSERT_EQ(psf.Count(), static_cast<std::size_t>(row.size) * static_cast<std::size_t>(row.size));
-        EXPECT_NEAR(Sum(psf), row.sum, 5e-5);
+        EXPECT_NEAR(std::accumulate(psf.m_Data, psf.m_Data + psf.Count(), 0.0), row.sum, 5e-5);
         for (int i = 0; i < row.size; ++i) {
             for (int j = 0; j < row.size; ++j) {
                 const double area = SharedArea(j - row.size / 2, i - row.size / 2, row.radius);
@@ -172,23 +108,18 @@ TEST(PointSpreadTest, CircleElementsHoldTheSharedArea) {
     }
 }
 
-TEST(PointSpreadTest, CircleExamples) {
+TEST(PointSpreadTest, CirclesWithoutAreaOrEnd) {
     ChMatrix<float> psf;
-    ChMakeCirclePSF(psf, 1, 0.0);
-    ExpectElements(psf, {{0, 0, 1}});
-    ChMakeCirclePSF(psf, 4, 0.0);
-    ExpectElements(psf, {{2, 2, 1}});
-    ChMakeCirclePSF(psf, 3, 0.66);
-    ExpectElements(psf, {{1, 1, 0.7241f}, {0, 1, 0.0690f}, {1, 0, 0.0690f}, {1, 2, 0.0690f}, {2, 1, 0.0690f}});
-    ChMakeCirclePSF(psf, 7, 1.98);
-    for (const Element& element :
-         {Element{3, 3, 0.0812f}, Element{2, 3, 0.0812f}, Element{2, 2, 0.0795f}, Element{3, 5, 0.0372f},
-          Element{2, 5, 0.0159f}, Element{5, 2, 0.0159f}, Element{1, 1, 0.0f}, Element{0, 3, 0.0f}}) {
-        EXPECT_NEAR(psf.At(element.row, element.col), element.value, 5.1e-5) << element.row << ", " << element.col;
+    for (const int size : {1, 4}) {
+        ChMakeCirclePSF(psf, size, 0.0);
+        EXPECT_EQ(psf.At(size / 2, size / 2), 1.0f);
+        EXPECT_EQ(std::count(psf.m_Data, psf.m_Data + psf.Count(), 0.0f), size * size - 1);
     }
     // Pins PIF: pi itself would give another float here.
+    ChMakeCirclePSF(psf, 7, 1.98);
     EXPECT_EQ(psf.At(3, 3), static_cast<float>(1.0 / (0x1.921FB4p+1 * (1.98 * 1.98))));
     EXPECT_NE(psf.At(3, 3), static_cast<float>(1.0 / (0x1.921FB6p+1 * (1.98 * 1.98))));
+    EXPECT_EQ(psf.At(1, 1), 0.0f);
     for (const double radius : {HUGE_VAL, std::nan("")}) {
         ChMakeCirclePSF(psf, 3, radius);
         EXPECT_TRUE(std::isnan(psf.At(1, 1))) << radius;
