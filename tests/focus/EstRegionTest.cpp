@@ -4,6 +4,8 @@
 #include "focus/Picture.h"
 #include "reference/guess_slow.h"
 
+#include <tuple>
+
 namespace {
 
 class EstRegionTest : public VectorClassTest {};
@@ -55,25 +57,21 @@ TEST_P(EstRegionTest, TheBusiestSquareIsTheFirstOfTheBest) {
 }
 
 TEST_P(EstRegionTest, TheEdgeMapIsTheDistanceFromTheMean) {
-    const struct {
-        int width, height, threshold;
-        Fill fill;
-    } rows[] = {
-        {40, 30, 20, Noise}, {40, 30, 1, Constant}, {64, 21, 0, Smeared}, {33, 25, 256, Noise},
-        {50, 10, 60, Noise}, {11, 11, 10, Noise},   {12, 12, -5, Noise},  {10, 20, 7, Noise},
-        {5, 13, 3, Noise},   {1, 40, 3, Noise},     {6, 11, 0, Constant}, {300, 40, 90, BlackOrWhite},
-    };
-    for (const auto& row : rows) {
-        const auto count = static_cast<std::size_t>(row.width * row.height);
+    using Row = std::tuple<int, int, int, Fill>;
+    for (const auto& [width, height, threshold, fill] :
+         {Row(40, 30, 20, Noise), Row(40, 30, 1, Constant), Row(64, 21, 0, Smeared), Row(33, 25, 256, Noise),
+          Row(50, 10, 60, Noise), Row(11, 11, 10, Noise), Row(12, 12, -5, Noise), Row(10, 20, 7, Noise),
+          Row(5, 13, 3, Noise), Row(1, 40, 3, Noise), Row(6, 11, 0, Constant), Row(300, 40, 90, BlackOrWhite)}) {
+        const auto count = static_cast<std::size_t>(width * height);
         GuardedBuffer<std::uint8_t> plane(count, 1);
         GuardedBuffer<std::uint8_t> map(count, 5);
-        FillPlane(plane, row.width, row.fill);
+        FillPlane(plane, width, fill);
         FillRandom(map, 1);
-        CImageFocus focus = MakeFocus(row.width, row.height);
-        focus.GetEdgeMap(plane.data(), map.data(), -1, row.threshold);
-        const reference::Plane expected = reference::EdgeMap(CopyOf(plane), row.width, row.height, row.threshold);
-        EXPECT_TRUE(SameBytes(expected.data(), map.data(), count, static_cast<std::size_t>(row.width)))
-            << row.width << " by " << row.height << ", threshold " << row.threshold;
+        CImageFocus focus = MakeFocus(width, height);
+        focus.GetEdgeMap(plane.data(), map.data(), -1, threshold);
+        const reference::Plane expected = reference::EdgeMap(CopyOf(plane), width, height, threshold);
+        EXPECT_TRUE(SameBytes(expected.data(), map.data(), count, static_cast<std::size_t>(width)))
+            << width << " by " << height << ", threshold " << threshold;
         EXPECT_TRUE(map.GuardsIntact());
     }
 }

@@ -75,20 +75,16 @@ TEST(FocusOperations, PixelsOfForeignFormatsAreNotEvenRead) {
 
 // The sum of a window passes 2^31 from a certain brightness on: required behaviour, shown here from its own table.
 TEST(FocusOperations, BlurWrapsAt32Bits) {
-    constexpr struct {
-        int radius, value, interior;
-    } rows[] = {
-        {1, 255, 255}, {2, 255, 255}, {3, 255, 255}, {4, 255, 255}, {5, 255, 255}, {5, 1, 1},
-        {6, 221, 221}, {6, 222, 0},   {6, 255, 0},   {7, 165, 165}, {7, 166, 0},   {8, 128, 128},
-        {8, 129, 0},   {9, 102, 102}, {9, 103, 0},   {9, 255, 49},  {10, 84, 84},  {10, 85, 0},
-    };
-    for (const auto& row : rows) {
-        const int side = 2 * row.radius + 5;
-        std::vector<unsigned char> pixels(static_cast<std::size_t>(3 * side * side),
-                                          static_cast<unsigned char>(row.value));
-        MakeFocus(side, side, row.radius).Blur(pixels.data(), FoPixelFmt_BGR24, 3 * side);
-        EXPECT_EQ(pixels[pixels.size() / 2], row.interior) << "radius " << row.radius << ", value " << row.value;
-        EXPECT_EQ(pixels[0], row.value) << "radius " << row.radius; // corners weigh too little to wrap
+    using Row = std::tuple<int, int, int>;
+    for (const auto& [radius, value, interior] :
+         {Row(1, 255, 255), Row(2, 255, 255), Row(3, 255, 255), Row(4, 255, 255), Row(5, 255, 255), Row(5, 1, 1),
+          Row(6, 221, 221), Row(6, 222, 0), Row(6, 255, 0), Row(7, 165, 165), Row(7, 166, 0), Row(8, 128, 128),
+          Row(8, 129, 0), Row(9, 102, 102), Row(9, 103, 0), Row(9, 255, 49), Row(10, 84, 84), Row(10, 85, 0)}) {
+        const int side = 2 * radius + 5;
+        std::vector<unsigned char> pixels(static_cast<std::size_t>(3 * side * side), static_cast<unsigned char>(value));
+        MakeFocus(side, side, radius).Blur(pixels.data(), FoPixelFmt_BGR24, 3 * side);
+        EXPECT_EQ(pixels[pixels.size() / 2], interior) << "radius " << radius << ", value " << value;
+        EXPECT_EQ(pixels[0], value) << "radius " << radius; // corners weigh too little to wrap
     }
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -118,27 +119,25 @@ TEST(MatrixTest, NormalizeDividesByTheSumOfAll) {
 }
 
 TEST(MatrixTest, CorrelateEqualsItsDefinition) {
-    struct Row {
-        int rows, cols, kernelRows, kernelCols;
-    };
-    for (const Row& row : {Row{5, 5, 3, 3}, Row{7, 4, 2, 4}, Row{1, 1, 5, 5}, Row{3, 2, 9, 1}, Row{2, 6, 1, 13},
-                           Row{4, 5, 1, 1}, Row{3, 3, 0, 0}, Row{0, 3, 3, 3}, Row{9, 8, 4, 2}}) {
-        SCOPED_TRACE(testing::Message() << row.rows << "x" << row.cols << " by " << row.kernelRows << "x"
-                                        << row.kernelCols);
-        const ChMatrix<float> before = Numbered(row.rows, row.cols);
-        const ChMatrix<float> kernel = Numbered(row.kernelRows, row.kernelCols, -3);
+    using Row = std::tuple<int, int, int, int>;
+    for (const auto& [rows, cols, kernelRows, kernelCols] :
+         {Row(5, 5, 3, 3), Row(7, 4, 2, 4), Row(1, 1, 5, 5), Row(3, 2, 9, 1), Row(2, 6, 1, 13), Row(4, 5, 1, 1),
+          Row(3, 3, 0, 0), Row(0, 3, 3, 3), Row(9, 8, 4, 2)}) {
+        SCOPED_TRACE(testing::Message() << rows << "x" << cols << " by " << kernelRows << "x" << kernelCols);
+        const ChMatrix<float> before = Numbered(rows, cols);
+        const ChMatrix<float> kernel = Numbered(kernelRows, kernelCols, -3);
         ChMatrix<float> result(before);
         const float* const block = result.m_Data;
         result.Correlate(kernel);
         EXPECT_EQ(result.m_Data, block);
-        for (int i = 0; i < row.rows; ++i) {
-            for (int j = 0; j < row.cols; ++j) {
+        for (int i = 0; i < rows; ++i) {
+            for (int j = 0; j < cols; ++j) {
                 float sum = 0; // whole numbers below 2^24: exact
-                for (int y = 0; y < row.rows; ++y) {
-                    for (int x = 0; x < row.cols; ++x) {
-                        const int ki = y - i + row.kernelRows / 2;
-                        const int kj = x - j + row.kernelCols / 2;
-                        if (ki >= 0 && ki < row.kernelRows && kj >= 0 && kj < row.kernelCols) {
+                for (int y = 0; y < rows; ++y) {
+                    for (int x = 0; x < cols; ++x) {
+                        const int ki = y - i + kernelRows / 2;
+                        const int kj = x - j + kernelCols / 2;
+                        if (ki >= 0 && ki < kernelRows && kj >= 0 && kj < kernelCols) {
                             sum += kernel.At(ki, kj) * before.At(y, x);
                         }
                     }
@@ -183,8 +182,7 @@ TEST(MatrixTest, CropAndPadKeepTheIndices) {
         part.m_Print = Silent;
         part.Crop(row.x0, row.y0, row.x1, row.y1);
         EXPECT_EQ(Elements(part), row.elements);
-        EXPECT_EQ(part.m_Cols, row.x1 - row.x0);
-        EXPECT_EQ(part.m_Rows, row.y1 - row.y0);
+        EXPECT_EQ(std::pair(part.m_Cols, part.m_Rows), std::pair(row.x1 - row.x0, row.y1 - row.y0));
         EXPECT_EQ(part.m_Print, &std::printf);
     }
     ChMatrix<float> padded = Numbered(2, 2);

@@ -1,11 +1,10 @@
-// The plain members. How they copy, scale and decimate is for the tests of the vector members to say, which run the
-// plain class as well.
+// The plain members. How they copy, scale, decimate and pack integers is for the tests of the vector members to say,
+// which run the plain class as well.
 #include "kernels/PlainMembers.h"
 
 #include "common/GuardedBuffer.h"
 
 #include <cfloat>
-#include <climits>
 #include <cmath>
 #include <limits>
 
@@ -13,14 +12,6 @@ namespace {
 
 constexpr std::size_t Misalignments[] = {0, 1, 6, 13};
 constexpr float Infinity = std::numeric_limits<float>::infinity();
-
-struct IntegerRow {
-    std::int32_t value;
-    std::uint8_t byte;
-};
-constexpr IntegerRow IntegerRows[] = {{0, 0},       {1, 1},       {127, 127},  {255, 255},  {256, 255},
-                                      {65543, 255}, {-1, 0},      {-256, 0},   {-65529, 0}, {INT_MIN, 0},
-                                      {200, 200},   {32768, 255}, {-32769, 0}, {254, 254},  {INT_MAX, 255}};
 
 struct FloatRow {
     float value;
@@ -61,9 +52,6 @@ void CheckRows(void (*member)(In*, Out*, std::uint32_t), auto input, auto output
     }
 }
 
-const IntegerRow& Integer(std::size_t k) {
-    return IntegerRows[k % std::size(IntegerRows)];
-}
 const FloatRow& Float(std::size_t k) {
     return FloatRows[k % std::size(FloatRows)];
 }
@@ -74,15 +62,12 @@ std::uint8_t Byte(std::size_t k) {
 } // namespace
 
 TEST(PlainMembersTest, PacksAndExpandsEveryCountAtAnyAddress) {
-    const auto integer = [](std::size_t k) { return Integer(k).value; };
-    const auto byteOfInteger = [](std::size_t k) { return Integer(k).byte; };
     const auto real = [](std::size_t k) { return Float(k).value; };
     const auto byteOfReal = [](std::size_t k) { return Float(k).byte; };
     const auto complex = [](float re, float im) { return ChComplex{re, im}; };
     const auto pair = [&](std::size_t k) { return complex(Float(k).value, Float(k + 1).value); };
     const auto storedPair = [&](std::size_t k) { return complex(Float(k).storedBack, Float(k + 1).value); };
     const auto realOfByte = [](std::size_t k) { return static_cast<float>(Byte(k)); };
-    CheckRows(kernels::PackS32ToU8, integer, byteOfInteger, integer);
     CheckRows(kernels::PackF32ToU8, real, byteOfReal, real);
     CheckRows(kernels::PackComplexToU8, pair, byteOfReal, storedPair);
     CheckRows(kernels::ExpandU8ToF32, Byte, realOfByte, Byte);

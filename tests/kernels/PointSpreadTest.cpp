@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdint>
 #include <numeric>
+#include <tuple>
 
 namespace {
 
@@ -26,20 +27,16 @@ double SharedArea(double dx, double dy, double radius) {
 } // namespace
 
 TEST(PointSpreadTest, GaussianFallsToOneHalfAtSigma) {
-    struct Row {
-        int rows, cols;
-        double sigma;
-    };
-    for (const Row& row : {Row{3, 3, 2.0}, Row{2, 2, 1.0}, Row{5, 8, 3.5}, Row{1, 21, 20.0}, Row{7, 7, -2.0}}) {
+    for (const auto& [rows, cols, sigma] :
+         {std::tuple(3, 3, 2.0), {2, 2, 1.0}, {5, 8, 3.5}, {1, 21, 20.0}, {7, 7, -2.0}}) {
         ChMatrix<float> psf;
-        ChMakeGaussianPSF(psf, row.rows, row.cols, row.sigma);
-        ASSERT_EQ(psf.m_Rows, row.rows);
-        ASSERT_EQ(psf.m_Cols, row.cols);
-        for (int i = 0; i < row.rows; ++i) {
-            for (int j = 0; j < row.cols; ++j) {
-                const double distance = std::hypot(i - (row.rows - 1) / 2.0, j - (row.cols - 1) / 2.0);
-                const double bell = std::exp2(-std::pow(distance / row.sigma, 2));
-                EXPECT_FLOAT_EQ(psf.At(i, j), static_cast<float>(bell)) << row.rows << " by " << row.cols;
+        ChMakeGaussianPSF(psf, rows, cols, sigma);
+        ASSERT_EQ(std::pair(psf.m_Rows, psf.m_Cols), std::pair(rows, cols));
+        for (int i = 0; i < rows; ++i) {
+            for (int j = 0; j < cols; ++j) {
+                const double distance = std::hypot(i - (rows - 1) / 2.0, j - (cols - 1) / 2.0);
+                const double bell = std::exp2(-std::pow(distance / sigma, 2));
+                EXPECT_FLOAT_EQ(psf.At(i, j), static_cast<float>(bell)) << rows << " by " << cols;
             }
         }
     }
@@ -70,38 +67,32 @@ TEST(PointSpreadTest, MotionKernelsAgreeBitForBit) {
 }
 
 TEST(PointSpreadTest, MotionTakesAnyLengthAndDegree) {
-    struct Row {
-        int length, degree;
-        std::size_t count;
-    };
-    for (const Row& row : {Row{0, 0, 1}, Row{0, 77, 1}, Row{-1, 0, 0}, Row{-1, 45, 0}, Row{-9, 200, 0},
-                           Row{INT_MIN, 0, 1}, Row{4, INT_MAX, 81}, Row{4, INT_MIN, 81}}) {
-        SCOPED_TRACE(testing::Message() << "length " << row.length << ", degree " << row.degree);
+    using Row = std::tuple<int, int, std::size_t>;
+    for (const auto& [length, degree, count] :
+         {Row(0, 0, 1), Row(0, 77, 1), Row(-1, 0, 0), Row(-1, 45, 0), Row(-9, 200, 0), Row(INT_MIN, 0, 1),
+          Row(4, INT_MAX, 81), Row(4, INT_MIN, 81)}) {
+        SCOPED_TRACE(testing::Message() << "length " << length << ", degree " << degree);
         ChMatrix<float> psf;
-        ChMakeMotionPSF(psf, row.length, row.degree);
-        EXPECT_EQ(psf.Count(), row.count);
-        EXPECT_TRUE(row.count != 1 || psf.m_Data[0] == 0.0f);
+        ChMakeMotionPSF(psf, length, degree);
+        EXPECT_EQ(psf.Count(), count);
+        EXPECT_TRUE(count != 1 || psf.m_Data[0] == 0.0f);
     }
 }
 
 TEST(PointSpreadTest, CircleElementsHoldTheSharedArea) {
-    struct Row {
-        int size;
-        double radius;
-        double sum;
-    };
-    for (const Row& row :
-         {Row{3, 0.66, 1}, Row{7, 1.98, 1}, Row{5, 3.0, 0.8408}, Row{21, 6.6, 1}, Row{6, 1.7, 1}, Row{1, 0.3, 1},
-          Row{5, 0.5, 1}, Row{5, 1.5, 1}, Row{9, 2.5, 1}, Row{4, 100.0, 16 / 31415.925}}) {
-        SCOPED_TRACE(testing::Message() << "size " << row.size << ", radius " << row.radius);
+    using Row = std::tuple<int, double, double>;
+    for (const auto& [size, radius, sum] :
+         {Row(3, 0.66, 1.0), Row(7, 1.98, 1), Row(5, 3.0, 0.8408), Row(21, 6.6, 1), Row(6, 1.7, 1), Row(1, 0.3, 1),
+          Row(5, 0.5, 1), Row(5, 1.5, 1), Row(9, 2.5, 1), Row(4, 100.0, 16 / 31415.925)}) {
+        SCOPED_TRACE(testing::Message() << "size " << size << ", radius " << radius);
         ChMatrix<float> psf;
-        ChMakeCirclePSF(psf, row.size, row.radius);
-        ASSERT_EQ(psf.Count(), static_cast<std::size_t>(row.size) * static_cast<std::size_t>(row.size));
-        EXPECT_NEAR(std::accumulate(psf.m_Data, psf.m_Data + psf.Count(), 0.0), row.sum, 5e-5);
-        for (int i = 0; i < row.size; ++i) {
-            for (int j = 0; j < row.size; ++j) {
-                const double area = SharedArea(j - row.size / 2, i - row.size / 2, row.radius);
-                const double share = area / (3.1415925 * row.radius * row.radius);
+        ChMakeCirclePSF(psf, size, radius);
+        ASSERT_EQ(psf.Count(), static_cast<std::size_t>(size) * static_cast<std::size_t>(size));
+        EXPECT_NEAR(std::accumulate(psf.m_Data, psf.m_Data + psf.Count(), 0.0), sum, 5e-5);
+        for (int i = 0; i < size; ++i) {
+            for (int j = 0; j < size; ++j) {
+                const double area = SharedArea(j - size / 2, i - size / 2, radius);
+                const double share = area / (3.1415925 * radius * radius);
                 EXPECT_NEAR(psf.At(i, j), share, 2e-5) << i << ", " << j; // the slices err by about 1e-5 at the ends
             }
         }
@@ -129,20 +120,16 @@ TEST(PointSpreadTest, CirclesWithoutAreaOrEnd) {
 }
 
 TEST(PointSpreadTest, CorrelationTakesColumnsFirst) {
-    struct Row {
-        int cols, rows;
-        double base, offset;
-    };
-    for (const Row& row : {Row{3, 5, 0.5, 0.0}, Row{4, 2, 0.9, -0.25}, Row{1, 1, 0.0, 3.0}, Row{81, 81, 0.5, 0.0}}) {
+    for (const auto& [cols, rows, base, offset] :
+         {std::tuple(3, 5, 0.5, 0.0), {4, 2, 0.9, -0.25}, {1, 1, 0.0, 3.0}, {81, 81, 0.5, 0.0}}) {
         ChMatrix<float> corr;
-        ChMakeCorrecation(corr, row.cols, row.rows, row.base, row.offset);
-        ASSERT_EQ(corr.m_Rows, row.rows);
-        ASSERT_EQ(corr.m_Cols, row.cols);
-        EXPECT_EQ(corr.At(row.rows / 2, row.cols / 2), static_cast<float>(1.0 + row.offset));
-        for (int i = 0; i < row.rows; ++i) {
-            for (int j = 0; j < row.cols; ++j) {
-                const double distance = std::hypot(i - row.rows / 2, j - row.cols / 2);
-                EXPECT_FLOAT_EQ(corr.At(i, j), static_cast<float>(std::pow(row.base, distance) + row.offset));
+        ChMakeCorrecation(corr, cols, rows, base, offset);
+        ASSERT_EQ(std::pair(corr.m_Rows, corr.m_Cols), std::pair(rows, cols));
+        EXPECT_EQ(corr.At(rows / 2, cols / 2), static_cast<float>(1.0 + offset));
+        for (int i = 0; i < rows; ++i) {
+            for (int j = 0; j < cols; ++j) {
+                const double distance = std::hypot(i - rows / 2, j - cols / 2);
+                EXPECT_FLOAT_EQ(corr.At(i, j), static_cast<float>(std::pow(base, distance) + offset));
             }
         }
     }

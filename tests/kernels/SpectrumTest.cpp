@@ -13,6 +13,7 @@
 #include <cfloat>
 #include <cmath>
 #include <random>
+#include <tuple>
 #include <type_traits>
 
 namespace {
@@ -45,20 +46,17 @@ std::vector<dft::Complex<float>> Elements(const DFT_Buffer& buffer, std::size_t 
 class SpectrumTest : public VectorClassTest {};
 
 TEST(SpectrumPaddingTest, RepeatsTheNearestPixelAndCropsItBack) {
-    struct Row {
-        int width, height, pad;
-    };
-    for (const Row& row :
-         {Row{1, 1, 2}, Row{2, 2, 1}, Row{5, 4, 0}, Row{3, 2, 9}, Row{1, 70, 3}, Row{131, 1, 64}, Row{64, 5, 50}}) {
-        SCOPED_TRACE(testing::Message() << row.width << "x" << row.height << " by " << row.pad);
-        Plane source = Noise(row.width, row.height, 3);
-        const Plane expected = spectrum_slow::Extend(source, row.width, row.height, row.pad);
+    for (const auto& [width, height, pad] :
+         {std::tuple(1, 1, 2), {2, 2, 1}, {5, 4, 0}, {3, 2, 9}, {1, 70, 3}, {131, 1, 64}, {64, 5, 50}}) {
+        SCOPED_TRACE(testing::Message() << width << "x" << height << " by " << pad);
+        Plane source = Noise(width, height, 3);
+        const Plane expected = spectrum_slow::Extend(source, width, height, pad);
         GuardedBuffer<unsigned char> padded(expected.size(), 1);
-        ChEntendBuffer(source.data(), row.width, row.height, padded.data(), row.pad);
-        EXPECT_TRUE(SameBytes(expected.data(), padded.data(), expected.size(),
-                              static_cast<std::size_t>(row.width + 2 * row.pad)));
+        ChEntendBuffer(source.data(), width, height, padded.data(), pad);
+        EXPECT_TRUE(
+            SameBytes(expected.data(), padded.data(), expected.size(), static_cast<std::size_t>(width + 2 * pad)));
         GuardedBuffer<unsigned char> cropped(source.size(), 3);
-        ChCropBuffer(cropped.data(), row.width, row.height, padded.data(), row.pad);
+        ChCropBuffer(cropped.data(), width, height, padded.data(), pad);
         EXPECT_TRUE(SameBytes(source.data(), cropped.data(), source.size()));
         EXPECT_TRUE(padded.GuardsIntact() && cropped.GuardsIntact());
     }
@@ -198,11 +196,8 @@ TEST_P(SpectrumTest, PassesRoundAsTold) {
 
 // Where whole passes end and the rest begins, which rounds in another way, shows on a value between two pixels.
 TEST_P(SpectrumTest, FilterPacksThePlaneInOneCall) {
-    struct Row {
-        int width, height;
-    };
-    for (const Row& row : {Row{1, 1}, Row{1, 40}, Row{16, 8}, Row{19, 3}, Row{37, 29}}) {
-        const std::size_t count = Count(row.width, row.height);
+    for (const auto& [width, height] : {std::tuple(1, 1), {1, 40}, {16, 8}, {19, 3}, {37, 29}}) {
+        const std::size_t count = Count(width, height);
         DFT_Buffer otf(static_cast<std::uint32_t>(count), 0);
         std::vector<ChComplex> parts(count, ChComplex{100.7f, 0.0f});
         std::fill_n(otf.m_Spectrum, count, ChComplex{1.007f, 0.0f});
@@ -210,38 +205,35 @@ TEST_P(SpectrumTest, FilterPacksThePlaneInOneCall) {
         KernelTable.PackComplexToU8(parts.data(), expected.data(), static_cast<std::uint32_t>(count));
         GuardedBuffer<unsigned char> plane(count, 5);
         std::fill_n(plane.data(), count, std::uint8_t{100});
-        ChInverseFilter(plane.data(), row.width, row.height, otf);
-        EXPECT_TRUE(SameBytes(expected.data(), plane.data(), count)) << row.width << "x" << row.height;
+        ChInverseFilter(plane.data(), width, height, otf);
+        EXPECT_TRUE(SameBytes(expected.data(), plane.data(), count)) << width << "x" << height;
         EXPECT_TRUE(plane.GuardsIntact());
         EXPECT_EQ(otf.m_Spectrum[count - 1].re, 1.007f);
     }
 }
 
 TEST_P(SpectrumTest, PowerSpectra) {
-    struct Row {
-        int width, height;
-        int value; // of all pixels; -1: noise
-    };
-    for (const Row& row :
-         {Row{4, 4, 100}, Row{7, 3, 0}, Row{1, 1, 0}, Row{1, 1, 1}, Row{3, 2, -1}, Row{17, 13, -1}, Row{32, 9, -1}}) {
-        SCOPED_TRACE(testing::Message() << row.width << "x" << row.height << " of " << row.value);
-        Plane source = Noise(row.width, row.height, 4);
-        if (row.value >= 0) {
-            std::fill(source.begin(), source.end(), static_cast<unsigned char>(row.value));
+    // of all pixels; -1: noise
+    for (const auto& [width, height, value] :
+         {std::tuple(4, 4, 100), {7, 3, 0}, {1, 1, 0}, {1, 1, 1}, {3, 2, -1}, {17, 13, -1}, {32, 9, -1}}) {
+        SCOPED_TRACE(testing::Message() << width << "x" << height << " of " << value);
+        Plane source = Noise(width, height, 4);
+        if (value >= 0) {
+            std::fill(source.begin(), source.end(), static_cast<unsigned char>(value));
         }
-        const spectrum_slow::WideLine wide = spectrum_slow::Spectrum(source, row.width, row.height);
+        const spectrum_slow::WideLine wide = spectrum_slow::Spectrum(source, width, height);
         const double peak = std::log((static_cast<double>(wide[0].real() * wide[0].real()) + 1.0)); // a whole number
         GuardedBuffer<unsigned char> plane(source.size(), 1);
         std::memcpy(plane.data(), source.data(), source.size());
-        ChShowPowerSpectrum(plane.data(), row.width, row.height);
+        ChShowPowerSpectrum(plane.data(), width, height);
         EXPECT_TRUE(plane.GuardsIntact());
         // Zero frequency at the top left, one count less than 255 where the float of the peak lies below it.
         const int first = peak > 0.0 ? static_cast<int>(static_cast<double>(Rounded(peak)) / peak * 255.0) : 0;
-        EXPECT_TRUE(row.value != 100 || first == 254);
+        EXPECT_TRUE(value != 100 || first == 254);
         EXPECT_EQ(plane.Read(0), first);
         for (std::size_t k = 1; k < source.size(); ++k) {
             const double share = peak > 0.0 ? std::log(1.0 + static_cast<double>(std::norm(wide[k]))) / peak : 0.0;
-            ASSERT_NEAR(plane.Read(k), 255.0 * share - 0.5, row.value < 0 ? 0.51 : 0.5) << "pixel " << k;
+            ASSERT_NEAR(plane.Read(k), 255.0 * share - 0.5, value < 0 ? 0.51 : 0.5) << "pixel " << k;
         }
     }
 }
