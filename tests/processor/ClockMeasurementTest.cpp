@@ -55,34 +55,24 @@ TEST(ClockMeasurement, StopsOnceThreePassesAgree) {
 }
 
 TEST(ClockMeasurement, GoesByTheFamilyWithoutATimeStampCounter) {
-    // The last of the ten pairs is the shortest, 4 microseconds; what passes between pairs is shorter still.
-    const std::vector<std::uint64_t> lastPair = {1, 90, 1, 90, 1, 90, 1, 90, 1, 90, 1, 90, 1, 90, 1, 90, 1, 90, 1, 40};
-    const std::vector<std::uint64_t> eleventhPair = {1,  90, 1,  90, 1,  90, 1,  90, 1,  90, 1,
-                                                     90, 1,  90, 1,  90, 1,  90, 1,  90, 1,  1};
+    // The last of the ten pairs is the shortest, 4 microseconds; what passes between pairs is shorter still. Less than
+    // a microsecond counts as nothing, 5 ticks of 1193182 a second as 4.
+    std::vector<std::uint64_t> pairs = {1, 90, 1, 90, 1, 90, 1, 90, 1, 90, 1, 90, 1, 90, 1, 90, 1, 90, 1, 40};
+    std::vector<std::uint64_t> eleventh = pairs;
+    eleventh.back() = 90;
+    eleventh.insert(eleventh.end(), {1, 1});
     const struct {
         std::uint32_t family;
-        Machine machine;
+        std::vector<std::uint64_t> ticks;
         std::uint32_t megahertz;
+        std::uint64_t frequency = 10000000;
     } rows[] = {
-        {0, {.ticksPerRead = lastPair}, 0},
-        {2, {.ticksPerRead = lastPair}, 0},
-        {3, {.ticksPerRead = lastPair}, 115000},
-        {4, {.ticksPerRead = lastPair}, 47000},
-        {5, {.ticksPerRead = lastPair}, 43000},
-        {6, {.ticksPerRead = lastPair}, 38000},
-        {11, {.ticksPerRead = lastPair}, 38000},
-        {12, {.ticksPerRead = lastPair}, 1000},
-        {270, {.ticksPerRead = lastPair}, 1000},
-        {4, {.ticksPerRead = eleventhPair}, 4000 * 47 / 9},
-        {4, {.ticksPerRead = {9}}, 0}, // less than a microsecond
-        {4, {.ticksPerRead = {19}}, 4000 * 47},
-        {4, {.frequency = 1193182, .ticksPerRead = {5}}, 4000 * 47 / 4}, // 4.19 microseconds
-        {4, {.frequency = 0}, 0},
-        {4, {.frequency = 9}, 0},
-    };
+        {0, pairs, 0},     {2, pairs, 0},      {3, pairs, 115000},       {4, pairs, 47000},  {5, pairs, 43000},
+        {6, pairs, 38000}, {11, pairs, 38000}, {12, pairs, 1000},        {270, pairs, 1000}, {4, eleventh, 20888},
+        {4, {9, 9}, 0},    {4, {19}, 188000},  {4, {5}, 47000, 1193182}, {4, {10}, 0, 0},    {4, {10}, 0, 9}};
     for (const auto& row : rows) {
         SCOPED_TRACE(testing::Message() << "family " << row.family << ", MHz " << row.megahertz);
-        MachineOfThePast machine(row.machine);
+        MachineOfThePast machine({.frequency = row.frequency, .ticksPerRead = row.ticks});
         EXPECT_EQ(processor::EstimateClockByFamily(machine, row.family), row.megahertz);
         EXPECT_TRUE(machine.priorities.empty());
     }

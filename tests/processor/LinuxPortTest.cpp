@@ -14,8 +14,7 @@ using processor::ProcessorSet;
 
 TEST(LinuxPort, SendsTheCallerToEachProcessorAndBack) {
     processor::ProcessorPort& port = MachinePort();
-    ProcessorSet process;
-    ProcessorSet system;
+    ProcessorSet process, system;
     ASSERT_TRUE(port.ReadAffinity(process, system));
     ASSERT_TRUE(process.any());
     EXPECT_GE(system.count(), static_cast<std::size_t>(port.ProcessorCount()));
@@ -28,8 +27,7 @@ TEST(LinuxPort, SendsTheCallerToEachProcessorAndBack) {
         ASSERT_TRUE(port.SetAffinity(alone));
         port.Yield();
         EXPECT_EQ(sched_getcpu(), static_cast<int>(number));
-        ProcessorSet confined;
-        ProcessorSet whole;
+        ProcessorSet confined, whole;
         EXPECT_TRUE(port.ReadAffinity(confined, whole));
         EXPECT_EQ(confined, alone);
         EXPECT_EQ(whole == alone, port.ProcessorCount() == 1);
@@ -51,33 +49,14 @@ TEST(LinuxPort, ClearsTheRegistersOfALeafThatIsNotThere) {
     EXPECT_EQ(registers.eax | registers.ebx | registers.ecx | registers.edx, 0U);
 }
 
-TEST(Census, CountsOfThisMachineStandAfterLoad) {
-    int packages = 99;
-    int coresPerPackage = 99;
-    int threadsPerCore = 99;
+TEST(Census, ResultsOfThisMachineStandAfterLoad) {
+    int packages = 99, coresPerPackage = 99, threadsPerCore = 99;
     CountProcessors(packages, coresPerPackage, threadsPerCore);
     EXPECT_EQ(CensusPackages, packages);
     EXPECT_EQ(CensusCoresPerPackage, coresPerPackage);
     EXPECT_EQ(CensusThreadsPerCore, threadsPerCore);
     EXPECT_GE(coresPerPackage, 1);
-}
-
-TEST(LinuxPort, CounterAndTimeStampGoOn) {
-    processor::ProcessorPort& port = MachinePort();
-    const std::uint64_t counter = port.Counter();
-    const std::uint64_t timeStamp = port.TimeStamp();
-    const std::uint64_t millisecond = port.CounterFrequency() / 1000;
-    while (port.Counter() - counter < millisecond) {
-    }
-    EXPECT_GT(port.TimeStamp() - timeStamp, 1000U); // a clock of 1 MHz
-    EXPECT_EQ(port.ThreadPriority(), processor::UnknownPriority);
-}
-
-TEST(Census, ResultsOfThisMachineStandAfterLoad) {
-    unsigned eax = 0;
-    unsigned ebx = 0;
-    unsigned ecx = 0;
-    unsigned edx = 0;
+    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
     ASSERT_NE(__get_cpuid(1, &eax, &ebx, &ecx, &edx), 0);
     EXPECT_EQ(ProcessorHasMMX(), (edx & bit_MMX) != 0);
     EXPECT_EQ(ProcessorHasSSE(), (edx & bit_SSE) != 0);
@@ -89,6 +68,17 @@ TEST(Census, ResultsOfThisMachineStandAfterLoad) {
     EXPECT_LT(ProcessorMHz, 10000U);
     EXPECT_GE(ProcessorHTStatus, 0);
     EXPECT_LE(ProcessorHTStatus, 4);
+}
+
+TEST(LinuxPort, CounterAndTimeStampGoOn) {
+    processor::ProcessorPort& port = MachinePort();
+    const std::uint64_t counter = port.Counter();
+    const std::uint64_t timeStamp = port.TimeStamp();
+    const std::uint64_t millisecond = port.CounterFrequency() / 1000;
+    while (port.Counter() - counter < millisecond) {
+    }
+    EXPECT_GT(port.TimeStamp() - timeStamp, 1000U); // a clock of 1 MHz
+    EXPECT_EQ(port.ThreadPriority(), processor::UnknownPriority);
 }
 
 } // namespace

@@ -8,18 +8,20 @@
 
 namespace {
 
-constexpr std::uint32_t AnyBrandIndex = 0xFF;
-constexpr std::uint32_t NoDescriptor = 0;
+constexpr std::uint32_t Any = 0xFF;               // brand index
+constexpr std::uint32_t None = 0;                 // cache descriptor
 constexpr const char* Brand = "Brand 486 of 500"; // holds numbers and no unit
 
-struct NameCase {
-    const char* vendor;
+struct Identity {
     std::uint32_t family; // with the extended family; see Signature
     std::uint32_t model;
+    std::uint32_t cacheDescriptor = None, brandIndex = Any, stepping = 0;
+};
+
+struct NamedProcessors {
+    const char* vendor;
     const char* name;
-    std::uint32_t brandIndex = AnyBrandIndex;
-    std::uint32_t cacheDescriptor = NoDescriptor;
-    std::uint32_t stepping = 0;
+    std::vector<Identity> identities;
 };
 
 // What is beyond the fields of four bits goes into the extended ones.
@@ -28,89 +30,62 @@ std::uint32_t Signature(std::uint32_t family, std::uint32_t model, std::uint32_t
     return (family - base) << 20 | (model >> 4) << 16 | base << 8 | (model & 15) << 4 | stepping;
 }
 
-const NameCase names[] = {
-    {"GenuineIntel", 4, 8, "Intel 486 Processor"},
-    {"GenuineIntel", 0, 0, "Intel 086 Processor"},
-    {"GenuineIntel", 5, 2, "Intel Pentium"},
-    {"GenuineIntel", 6, 5, "Intel Celeron", AnyBrandIndex, 64},
-    {"GenuineIntel", 6, 5, "Intel Pentium II", AnyBrandIndex, 67},
-    {"GenuineIntel", 6, 5, "Intel Pentium II", AnyBrandIndex, 121},
-    {"GenuineIntel", 6, 5, "Intel Pentium II", AnyBrandIndex, 122},
-    {"GenuineIntel", 6, 5, "Intel Pentium II", AnyBrandIndex, 123},
-    {"GenuineIntel", 6, 5, "Intel Pentium II", AnyBrandIndex, 130},
-    {"GenuineIntel", 6, 5, "Intel Pentium II Xeon", AnyBrandIndex, 68},
-    {"GenuineIntel", 6, 5, "Intel Pentium II Xeon", AnyBrandIndex, 69},
-    {"GenuineIntel", 6, 5, "Intel Pentium II Xeon", AnyBrandIndex, 124},
-    {"GenuineIntel", 6, 5, "Intel Pentium II Xeon", AnyBrandIndex, 132},
-    {"GenuineIntel", 6, 5, "Intel Pentium II Xeon", AnyBrandIndex, 133},
-    {"GenuineIntel", 6, 6, "Intel Celeron", AnyBrandIndex, 68},
-    {"GenuineIntel", 6, 7, "Intel Pentium III", AnyBrandIndex, 64},
-    {"GenuineIntel", 6, 7, "Intel Pentium III", AnyBrandIndex, 130},
-    {"GenuineIntel", 6, 7, "Intel Pentium III Xeon", AnyBrandIndex, 133},
-    {"GenuineIntel", 6, 8, "Intel Processor", 0},
-    {"GenuineIntel", 6, 8, "Intel Celeron", 1},
-    {"GenuineIntel", 6, 8, "Intel Pentium III", 2},
-    {"GenuineIntel", 6, 8, "Intel Pentium III Xeon", 3},
-    {"GenuineIntel", 6, 8, "Intel Processor", 4},
-    {"GenuineIntel", 6, 8, "Intel Pentium 4", 8},
-    {"GenuineIntel", 6, 8, "Intel Processor", 9},
-    {"GenuineIntel", 6, 1, ""},
-    {"GenuineIntel", 6, 9, ""},
-    {"GenuineIntel", 6, 0x15, ""}, // model 5 but for the extended model
-    {"GenuineIntel", 15, 2, "Intel Processor", 7},
-    {"GenuineIntel", 15, 2, "Intel Pentium 4", 8},
-    {"GenuineIntel", 16, 2, "Intel Processor", 8}, // family 15 but for the extended family
-    {"GenuineIntel", 7, 2, "Intel Processor", 8},
-
-    {"AuthenticAMD", 4, 3, "AMD 80486 Processor"},
-    {"AuthenticAMD", 5, 0, "AMD K5"},
-    {"AuthenticAMD", 5, 3, "AMD K5"},
-    {"AuthenticAMD", 5, 4, "AMD Processor"},
-    {"AuthenticAMD", 5, 6, "AMD K6"},
-    {"AuthenticAMD", 5, 7, "AMD K6"},
-    {"AuthenticAMD", 5, 8, "AMD K6-2"},
-    {"AuthenticAMD", 5, 9, "AMD K6-III"},
-    {"AuthenticAMD", 5, 0x18, "AMD K6-2"}, // the extended model counts on "GenuineIntel" alone
-    {"AuthenticAMD", 5, 10, "AMD Processor"},
-    {"AuthenticAMD", 6, 1, Brand},
-    {"AuthenticAMD", 23, 1, Brand},
-
-    {"CentaurHauls", 4, 1, "WinChip 80486 Processor"},
-    {"CentaurHauls", 5, 9, "IDT WinChip Processor"},
-    {"CentaurHauls", 6, 5, "IDT WinChip Processor"},
-    {"CentaurHauls", 6, 6, "VIA C3 Samuel"},
-    {"CentaurHauls", 6, 7, "VIA C3 Samuel 2", AnyBrandIndex, NoDescriptor, 7},
-    {"CentaurHauls", 6, 7, "VIA C3 Ezra", AnyBrandIndex, NoDescriptor, 8},
-    {"CentaurHauls", 6, 8, Brand},
-    {"CentaurHauls", 7, 6, Brand},
-
-    {"CyrixInstead", 4, 9, "Cyrix 80486 Processor"},
-    {"CyrixInstead", 5, 2, "Cyrix MI"},
-    {"CyrixInstead", 6, 0, "Cyrix MII"},
-    {"CyrixInstead", 7, 0, Brand},
-
-    {"GenuineTMx86", 4, 1, "Transmeta 80486 Processor"},
-    {"GenuineTMx86", 5, 4, "Transmeta Crusoe"},
-    {"GenuineTMx86", 15, 2, Brand},
-
-    {"NexGenDriven", 5, 0, "NexGenDriven 80586 Processor"},
-    {"AuthenticAM ", 15, 1, "AuthenticAM  801586 Processor"},
+// Of "GenuineIntel" model 0x15 is 5 but for the extended model, and family 16 is 15 but for the extended family; the
+// extended model counts on it alone.
+const NamedProcessors names[] = {
+    {"GenuineIntel", "Intel Pentium II", {{6, 5, 67}, {6, 5, 121}, {6, 5, 122}, {6, 5, 123}, {6, 5, 130}}},
+    {"GenuineIntel", "Intel Pentium II Xeon", {{6, 5, 68}, {6, 5, 69}, {6, 5, 124}, {6, 5, 132}, {6, 5, 133}}},
+    {"GenuineIntel", "Intel 486 Processor", {{4, 8}}},
+    {"GenuineIntel", "Intel 086 Processor", {{0, 0}}},
+    {"GenuineIntel", "Intel Pentium", {{5, 2}}},
+    {"GenuineIntel", "Intel Celeron", {{6, 5, 64}, {6, 6, 68}, {6, 8, None, 1}}},
+    {"GenuineIntel", "Intel Pentium III", {{6, 7, 64}, {6, 7, 130}, {6, 8, None, 2}}},
+    {"GenuineIntel", "Intel Pentium III Xeon", {{6, 7, 133}, {6, 8, None, 3}}},
+    {"GenuineIntel",
+     "Intel Processor",
+     {{6, 8, None, 0}, {6, 8, None, 4}, {6, 8, None, 9}, {15, 2, None, 7}, {16, 2, None, 8}, {7, 2, None, 8}}},
+    {"GenuineIntel", "Intel Pentium 4", {{6, 8, None, 8}, {15, 2, None, 8}}},
+    {"GenuineIntel", "", {{6, 1}, {6, 9}, {6, 0x15}}},
+    {"AuthenticAMD", "AMD 80486 Processor", {{4, 3}}},
+    {"AuthenticAMD", "AMD K5", {{5, 0}, {5, 3}}},
+    {"AuthenticAMD", "AMD Processor", {{5, 4}, {5, 10}}},
+    {"AuthenticAMD", "AMD K6", {{5, 6}, {5, 7}}},
+    {"AuthenticAMD", "AMD K6-2", {{5, 8}, {5, 0x18}}},
+    {"AuthenticAMD", "AMD K6-III", {{5, 9}}},
+    {"AuthenticAMD", Brand, {{6, 1}, {23, 1}}},
+    {"CentaurHauls", "WinChip 80486 Processor", {{4, 1}}},
+    {"CentaurHauls", "IDT WinChip Processor", {{5, 9}, {6, 5}}},
+    {"CentaurHauls", "VIA C3 Samuel", {{6, 6}}},
+    {"CentaurHauls", "VIA C3 Samuel 2", {{6, 7, None, Any, 7}}},
+    {"CentaurHauls", "VIA C3 Ezra", {{6, 7, None, Any, 8}}},
+    {"CentaurHauls", Brand, {{6, 8}, {7, 6}}},
+    {"CyrixInstead", "Cyrix 80486 Processor", {{4, 9}}},
+    {"CyrixInstead", "Cyrix MI", {{5, 2}}},
+    {"CyrixInstead", "Cyrix MII", {{6, 0}}},
+    {"CyrixInstead", Brand, {{7, 0}}},
+    {"GenuineTMx86", "Transmeta 80486 Processor", {{4, 1}}},
+    {"GenuineTMx86", "Transmeta Crusoe", {{5, 4}}},
+    {"GenuineTMx86", Brand, {{15, 2}}},
+    {"NexGenDriven", "NexGenDriven 80586 Processor", {{5, 0}}},
+    {"AuthenticAM ", "AuthenticAM  801586 Processor", {{15, 1}}},
 };
 
 // The highest extended leaf admits no brand string, which "GenuineIntel" alone looks at.
 TEST(ProcessorNames, GoByVendorFamilyAndModel) {
-    for (const NameCase& row : names) {
-        SCOPED_TRACE(testing::Message() << row.vendor << ' ' << row.family << '/' << row.model << ' ' << row.name);
-        MachineOfThePast machine({.vendor = row.vendor,
-                                  .signature = Signature(row.family, row.model, row.stepping),
-                                  .brandIndex = row.brandIndex,
-                                  .cacheDescriptor = row.cacheDescriptor,
-                                  .highestExtendedLeaf = 0x80000000,
-                                  .brandString = Brand});
-        processor::CensusResults results;
-        EXPECT_EQ(ProcessorCensus(machine, results), 0);
-        EXPECT_STREQ(results.name, row.name);
-        EXPECT_STREQ(results.vendor, row.vendor);
+    for (const auto& [vendor, name, identities] : names) {
+        for (const Identity& row : identities) {
+            SCOPED_TRACE(testing::Message() << vendor << ' ' << row.family << '/' << row.model << ' ' << name);
+            MachineOfThePast machine({.vendor = vendor,
+                                      .signature = Signature(row.family, row.model, row.stepping),
+                                      .brandIndex = row.brandIndex,
+                                      .cacheDescriptor = row.cacheDescriptor,
+                                      .highestExtendedLeaf = 0x80000000,
+                                      .brandString = Brand});
+            processor::CensusResults results;
+            EXPECT_EQ(ProcessorCensus(machine, results), 0);
+            EXPECT_STREQ(results.name, name);
+            EXPECT_STREQ(results.vendor, vendor);
+        }
     }
 }
 
