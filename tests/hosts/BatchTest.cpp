@@ -17,13 +17,14 @@ TEST(Batch, OneBadPictureDoesNotStopTheOthers) {
     for (const char* jobs : {"1", "4"}) {
         SCOPED_TRACE(jobs);
         const TemporaryFolder folder;
-        std::vector<std::string> arguments = {"blur", "-o", "out", "--jobs", jobs, "none.png", "bad.png"};
+        std::string line = "blur none.png bad.png -o out --jobs " + std::string(jobs);
         WriteFile(folder / "bad.png", "no picture");
         for (int k = 0; k < 8; ++k) {
-            arguments.push_back(std::to_string(k) + ".png");
-            Save(RandomPicture(30, 20, 3, static_cast<unsigned>(k)), folder / arguments.back());
+            const std::string name = std::to_string(k) + ".png";
+            Save(RandomPicture(30, 20, 3, static_cast<unsigned>(k)), folder / name);
+            line += " " + name;
         }
-        const RunResult result = RunCommand(folder, arguments);
+        const RunResult result = RunCommand(folder, line);
         EXPECT_EQ(result.status, 1);
         EXPECT_EQ(result.ErrorLines(), 3u) << result.err;
         EXPECT_NE(result.err.find("none.png: no such file"), std::string::npos);
@@ -44,11 +45,11 @@ TEST(Batch, ShowsABarOnATerminalAndTakesItAwayBeforeTheSummary) {
     for (const char* name : {"a.png", "b.png"}) {
         Save(RandomPicture(30, 20, 3, 1), folder / name);
     }
-    const RunResult result = RunCommand(folder, {"blur", "a.png", "b.png", "-o", "out"}, {.onTerminal = true});
+    const RunResult result = RunCommand(folder, "blur a.png b.png -o out", {.onTerminal = true});
     EXPECT_EQ(result.status, 0);
     EXPECT_NE(result.err.find("] 1 of 2"), std::string::npos) << result.err;
     EXPECT_NE(result.err.find("\r\033[Kclaribox: 2 of 2 pictures written, 0 failed"), std::string::npos) << result.err;
-    const RunResult single = RunCommand(folder, {"blur", "a.png", "-o", "c.png"}, {.onTerminal = true});
+    const RunResult single = RunCommand(folder, "blur a.png -o c.png", {.onTerminal = true});
     EXPECT_EQ(single.err, "");
 }
 
@@ -58,7 +59,7 @@ TEST(Batch, ForceReplacesTheFileBehindALinkAndKeepsItsPermissions) {
     WriteFile(folder / "old.png", "old");
     fs::permissions(folder / "old.png", fs::perms::owner_read | fs::perms::owner_write);
     fs::create_symlink("old.png", folder / "link.png");
-    const RunResult result = RunCommand(folder, {"blur", "in.png", "-o", "link.png", "--force"});
+    const RunResult result = RunCommand(folder, "blur in.png -o link.png --force");
     EXPECT_EQ(result.status, 0) << result.err;
     EXPECT_TRUE(fs::is_symlink(folder / "link.png"));
     EXPECT_EQ(Load(folder / "old.png").width(), 30);
@@ -70,12 +71,13 @@ TEST(Batch, InterruptLeavesWholePicturesAndNothingElse) {
     for (const int signalNumber : {SIGINT, SIGTERM}) {
         SCOPED_TRACE(signalNumber);
         const TemporaryFolder folder;
-        std::vector<std::string> arguments = {"deblur", "--radius", "10", "--jobs", "2", "-o", "out"};
+        std::string line = "deblur --radius 10 --jobs 2 -o out";
         const vips::VImage picture = RandomPicture(900, 700, 3, 1);
         Save(picture, folder / "0.png");
         for (int k = 0; k < 24; ++k) {
-            arguments.push_back(std::to_string(k) + ".png");
-            WriteFile(folder / arguments.back(), ReadFile(folder / "0.png"));
+            const std::string name = std::to_string(k) + ".png";
+            WriteFile(folder / name, ReadFile(folder / "0.png"));
+            line += " " + name;
         }
         const auto interruptAfterTheFirst = [&](pid_t child) {
             for (int wait = 0; wait < 6000 && !fs::exists(folder / "out/0.png"); ++wait) {
@@ -83,7 +85,7 @@ TEST(Batch, InterruptLeavesWholePicturesAndNothingElse) {
             }
             kill(child, signalNumber);
         };
-        const RunResult result = RunCommand(folder, arguments, {.meanwhile = interruptAfterTheFirst});
+        const RunResult result = RunCommand(folder, line, {.meanwhile = interruptAfterTheFirst});
         EXPECT_EQ(result.status, 130) << result.err;
         std::size_t written = 0;
         for (const fs::directory_entry& entry : fs::directory_iterator(folder / "out")) {
@@ -104,7 +106,7 @@ TEST(Command, AnswersQuestionsOnStandardOutput) {
                                              {"--help", "motion-blur"},
                                              {"info", "cores per package"},
                                              {"--man", ".SS motion\\-blur"}}) {
-        const RunResult result = RunCommand(folder, {argument});
+        const RunResult result = RunCommand(folder, argument);
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.err, "");
         EXPECT_NE(result.out.find(fragment), std::string::npos) << result.out;

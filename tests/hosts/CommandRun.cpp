@@ -10,9 +10,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstring>
 #include <fstream>
+#include <iomanip>
 #include <iterator>
+#include <sstream>
 #include <thread>
+#include <vector>
 
 namespace fs = std::filesystem;
 
@@ -58,11 +62,11 @@ void Limit(decltype(RLIMIT_AS) what, std::size_t bytes) {
     }
 }
 
-[[noreturn]] void Become(int command, const fs::path& folder, const std::vector<std::string>& arguments,
-                         const RunOptions& options) {
+[[noreturn]] void Become(int command, const fs::path& folder, const std::string& line, const RunOptions& options) {
     std::vector<char*> words = {const_cast<char*>("claribox")};
-    for (const std::string& argument : arguments) {
-        words.push_back(const_cast<char*>(argument.c_str()));
+    std::istringstream text(line);
+    for (std::string word; text >> std::quoted(word);) {
+        words.push_back(strdup(word.c_str()));
     }
     words.push_back(nullptr);
     constexpr id_t nobody = 65534;
@@ -88,8 +92,7 @@ std::string ReadAll(int file) {
 
 } // namespace
 
-RunResult RunCommand(const TemporaryFolder& folder, const std::vector<std::string>& arguments,
-                     const RunOptions& options) {
+RunResult RunCommand(const TemporaryFolder& folder, const std::string& line, const RunOptions& options) {
     int out[2];
     int err[2];
     // Opened here, so that it can be run also by one who may not look into its folder.
@@ -105,7 +108,7 @@ RunResult RunCommand(const TemporaryFolder& folder, const std::vector<std::strin
     if (child == 0) {
         dup2(out[1], STDOUT_FILENO);
         dup2(err[1], STDERR_FILENO);
-        Become(command, folder.Path(), arguments, options);
+        Become(command, folder.Path(), line, options);
     }
     close(command);
     close(out[1]);

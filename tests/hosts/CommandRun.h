@@ -8,7 +8,6 @@
 #include <functional>
 #include <map>
 #include <string>
-#include <vector>
 
 /// A new empty folder, writable for all, removed at the end.
 class TemporaryFolder {
@@ -47,6 +46,6 @@ struct RunResult {
     std::size_t ErrorLines() const;
 };
 
-/// Runs `claribox` with these arguments in `folder`.
-RunResult RunCommand(const TemporaryFolder& folder, const std::vector<std::string>& arguments,
-                     const RunOptions& options = {});
+/// Runs `claribox` in `folder` with the words of `line`, apart by blanks; one with blanks of its own, or with nothing
+/// at all, stands in quotes.
+RunResult RunCommand(const TemporaryFolder& folder, const std::string& line, const RunOptions& options = {});

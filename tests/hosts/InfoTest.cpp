@@ -61,8 +61,8 @@ std::string AsText(const json& value) {
 
 TEST(Info, TextAndJsonTellTheSame) {
     const TemporaryFolder folder;
-    const RunResult text = RunCommand(folder, {"info"});
-    const RunResult whole = RunCommand(folder, {"info", "--json"});
+    const RunResult text = RunCommand(folder, "info");
+    const RunResult whole = RunCommand(folder, "info --json");
     ASSERT_EQ(text.status, 0) << text.err;
     ASSERT_EQ(whole.status, 0) << whole.err;
     EXPECT_EQ(text.err + whole.err, "");
@@ -85,7 +85,7 @@ TEST(Info, TextAndJsonTellTheSame) {
 }
 
 TEST(Info, KernelClassIsTheWidestOfTheFlags) {
-    const RunResult run = RunCommand(TemporaryFolder(), {"info", "--json"});
+    const RunResult run = RunCommand(TemporaryFolder(), "info --json");
     ASSERT_EQ(run.status, 0) << run.err;
     const json object = json::parse(run.out);
     std::string widest = "plain";

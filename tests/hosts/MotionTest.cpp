@@ -66,8 +66,7 @@ TEST(GuessMotion, TellsDegreeRegionAndTimeOfEachPicture) {
                 {301, 203, 4, 0, 0},        {900, 700, 3, 590, 480},   {1250, 1359, 3, 940, 1100},
                 {1250, 1360, 3, 940, 1100}, {1251, 1360, 3, 940, 1100}};
     const TemporaryFolder folder;
-    std::vector<std::string> text = {"guess-motion"};
-    std::vector<std::string> objects = {"guess-motion", "--json"};
+    std::string names;
     std::vector<json> expected;
     for (const auto& row : rows) {
         vips::VImage patch = row.bands < 3 ? RandomPicture(301, 203, 1, 29) : Stripes(301, 203);
@@ -75,17 +74,16 @@ TEST(GuessMotion, TellsDegreeRegionAndTimeOfEachPicture) {
             patch = patch.bandjoin(255.0);
         }
         const vips::VImage picture = patch.embed(row.left, row.top, row.width, row.height);
-        text.push_back(std::to_string(expected.size()) + ".v");
-        objects.push_back(text.back());
-        Save(picture, folder / text.back());
+        const std::string name = std::to_string(expected.size()) + ".v";
+        names += " " + name;
+        Save(picture, folder / name);
         expected.push_back(LibraryGuess(picture, true));
         if (row.bands >= 3) { // or else the order of the colours could not be told by the guess
             EXPECT_NE(expected.back()["degree"], LibraryGuess(picture, false)["degree"]);
         }
     }
-    text.push_back("none.v");
-    const RunResult plain = RunCommand(folder, text);
-    const RunResult parsed = RunCommand(folder, objects);
+    const RunResult plain = RunCommand(folder, "guess-motion" + names + " none.v");
+    const RunResult parsed = RunCommand(folder, "guess-motion --json" + names);
     EXPECT_EQ(plain.status, 1);
     EXPECT_EQ(plain.err, "claribox: none.v: no such file; name an existing picture\n");
     EXPECT_EQ(parsed.status, 0) << parsed.err;
@@ -93,12 +91,13 @@ TEST(GuessMotion, TellsDegreeRegionAndTimeOfEachPicture) {
     std::istringstream parsedLines(parsed.out);
     for (std::size_t k = 0; k < expected.size(); ++k) {
         SCOPED_TRACE(testing::Message() << rows[k].width << "x" << rows[k].height << ", bands " << rows[k].bands);
+        const std::string name = std::to_string(k) + ".v";
         std::string line;
         ASSERT_TRUE(std::getline(plainLines, line));
-        EXPECT_TRUE(line.starts_with(text[k + 1] + ": " + AsText(expected[k]) + " in ")) << line;
+        EXPECT_TRUE(line.starts_with(name + ": " + AsText(expected[k]) + " in ")) << line;
         ASSERT_TRUE(std::getline(parsedLines, line));
         json object = json::parse(line);
-        EXPECT_EQ(object["file"], text[k + 1]);
+        EXPECT_EQ(object["file"], name);
         EXPECT_GT(object["milliseconds"].get<double>(), 0.0);
         object.erase("file");
         object.erase("milliseconds");
@@ -114,8 +113,7 @@ TEST(DeMotionBlur, FollowsTheGuessAndTellsIt) {
         const vips::VImage picture = RandomPicture(60, 50, bands, 30);
         const json guess = LibraryGuess(picture, true);
         Save(picture, folder / "in.png");
-        const RunResult result =
-            RunCommand(folder, {"demotion-blur", "in.png", "-o", "out.png", "--length", "4", "--degree", "auto"});
+        const RunResult result = RunCommand(folder, "demotion-blur in.png -o out.png --length 4 --degree auto");
         ASSERT_EQ(result.status, 0) << result.err;
         EXPECT_EQ(result.err, "claribox: in.png: " + AsText(guess) + "\n");
         EXPECT_EQ(Samples(Load(folder / "out.png")), Samples(Expected(picture, [&](CImageFocus& focus, auto... rest) {
@@ -136,7 +134,7 @@ TEST(GuessMotion, PlotShowsCostsAndGuessByDegree) {
              .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_B_W)),
          folder / "in.png");
     WriteFile(folder / "plot.png", "old");
-    const RunResult result = RunCommand(folder, {"guess-motion", "in.png", "--plot", "plot.png", "--force"});
+    const RunResult result = RunCommand(folder, "guess-motion in.png --plot plot.png --force");
     ASSERT_EQ(result.status, 0) << result.err;
     EXPECT_TRUE(result.out.starts_with("degree 45, guessed on columns 0 to 62 and rows 0 to 46 in ")) << result.out;
     const vips::VImage plot = Load(folder / "plot.png");

@@ -31,10 +31,10 @@ TEST(Spectrum, IsOneGreyPictureThatCentringShiftsByHalf) {
             const vips::VImage picture = RandomPicture(width, height, bands, 21);
             Save(picture, folder / "a.png");
             Save(picture, folder / "b.png");
-            const RunResult plain = RunCommand(folder, {"spectrum", "--strict", "a.png", "-o", "out.jpg"});
+            const RunResult plain = RunCommand(folder, "spectrum --strict a.png -o out.jpg");
             ASSERT_EQ(plain.status, 0) << plain.err; // JPEG has no alpha, and there is none
-            ASSERT_EQ(RunCommand(folder, {"spectrum", "a.png", "-o", "out.png"}).status, 0);
-            const RunResult batch = RunCommand(folder, {"spectrum", "--centred", "a.png", "b.png", "-o", "centred"});
+            ASSERT_EQ(RunCommand(folder, "spectrum a.png -o out.png").status, 0);
+            const RunResult batch = RunCommand(folder, "spectrum --centred a.png b.png -o centred");
             ASSERT_EQ(batch.status, 0) << batch.err;
 
             std::vector<unsigned char> expected = Luminance(picture);

@@ -1,5 +1,7 @@
 #include "TestPictures.h"
 
+#include "CommandRun.h"
+
 #include <gtest/gtest.h>
 
 #include <random>
@@ -114,4 +116,13 @@ VImage Load(const std::filesystem::path& path) {
 
 void Save(const VImage& picture, const std::filesystem::path& path) {
     picture.write_to_file(path.c_str());
+}
+
+VImage Made(const VImage& picture, const std::string& line, const std::string& ending) {
+    const TemporaryFolder folder;
+    Save(picture, folder / ("in" + ending));
+    const RunResult result = RunCommand(folder, line + " in" + ending + " -o out" + ending);
+    EXPECT_EQ(result.status, 0) << line << ": " << result.err;
+    EXPECT_EQ(result.out + result.err, "") << line;
+    return result.status == 0 ? Load(folder / ("out" + ending)).copy_memory() : picture;
 }

@@ -31,3 +31,7 @@ std::string Blob(const vips::VImage& picture, const char* field);
 
 vips::VImage Load(const std::filesystem::path& path);
 void Save(const vips::VImage& picture, const std::filesystem::path& path);
+
+/// Saves `picture` in a folder of its own, runs the verb and options of `line` on it, expects that to succeed without a
+/// word, and returns the output. Both files have this ending.
+vips::VImage Made(const vips::VImage& picture, const std::string& line, const std::string& ending = ".png");
