@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <random>
@@ -29,41 +30,33 @@ vips::VImage NoisyPicture(int bands) {
         .copy_memory();
 }
 
-struct Case {
-    const char* line;
-    void (*operation)(CImageDenoiser& denoiser, unsigned char* y, unsigned char* u, unsigned char* v);
-};
-
 // Greyscale is its own luminance, so that the library's answer is the picture's.
 TEST(Denoise, GreyscaleIsTheLibrarysForEachVerb) {
-    const Case cases[] = {
-        {"denoise", [](CImageDenoiser& d, auto... planes) { d.Denoise_YUV(planes...); }},
-        {"denoise --threshold 7.5 --rule hard",
-         [](CImageDenoiser& d, auto... planes) {
-             d.SetAutoMeasure(false);
-             d.SetThreshold(7.5f, -1.0f);
-             d.SetThresholdType(1);
-             d.Denoise_YUV(planes...);
-         }},
-        {"denoise --rule garrote --threshold=auto",
-         [](CImageDenoiser& d, auto... planes) {
-             d.SetThresholdType(2);
-             d.Denoise_YUV(planes...);
-         }},
-        {"band --band 0",
-         [](CImageDenoiser& d, unsigned char* y, unsigned char*, unsigned char*) { d.ShowFreqBand(y, 0); }},
-        {"band --band 2",
-         [](CImageDenoiser& d, unsigned char* y, unsigned char*, unsigned char*) { d.ShowFreqBand(y, 2); }},
-    };
-    for (const Case& row : cases) {
+    const struct {
+        const char* line;
+        bool measured;
+        int type;
+        int band; // -1: `denoise`
+    } cases[] = {{"denoise", true, 0, -1},
+                 {"denoise --threshold 7.5 --rule hard", false, 1, -1},
+                 {"denoise --rule garrote --threshold=auto", true, 2, -1},
+                 {"band --band 0", true, 0, 0},
+                 {"band --band 2", true, 0, 2}};
+    for (const auto& row : cases) {
         SCOPED_TRACE(row.line);
         const vips::VImage picture = NoisyPicture(1);
         std::vector<unsigned char> expected = Samples(picture);
-        std::vector<unsigned char> u(expected.size(), 128);
-        std::vector<unsigned char> v(expected.size(), 128);
+        std::vector<unsigned char> u(expected.size(), 128), v(u);
         CImageDenoiser denoiser;
         denoiser.SetSize(kWidth, kHeight);
-        row.operation(denoiser, expected.data(), u.data(), v.data());
+        denoiser.SetAutoMeasure(row.measured);
+        denoiser.SetThreshold(7.5f, -1.0f);
+        denoiser.SetThresholdType(row.type);
+        if (row.band < 0) {
+            denoiser.Denoise_YUV(expected.data(), u.data(), v.data());
+        } else {
+            denoiser.ShowFreqBand(expected.data(), row.band);
+        }
         EXPECT_EQ(Samples(Made(picture, row.line)), expected);
     }
 }
@@ -72,9 +65,8 @@ TEST(Denoise, GreyscaleIsTheLibrarysForEachVerb) {
 TEST(Denoise, ColoursSurviveTheConversionAndAlphaIsKept) {
     std::mt19937 generator(12);
     for (int k = 0; k < 12; ++k) {
-        const std::vector<double> colour = {
-            static_cast<double>(generator() % 256), static_cast<double>(generator() % 256),
-            static_cast<double>(generator() % 256), static_cast<double>(generator() % 256)};
+        std::vector<double> colour(4);
+        std::ranges::generate(colour, [&] { return static_cast<double>(generator() % 256); });
         const vips::VImage picture = PlainPicture(colour, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB);
         const std::vector<unsigned char> out = Samples(Made(picture, "denoise --threshold 5"));
         for (std::size_t at = 0; at < out.size(); ++at) {

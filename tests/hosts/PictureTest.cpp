@@ -8,38 +8,35 @@ using vips::VImage;
 
 namespace {
 
-void BlurBy2(CImageFocus& focus, unsigned char* pixels, FoPixelFmt format, int pitch) {
-    focus.SetRadius(2);
-    focus.Blur(pixels, format, pitch);
-}
+using Operation = void (CImageFocus::*)(unsigned char*, FoPixelFmt, int);
 
 struct VerbCase {
     std::string line;
-    std::function<void(CImageFocus&, unsigned char*, FoPixelFmt, int)> operation;
+    Operation operation;
+    int radius = 1;
+    int length = 1;
 };
+
+/// The parameters of the verbs' options, and their operation.
+auto With(const VerbCase& verb) {
+    return [verb](CImageFocus& focus, unsigned char* pixels, FoPixelFmt format, int pitch) {
+        focus.SetRadius(verb.radius);
+        focus.SetMotionLength(verb.length);
+        focus.SetMotionDegree(-45);
+        (focus.*verb.operation)(pixels, format, pitch);
+    };
+}
+
+const VerbCase kBlurBy2 = {"blur --radius 2", &CImageFocus::Blur, 2};
 
 /// Options reach the operation, channels are not mixed, alpha comes back byte for byte, and grey stays grey.
 TEST(Picture, PixelsAreTheLibrarysForEachVerbAndNumberOfBands) {
     const VerbCase verbs[] = {
-        {"blur --radius 2", BlurBy2},
-        {"blur", [](auto& focus, auto... rest) { focus.Blur(rest...); }},
-        {"motion-blur --length=7 --degree -45",
-         [](auto& focus, auto... rest) {
-             focus.SetMotionLength(7);
-             focus.SetMotionDegree(-45);
-             focus.MotionBlur(rest...);
-         }},
-        {"deblur --radius 4",
-         [](auto& focus, auto... rest) {
-             focus.SetRadius(4);
-             focus.DeBlur(rest...);
-         }},
-        {"demotion-blur --length=61 --degree -45", // the longest that fits
-         [](auto& focus, auto... rest) {
-             focus.SetMotionLength(61);
-             focus.SetMotionDegree(-45);
-             focus.DeMotionBlur(rest...);
-         }},
+        kBlurBy2,
+        {"blur", &CImageFocus::Blur, 3},
+        {"motion-blur --length=7 --degree -45", &CImageFocus::MotionBlur, 1, 7},
+        {"deblur --radius 4", &CImageFocus::DeBlur, 4},
+        {"demotion-blur --length=61 --degree -45", &CImageFocus::DeMotionBlur, 1, 61}, // the longest that fits
     };
     for (const VerbCase& verb : verbs) {
         for (int bands = 1; bands <= 4; ++bands) {
@@ -47,7 +44,7 @@ TEST(Picture, PixelsAreTheLibrarysForEachVerbAndNumberOfBands) {
             const VImage picture = RandomPicture(31, 23, bands, 5);
             const VImage out = Made(picture, verb.line);
             EXPECT_EQ(out.bands(), bands);
-            EXPECT_EQ(Samples(out), Samples(Expected(picture, verb.operation)));
+            EXPECT_EQ(Samples(out), Samples(Expected(picture, With(verb))));
         }
     }
 }
@@ -57,8 +54,8 @@ TEST(Picture, StandsUprightWhateverItsOrientation) {
         SCOPED_TRACE(orientation);
         VImage picture = RandomPicture(20, 13, 3, 6).copy_memory();
         picture.set(VIPS_META_ORIENTATION, orientation);
-        const VImage out = Made(picture, "blur --radius 2", ".tif");
-        const VImage upright = Expected(picture.autorot(), BlurBy2);
+        const VImage out = Made(picture, kBlurBy2.line, ".tif");
+        const VImage upright = Expected(picture.autorot(), With(kBlurBy2));
         EXPECT_EQ(out.width(), upright.width());
         EXPECT_EQ(Samples(out), Samples(upright));
         EXPECT_EQ(out.get_typeof(VIPS_META_ORIENTATION) ? out.get_int(VIPS_META_ORIENTATION) : 1, 1);

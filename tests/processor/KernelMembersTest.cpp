@@ -109,17 +109,14 @@ void Check(const Row<In, Out>& row, std::uint32_t count, std::size_t sourceAt, s
 
 template <typename In, typename Out>
 void CheckRow(const Row<In, Out>& row) {
-    for (const std::size_t sourceAt : Misalignments) {
-        for (const std::size_t destinationAt : Misalignments) {
-            for (std::uint32_t count = 0; count <= 67; ++count) {
-                SCOPED_TRACE(testing::Message() << ProcessorClassName(row.processorClass) << " " << row.name << ", "
-                                                << count << " elements at " << sourceAt << ", " << destinationAt);
-                Check(row, count, sourceAt, destinationAt);
-                if (testing::Test::HasFatalFailure()) {
-                    return;
-                }
-            }
-        }
+    constexpr std::size_t places = std::size(Misalignments);
+    for (std::uint32_t k = 0; k < places * places * 68 && !testing::Test::HasFatalFailure(); ++k) {
+        const std::uint32_t count = k / (places * places);
+        const std::size_t sourceAt = Misalignments[k / places % places];
+        const std::size_t destinationAt = Misalignments[k % places];
+        SCOPED_TRACE(testing::Message() << ProcessorClassName(row.processorClass) << " " << row.name << ", " << count
+                                        << " elements at " << sourceAt << ", " << destinationAt);
+        Check(row, count, sourceAt, destinationAt);
     }
 }
 

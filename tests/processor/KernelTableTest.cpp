@@ -1,5 +1,6 @@
 #include "processor/KernelTable.h"
 
+#include "kernels/PlainMembers.h"
 #include "processor/LoadOrder.h"
 #include "processor/MembersTest.h"
 
@@ -40,6 +41,8 @@ TEST(KernelMembers, EachClassChangesTheSlotsThatAreItsOwn) {
         EXPECT_EQ(slot.same(KernelMembers(SSE2), KernelMembers(SSE)), slot.changes[1] != SSE2);
         EXPECT_TRUE(slot.same(KernelTable, KernelMembers(ActiveProcessorClass())));
     }
+    // The rows of KernelMembersTest call all other plain members; this one also writes to its source.
+    EXPECT_EQ(KernelMembers(Plain).PackComplexToU8, kernels::PackComplexToU8);
 }
 
 TEST(ProcessorClassOf, FirstSetFlagOfSSE2AndSSEAndMMXDecides) {
@@ -48,6 +51,9 @@ TEST(ProcessorClassOf, FirstSetFlagOfSSE2AndSSEAndMMXDecides) {
         EXPECT_EQ(ProcessorClassOf((flags & 1) != 0, (flags & 2) != 0, (flags & 4) != 0), classes[flags]) << flags;
     }
     EXPECT_EQ(ActiveProcessorClass(), ProcessorClassOf(IsSupported(MMX), IsSupported(SSE), IsSupported(SSE2)));
+    for (const auto& [processorClass, name] : {std::pair{Plain, "plain"}, {MMX, "MMX"}, {SSE, "SSE"}, {SSE2, "SSE2"}}) {
+        EXPECT_STREQ(ProcessorClassName(processorClass), name);
+    }
 }
 
 TEST(KernelTable, IsFilledByTheTwoDestructors) {
