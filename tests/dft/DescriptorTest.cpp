@@ -12,6 +12,7 @@
 #include <functional>
 #include <numeric>
 #include <ostream>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -90,33 +91,32 @@ TEST_F(Descriptor, FieldsAfterCreation) {
                          head.cfg_g,           head.input_offset,   head.output_offset,   head.input_distance,
                          head.output_distance, head.commit_state,   head.workspace_bytes, head.one_shot}),
             (std::vector{37, 32, 36, 1, 39, 42, 40, 43, 54, 46, 51, 48, 53, 0, 0, 0, 0, 31, 0, 0}));
-        int product = 1;
+        const int rank = static_cast<int>(lengths.size());
+        const int all = std::accumulate(lengths.begin(), lengths.end(), 1, std::multiplies<>());
+        const int longest = *std::max_element(lengths.begin(), lengths.end());
+        int stride = 1;
         const DftDescriptor* previous = nullptr;
         const DftDescriptor* record = job.handle;
-        const int rank = static_cast<int>(lengths.size());
         for (int i = 0; i < rank; ++i, previous = record, record = record->next) {
             ASSERT_EQ(record, job.handle + i);
-            const int length = lengths[static_cast<std::size_t>(rank - 1 - i)];
+            const auto length = static_cast<unsigned int>(lengths[static_cast<std::size_t>(rank - 1 - i)]);
+            const int span = stride * static_cast<int>(length);
             EXPECT_EQ(std::memcmp(record->tag, "DFT", 3), 0);
             EXPECT_EQ(record->previous, previous);
-            EXPECT_EQ(record->rank, rank);
-            EXPECT_EQ(record->dimension_index, i);
-            EXPECT_EQ(record->length, length);
-            EXPECT_EQ(record->input_stride, product);
-            EXPECT_EQ(record->output_stride, product);
-            product *= length;
-            EXPECT_EQ(record->running_product,
-                      i > 0 ? product : std::accumulate(lengths.begin(), lengths.end(), 1, std::multiplies<>()));
-            EXPECT_EQ(record->longest_length, *std::max_element(lengths.begin(), lengths.end()));
-            EXPECT_LE(1 << record->log2_length, length);
-            EXPECT_GT(2 << record->log2_length, length);
-            EXPECT_EQ(record->general_length, length == 1 << record->log2_length ? 0 : 1);
-            EXPECT_EQ(record->forward_scale_single + record->backward_scale_single, 2.0f);
-            EXPECT_EQ(record->forward_scale_double + record->backward_scale_double, 2.0);
+            EXPECT_EQ(
+                (std::vector{record->rank, record->dimension_index, record->length, record->input_stride,
+                             record->output_stride, record->running_product, record->longest_length,
+                             record->log2_length, record->general_length, record->workspace_need,
+                             record->unsupported_flag}),
+                (std::vector{rank, i, static_cast<int>(length), stride, stride, i > 0 ? span : all, longest,
+                             static_cast<int>(std::bit_width(length)) - 1, std::has_single_bit(length) ? 0 : 1, 0, 0}));
+            EXPECT_EQ((std::vector<double>{record->forward_scale_single, record->backward_scale_single,
+                                           record->forward_scale_double, record->backward_scale_double}),
+                      std::vector<double>(4, 1.0));
             EXPECT_TRUE(record->table_single == nullptr && record->table_double == nullptr &&
                         record->plan_complex_single == nullptr && record->plan_complex_double == nullptr &&
                         record->plan_real_single == nullptr && record->plan_real_double == nullptr);
-            EXPECT_EQ(record->workspace_need + record->unsupported_flag, 0);
+            stride = span;
         }
         EXPECT_EQ(record, nullptr);
     }
@@ -174,85 +174,64 @@ TEST_F(Descriptor, APlanThatRefusesIsAKernelFailure) {
     job->plan_complex_single->tag = dft::kDftPlanTag;
 }
 
-enum class Path { General, PowerOfTwo };
-
-struct PathRow {
-    int length, placement, inputStride, outputStride;
-    Path path;
-};
-
 TEST_F(Descriptor, PathOfAComplexDimension) {
-    const PathRow rows[] = {
-        {16, 43, 1, 1, Path::PowerOfTwo}, {16, 44, 1, 1, Path::General},    {16, 44, 2, 1, Path::PowerOfTwo},
-        {16, 44, 1, 2, Path::PowerOfTwo}, {16, 43, 3, 3, Path::PowerOfTwo}, {6, 43, 1, 1, Path::General},
-        {6, 44, 2, 2, Path::General},     {1, 43, 1, 1, Path::PowerOfTwo},  {1, 44, 1, 1, Path::General},
+    struct Row {
+        int length, placement, inputStride, outputStride;
+        bool isGeneral; ///< else the path of powers of two
     };
-    const Job single(35, 32, {1});
-    const Job twice(36, 32, {1});
-    for (const PathRow& row : rows) {
+    const Row rows[] = {
+        {16, 43, 1, 1, false}, {16, 44, 1, 1, true},  {16, 44, 2, 1, false},
+        {16, 44, 1, 2, false}, {16, 43, 3, 3, false}, {6, 43, 1, 1, true},
+        {6, 44, 2, 2, true},   {1, 43, 1, 1, false},  {1, 44, 1, 1, true},
+    };
+    const auto check = [](const Row& row, bool isSingle) {
+        const Job job(isSingle ? 35 : 36, 32, {row.length}, row.placement);
+        job->input_stride = row.inputStride;
+        job->output_stride = row.outputStride;
+        job.Commit();
+        const bool general = row.isGeneral;
+        EXPECT_EQ(job->general_length, general ? 1 : 0);
+        EXPECT_EQ(job->workspace_bytes, job->workspace_need > 16 ? job->workspace_need : 0);
+        EXPECT_EQ(job->workspace_bytes > 16, general && row.length > 4);
+        EXPECT_EQ(job->plan_complex_single != nullptr, general && isSingle);
+        EXPECT_EQ(job->plan_complex_double != nullptr, general && !isSingle);
+        EXPECT_EQ(job->table_single != nullptr, !general && isSingle);
+        EXPECT_EQ(job->table_double != nullptr, !general && !isSingle);
+        if (isSingle) {
+            EXPECT_EQ(job->forward_single, general ? dft::general_forward_single : dft::c1d_forward_pow2);
+            EXPECT_EQ(job->backward_single, general ? dft::general_backward_single : dft::c1d_backward_pow2);
+            EXPECT_TRUE(general || (job->c1d_forw_dft == dft::c1d_forw_dft && job->c1d_back_dft == dft::c1d_back_dft));
+        } else {
+            EXPECT_EQ(job->forward_double, general ? dft::general_forward_double : dft::z1d_forward_pow2);
+            EXPECT_EQ(job->backward_double, general ? dft::general_backward_double : dft::z1d_backward_pow2);
+            EXPECT_TRUE(general || (job->z1d_forw_dft == dft::z1d_forw_dft && job->z1d_back_dft == dft::z1d_back_dft));
+        }
+    };
+    for (const Row& row : rows) {
         SCOPED_TRACE(::testing::Message() << "length " << row.length << ", placement " << row.placement << ", strides "
                                           << row.inputStride << ' ' << row.outputStride);
-        const bool general = row.path == Path::General;
-        for (DftDescriptor* const record : {single.handle, twice.handle}) {
-            record->length = row.length;
-            record->log2_length = static_cast<std::int32_t>(std::bit_width(static_cast<unsigned int>(row.length))) - 1;
-            record->placement = row.placement;
-            record->input_stride = row.inputStride;
-            record->output_stride = row.outputStride;
-            ASSERT_EQ(dft::dfti_commit_descriptor(record), 0);
-            EXPECT_EQ(record->general_length, general ? 1 : 0);
-            EXPECT_EQ(record->workspace_bytes, record->workspace_need > 16 ? record->workspace_need : 0);
-            EXPECT_EQ(record->workspace_bytes > 16, general && row.length > 4);
-        }
-        EXPECT_EQ(single->plan_complex_single != nullptr, general);
-        EXPECT_EQ(single->table_single != nullptr, !general);
-        EXPECT_EQ(twice->plan_complex_double != nullptr, general);
-        EXPECT_EQ(twice->table_double != nullptr, !general);
-        EXPECT_EQ(single->forward_single, general ? dft::general_forward_single : dft::c1d_forward_pow2);
-        EXPECT_EQ(single->backward_single, general ? dft::general_backward_single : dft::c1d_backward_pow2);
-        EXPECT_EQ(twice->forward_double, general ? dft::general_forward_double : dft::z1d_forward_pow2);
-        EXPECT_EQ(twice->backward_double, general ? dft::general_backward_double : dft::z1d_backward_pow2);
-        EXPECT_TRUE(single->plan_complex_double == nullptr && single->table_double == nullptr &&
-                    twice->plan_complex_single == nullptr && twice->table_single == nullptr);
-        if (!general) {
-            EXPECT_TRUE(single->c1d_forw_dft == dft::c1d_forw_dft && single->c1d_back_dft == dft::c1d_back_dft);
-            EXPECT_TRUE(twice->z1d_forw_dft == dft::z1d_forw_dft && twice->z1d_back_dft == dft::z1d_back_dft);
-        }
+        check(row, true);
+        check(row, false);
     }
+}
+
+auto HandedOn(DftDescriptor& r) {
+    return std::tie(r.number_of_transforms, r.packed_format, r.ordering, r.placement, r.cfg_a, r.cfg_b, r.cfg_e,
+                    r.cfg_f, r.cfg_g, r.input_offset, r.output_offset, r.input_distance, r.output_distance);
 }
 
 TEST_F(Descriptor, CommitHandsTheFieldsOfTheHeadToAllRecords) {
     const Job job(35, 32, {6, 8, 10});
-    DftDescriptor* const head = job.handle;
-    std::int32_t DftDescriptor::*const fields[] = {&DftDescriptor::number_of_transforms,
-                                                   &DftDescriptor::packed_format,
-                                                   &DftDescriptor::ordering,
-                                                   &DftDescriptor::placement,
-                                                   &DftDescriptor::cfg_a,
-                                                   &DftDescriptor::cfg_b,
-                                                   &DftDescriptor::cfg_e,
-                                                   &DftDescriptor::cfg_f,
-                                                   &DftDescriptor::cfg_g,
-                                                   &DftDescriptor::input_offset,
-                                                   &DftDescriptor::output_offset,
-                                                   &DftDescriptor::input_distance,
-                                                   &DftDescriptor::output_distance};
-    std::int32_t value = 44;
-    for (const auto field : fields) {
-        head->*field = value++;
+    const auto values = std::tuple(44, 45, 46, 47, 48, 49, 50, 51, 52, 53, 54, 55, 56);
+    HandedOn(*job.handle) = values;
+    job.Commit();
+    for (DftDescriptor* record = job.handle; record != nullptr; record = record->next) {
+        EXPECT_TRUE(HandedOn(*record) == values) << "record " << record->dimension_index;
+        EXPECT_EQ((std::vector{record->forward_domain, record->precision, record->commit_state}),
+                  (std::vector<std::int32_t>{32, 35, dft::DFT_COMMITTED}));
     }
-    ASSERT_EQ(dft::dfti_commit_descriptor(head), 0);
-    for (const DftDescriptor* record = head; record != nullptr; record = record->next) {
-        value = 44;
-        for (const auto field : fields) {
-            EXPECT_EQ(record->*field, value++) << "record " << record->dimension_index;
-        }
-        EXPECT_EQ(record->forward_domain, 32);
-        EXPECT_EQ(record->precision, 35);
-        EXPECT_EQ(record->commit_state, dft::DFT_COMMITTED);
-    }
-    EXPECT_EQ(head->workspace_bytes, head->workspace_need);
-    EXPECT_GT(head->workspace_need, head[2].workspace_need);
+    EXPECT_EQ(job->workspace_bytes, job->workspace_need);
+    EXPECT_GT(job->workspace_need, job.handle[2].workspace_need);
 }
 
 } // namespace

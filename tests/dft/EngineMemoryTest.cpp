@@ -9,8 +9,6 @@
 #include <algorithm>
 #include <cstring>
 #include <latch>
-#include <omp.h>
-#include <ostream>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -31,11 +29,6 @@ protected:
     EngineBlockSlot& m_Slot = engine_block_table[0]; // the first to be claimed
 };
 
-template <typename Work>
-void OnAnotherThread(Work work) {
-    std::thread(work).join();
-}
-
 struct FitRow {
     std::vector<std::size_t> cached; // in cells 0, 1, ...
     std::size_t busy;                // the first so many stay in use
@@ -43,14 +36,6 @@ struct FitRow {
     int cell;    // where the block comes from
     bool reused; // it is the cached one
 };
-
-std::ostream& operator<<(std::ostream& out, const FitRow& row) {
-    out << "cached";
-    for (const std::size_t size : row.cached) {
-        out << ' ' << size;
-    }
-    return out << ", busy " << row.busy << ", request " << row.request;
-}
 
 TEST_F(EngineMemory, TheSmallestSurplusIsTakenAndTheSmallestBlockReplaced) {
     std::vector<std::size_t> full(kBlocksPerThread, 64);
@@ -70,7 +55,8 @@ TEST_F(EngineMemory, TheSmallestSurplusIsTakenAndTheSmallestBlockReplaced) {
         rows.push_back({{kBeyond + 10}, 0, kBeyond + 10, 1, false});
     }
     for (const FitRow& row : rows) {
-        SCOPED_TRACE(row);
+        SCOPED_TRACE(::testing::Message() << "cached " << ::testing::PrintToString(row.cached) << ", busy " << row.busy
+                                          << ", request " << row.request);
         dft::engine_free_buffers();
         std::vector<void*> blocks;
         for (const std::size_t size : row.cached) {
@@ -92,18 +78,13 @@ TEST_F(EngineMemory, TheSmallestSurplusIsTakenAndTheSmallestBlockReplaced) {
 }
 
 TEST_F(EngineMemory, AThreadHolds32Blocks) {
-    std::vector<void*> blocks;
-    for (int i = 0; i < kBlocksPerThread; ++i) {
-        blocks.push_back(engine_alloc(40));
-        ASSERT_NE(blocks.back(), nullptr);
-        std::memset(blocks.back(), i, 40);
-    }
+    std::vector<void*> blocks(kBlocksPerThread);
+    std::generate(blocks.begin(), blocks.end(), [] { return engine_alloc(40); });
+    EXPECT_EQ(m_Allocator.Live(), 32);
     EXPECT_EQ(engine_alloc(1), nullptr);
     engine_free(blocks[7]);
     EXPECT_EQ(engine_alloc(40), blocks[7]);
     std::for_each(blocks.begin(), blocks.end(), engine_free);
-    std::sort(blocks.begin(), blocks.end());
-    EXPECT_EQ(std::unique(blocks.begin(), blocks.end()), blocks.end());
 }
 
 TEST_F(EngineMemory, ASlotGivenUpKeepsItsBlocksForTheNextOwner) {
@@ -114,7 +95,7 @@ TEST_F(EngineMemory, ASlotGivenUpKeepsItsBlocksForTheNextOwner) {
     EXPECT_EQ(m_Slot.owner_thread, static_cast<std::uint32_t>(gettid()));
     engine_free(second);
     EXPECT_EQ(m_Slot.owner_thread, 0u);
-    OnAnotherThread([&] {
+    OnThreads(1, [&](int) {
         EXPECT_EQ(engine_alloc(200), second);
         EXPECT_EQ(m_Slot.owner_thread, static_cast<std::uint32_t>(gettid()));
         engine_free(second);
@@ -125,10 +106,10 @@ TEST_F(EngineMemory, ASlotGivenUpKeepsItsBlocksForTheNextOwner) {
 TEST_F(EngineMemory, OnlyTheThreadThatTookABlockGivesItBack) {
     void* const block = engine_alloc(100);
     const EngineBlockSlot* const others = engine_block_table + 1;
-    OnAnotherThread([&] { engine_free(block); }); // has no slot, and gets none
+    OnThreads(1, [&](int) { engine_free(block); }); // has no slot, and gets none
     EXPECT_EQ(m_Slot.block_in_use[0], 1);
     EXPECT_EQ(others->owner_thread, 0u);
-    OnAnotherThread([&] {
+    OnThreads(1, [&](int) {
         void* const own = engine_alloc(100);
         EXPECT_NE(own, block);
         engine_free(block);
@@ -149,23 +130,21 @@ TEST_F(EngineMemory, The65thThreadGetsNullAndTheLockIsFree) {
     std::latch holding(kThreadSlots);
     std::latch done(1);
     std::atomic<int> refused{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreadSlots; ++i) {
-        threads.emplace_back([&] {
-            void* const block = engine_alloc(8);
-            refused += block == nullptr;
-            holding.count_down();
-            done.wait();
-            engine_free(block);
-        });
-    }
-    holding.wait();
-    EXPECT_EQ(engine_alloc(8), nullptr);
-    EXPECT_EQ(dft::engine_table_lock, 0u);
-    done.count_down();
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    // The last of the threads has no slot left; it asks when the others hold theirs.
+    OnThreads(kThreadSlots + 1, [&](int thread) {
+        if (thread == kThreadSlots) {
+            holding.wait();
+            EXPECT_EQ(engine_alloc(8), nullptr);
+            EXPECT_EQ(dft::engine_table_lock, 0u);
+            done.count_down();
+            return;
+        }
+        void* const block = engine_alloc(8);
+        refused += block == nullptr;
+        holding.count_down();
+        done.wait();
+        engine_free(block);
+    });
     EXPECT_EQ(refused, 0);
     void* const block = engine_alloc(8);
     EXPECT_NE(block, nullptr);
@@ -174,22 +153,17 @@ TEST_F(EngineMemory, The65thThreadGetsNullAndTheLockIsFree) {
 
 // The sanitizer sees a slot pass from thread to thread; every build sees a block that two threads hold.
 TEST_F(EngineMemory, ThreadsThatTakeAndGiveBackShareNoBlock) {
-    std::vector<std::thread> threads;
     std::atomic<int> overwritten{0};
-    for (unsigned char i = 0; i < 4; ++i) {
-        threads.emplace_back([&overwritten, i] {
-            for (std::size_t round = 0; round < 2000; ++round) {
-                const std::size_t bytes = 16 + round % 7 * 16;
-                auto* const block = static_cast<unsigned char*>(engine_alloc(bytes));
-                std::memset(block, i, bytes);
-                overwritten += std::any_of(block, block + bytes, [i](unsigned char byte) { return byte != i; });
-                engine_free(block);
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
+    OnThreads(4, [&overwritten](int thread) {
+        const auto mark = static_cast<unsigned char>(thread);
+        for (std::size_t round = 0; round < 2000; ++round) {
+            const std::size_t bytes = 16 + round % 7 * 16;
+            auto* const block = static_cast<unsigned char*>(engine_alloc(bytes));
+            std::memset(block, mark, bytes);
+            overwritten += std::any_of(block, block + bytes, [mark](unsigned char byte) { return byte != mark; });
+            engine_free(block);
+        }
+    });
     EXPECT_EQ(overwritten, 0);
 }
 
@@ -206,11 +180,9 @@ TEST_F(EngineMemory, FailedAllocationKeepsItsCell) {
     // The one way back, after which nothing is released twice.
     dft::engine_free_buffers();
     dft::engine_free_buffers();
-    for (int i = 0; i < 2; ++i) {
-        EXPECT_EQ(m_Slot.block[i], nullptr);
-        EXPECT_EQ(m_Slot.block_size[i], 0u);
-        EXPECT_EQ(m_Slot.block_in_use[i], 0);
-    }
+    EXPECT_TRUE(m_Slot.block[0] == nullptr && m_Slot.block[1] == nullptr);
+    EXPECT_EQ(m_Slot.block_size[0] + m_Slot.block_size[1], 0u);
+    EXPECT_EQ(m_Slot.block_in_use[0] + m_Slot.block_in_use[1], 0);
     EXPECT_EQ(m_Slot.owner_thread, 0u);
     EXPECT_EQ(m_Allocator.Live(), 0);
 }
@@ -247,12 +219,7 @@ struct SwitchRow {
     int result;
 };
 
-std::ostream& operator<<(std::ostream& out, const SwitchRow& row) {
-    return out << "OMP_NUM_THREADS " << (row.threads == nullptr ? "not set" : row.threads) << ", CLARIBOX_SERIAL "
-               << (row.serial == nullptr ? "not set" : row.serial);
-}
-
-TEST(EngineThreads, SerialSwitch) {
+TEST(EngineThreadsTest, SerialSwitch) {
     const SwitchRow rows[] = {{nullptr, nullptr, 1}, {nullptr, "YES", 1}, {nullptr, "yes", 1}, {nullptr, "Yes", 0},
                               {nullptr, "NO", 0},    {nullptr, "", 0},    {"2", nullptr, 0},   {"1", nullptr, 0},
                               {"2", "YES", 1},       {"2", "yes", 1},     {"2", "yes ", 0},    {"2", "NO", 0}};
@@ -260,7 +227,8 @@ TEST(EngineThreads, SerialSwitch) {
     TestVariable threads("OMP_NUM_THREADS", nullptr);
     TestVariable serial("CLARIBOX_SERIAL", nullptr);
     for (const SwitchRow& row : rows) {
-        SCOPED_TRACE(row);
+        SCOPED_TRACE(::testing::Message() << "OMP_NUM_THREADS " << ::testing::PrintToString(row.threads)
+                                          << ", CLARIBOX_SERIAL " << ::testing::PrintToString(row.serial));
         threads.Set(row.threads);
         serial.Set(row.serial);
         dft::serial_switch = -1;
@@ -270,10 +238,8 @@ TEST(EngineThreads, SerialSwitch) {
     }
 }
 
-TEST(EngineThreads, MaximumIsOneInsideARegionAndWhereSerial) {
-    const int before = omp_get_max_threads();
-    omp_set_num_threads(3);
-    TestNumber parallel(dft::serial_switch, 0);
+TEST(EngineThreadsTest, MaximumIsOneInsideARegionAndWhereSerial) {
+    const EngineThreads engine(3);
     EXPECT_EQ(dft::engine_maximum_threads(), 3);
     int inside[2] = {};
     dft::RunChunks(2, 2, [&inside](int chunk) { inside[chunk] = dft::engine_maximum_threads(); });
@@ -281,7 +247,6 @@ TEST(EngineThreads, MaximumIsOneInsideARegionAndWhereSerial) {
     EXPECT_EQ(inside[1], 1);
     dft::serial_switch = 1;
     EXPECT_EQ(dft::engine_maximum_threads(), 1);
-    omp_set_num_threads(before);
 }
 
 TEST_F(EngineMemory, PlanMemoryIsAlignedAndKnowsItsHeapBlock) {

@@ -1,17 +1,16 @@
-// The power-of-two path: tables, orders of the spectrum, scale factors, and the agreement of its three forms. That its
-// results are right is the matter of TransformTest.cpp too, through the front entries.
+// The power-of-two path: orders of the spectrum, scale factors, and the agreement of its forms. That its results are
+// right, and with them its tables, is the matter of TransformTest.cpp, through the front entries.
 #include "dft/pow2/pow2.h"
 
 #include "common/GuardedBuffer.h"
 #include "common/VectorClassTest.h"
 #include "dft/TestJob.h"
 #include "dft/TestSurroundings.h"
+#include "dft/driver/record_fields.h"
 #include "dft/pow2/bit_reversal.h"
 #include "dft/pow2/commit_table.h"
-#include "dft/pow2/permutation.h"
 #include "dft/pow2/pow2_form.h"
 #include "dft/pow2/pow2_runs.h"
-#include "dft/pow2/static_tables.h"
 #include "reference/dft_slow.h"
 
 #include <gtest/gtest.h>
@@ -20,7 +19,6 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <numbers>
 #include <vector>
 
 namespace {
@@ -46,123 +44,35 @@ Line<Real> Reversed(const Line<Real>& line, int bits) {
     return reversed;
 }
 
-// cos or -sin of 2 pi j / n, rounded once from a wider number.
+// Wherever the block begins, the table does at a multiple of the variant's alignment, and keeps within the block.
 template <typename Real>
-void ExpectParts(const Real* cosine, const Real* minusSine, long long j, long long n) {
-    const long double angle = 2 * std::numbers::pi_v<long double> * static_cast<long double>(j) / n;
-    const long double tolerance = sizeof(Real) == 4 ? 0x1.00001p-25L : 0x1p-52L;
-    EXPECT_LE(std::abs(*cosine - std::cos(angle)), tolerance) << j << " of " << n;
-    EXPECT_LE(std::abs(*minusSine + std::sin(angle)), tolerance) << j << " of " << n;
+void CheckCommitTable(int bits, int variant) {
+    SCOPED_TRACE(::testing::Message() << "variant " << variant << ", 2^" << bits << ", bytes " << sizeof(Real));
+    const auto& tuning = dft::dft_tuning_of(variant);
+    GuardedBuffer<unsigned char> block(((sizeof(Real) == sizeof(float) ? 3 : 6) * (std::size_t{1} << bits) / 2 + 64) *
+                                       8);
+    dft::BuildCommitTable<Real>(bits, block.data(), tuning);
+    Real header[2];
+    std::memcpy(header, block.bytes(), sizeof header);
+    EXPECT_EQ(header[0], 1 << bits);
+    EXPECT_EQ(header[1], 0);
+    const auto start = reinterpret_cast<std::uintptr_t>(block.bytes());
+    const std::uintptr_t address = start + dft::TableOffset(block.data(), tuning);
+    const auto alignment = static_cast<std::uintptr_t>(tuning.table_alignment);
+    EXPECT_EQ(address % alignment, 0u);
+    EXPECT_EQ(address / alignment, start / alignment + 1);
+    EXPECT_TRUE(block.GuardsIntact());
 }
 
-template <typename Real>
-class Pow2Tables : public ::testing::Test {};
-using Precisions = ::testing::Types<float, double>;
-TYPED_TEST_SUITE(Pow2Tables, Precisions);
-
-TYPED_TEST(Pow2Tables, StaticLevelsFollowEachOther) {
-    const auto& tables = dft::static_tables<TypeParam>();
-    EXPECT_EQ(sizeof tables.even, 32736 * sizeof(TypeParam) / sizeof(float));
-    for (const int powers : {1, 3}) {
-        const TypeParam* group = powers == 3 ? tables.even : tables.odd;
-        for (int n = powers == 3 ? 4096 : 2048; n >= (powers == 3 ? 16 : 32); n /= 4) {
-            const std::ptrdiff_t bytes = n * (powers == 3 ? 6 : 2) * static_cast<std::ptrdiff_t>(sizeof(TypeParam)) / 4;
-            const TypeParam* const end = group + bytes / static_cast<std::ptrdiff_t>(sizeof(TypeParam));
-            for (int j = 0; group < end; j += 4) {
-                for (int power = 1; power <= powers; ++power, group += 8) {
-                    for (int k = 0; k < 4; ++k) {
-                        ExpectParts(group + k, group + k + 4, power * (j + k), n);
-                    }
-                }
-            }
-        }
-    }
-}
-
-// A table and its base, for a variant.
-template <typename Real>
-struct CommitTable {
-    CommitTable(int bits, int variant)
-        : block(((sizeof(Real) == sizeof(float) ? 3 : 6) * (std::size_t{1} << bits) / 2 + 64) * 8) {
-        dft::BuildCommitTable<Real>(bits, block.data(), dft::dft_tuning_of(variant));
-        base =
-            reinterpret_cast<const Real*>(block.data() + dft::TableOffset(block.data(), dft::dft_tuning_of(variant)));
-    }
-    GuardedBuffer<unsigned char> block;
-    const Real* base;
-};
-
-TYPED_TEST(Pow2Tables, CommitTableByLength) {
-    constexpr int precision = sizeof(TypeParam) == 4 ? 0 : 1;
+TEST(Pow2, CommitTableByLength) {
     for (int variant = 0; variant < 3; ++variant) {
-        for (const int bits : {0, 1, 3, 5, 12, 13, 14, 15, 16}) {
-            SCOPED_TRACE(::testing::Message() << "variant " << variant << ", 2^" << bits);
-            const CommitTable<TypeParam> table(bits, variant);
-            const int n = 1 << bits;
-            TypeParam header[2];
-            std::memcpy(header, table.block.bytes(), sizeof header);
-            EXPECT_EQ(header[0], n);
-            EXPECT_EQ(header[1], 0);
-            const auto address = reinterpret_cast<std::uintptr_t>(table.base);
-            const auto alignment = static_cast<std::uintptr_t>(dft::dft_tuning_of(variant).table_alignment);
-            EXPECT_EQ(address % alignment, 0u);
-            EXPECT_EQ(address / alignment, reinterpret_cast<std::uintptr_t>(table.block.bytes()) / alignment + 1);
-            EXPECT_TRUE(table.block.GuardsIntact());
-            if (bits == 3) {
-                EXPECT_EQ(table.base[4], static_cast<TypeParam>(std::sqrt(0.5L)));
-            }
-            const bool triples = bits >= 15 || n > dft::dft_tuning_of(variant).two_level_up_to[precision];
-            const TypeParam* at = table.base;
-            for (int m = n; !triples && bits > 12 && m >= 2048; m /= 2) {
-                for (int j = 0; j < m / 4; ++j) {
-                    ExpectParts(at + j / 4 * 8 + j % 4, at + j / 4 * 8 + j % 4 + 4, j, m);
-                }
-                at += m / 2;
-            }
-            for (int b = 0; triples && b < n / 4; ++b, at += 6) {
-                ExpectParts(at, at + 1, dft::ReverseBits(b, bits - 2), n);
-                const TypeParam squares[] = {at[0] * at[0], at[1] * at[1], at[0] * at[1]};
-                EXPECT_NEAR(at[2], squares[0] - squares[1], std::numeric_limits<TypeParam>::epsilon());
-                EXPECT_NEAR(at[3], squares[2] + squares[2], std::numeric_limits<TypeParam>::epsilon());
-                EXPECT_NEAR(at[4], at[2] * at[0] - at[3] * at[1], std::numeric_limits<TypeParam>::epsilon());
-                EXPECT_NEAR(at[5], at[2] * at[1] + at[3] * at[0], std::numeric_limits<TypeParam>::epsilon());
-            }
+        for (int bits = 0; bits <= 16; ++bits) {
+            CheckCommitTable<float>(bits, variant);
+            CheckCommitTable<double>(bits, variant);
         }
     }
 }
 
-TYPED_TEST(Pow2Tables, ListsReverseTheOrder) {
-    for (int bits = 5; bits <= 16; ++bits) {
-        SCOPED_TRACE(::testing::Message() << "2^" << bits);
-        const CommitTable<TypeParam> table(bits, 1);
-        const dft::BitReversalLists lists = dft::ListsOf(table.base, bits);
-        const std::int32_t* const words = lists.reversals - 1;
-        EXPECT_EQ(reinterpret_cast<const unsigned char*>(words) - reinterpret_cast<const unsigned char*>(table.base),
-                  static_cast<std::ptrdiff_t>(sizeof(Complex<TypeParam>)) << bits);
-        EXPECT_EQ(words[0], 1 << (bits - 4));
-        Line<TypeParam> line = RandomLine<TypeParam>(bits);
-        const Line<TypeParam> expected = Reversed(line, bits);
-        dft::ReverseOrder(line.data(), bits, lists);
-        EXPECT_TRUE(SameBytes(expected.data(), line.data(), line.size()));
-    }
-}
-
-template <typename Real>
-auto Slot(dft::DftDescriptor& record, int direction) {
-    if constexpr (sizeof(Real) == sizeof(float)) {
-        return direction == dft::kForward ? record.forward_single : record.backward_single;
-    } else {
-        return direction == dft::kForward ? record.forward_double : record.backward_double;
-    }
-}
-template <typename Real>
-auto ThreadedSlot(dft::DftDescriptor& record, int direction) {
-    if constexpr (sizeof(Real) == sizeof(float)) {
-        return direction == dft::kForward ? record.c1d_forw_dft : record.c1d_back_dft;
-    } else {
-        return direction == dft::kForward ? record.z1d_forw_dft : record.z1d_back_dft;
-    }
-}
 template <typename Real>
 const dft::Pow2Runs<Real>& ActiveRuns() {
     if constexpr (sizeof(Real) == sizeof(float)) {
@@ -174,17 +84,17 @@ const dft::Pow2Runs<Real>& ActiveRuns() {
 
 // At an address that is a multiple of 8 alone.
 template <typename Real>
-Line<Real> RunSlot(dft::DftDescriptor& record, int direction, const Line<Real>& input) {
+Line<Real> RunSlot(dft::DftDescriptor& record, dft::Direction direction, const Line<Real>& input) {
     GuardedBuffer<Complex<Real>> data(input.size(), 8);
     std::copy(input.begin(), input.end(), data.data());
-    EXPECT_EQ(Slot<Real>(record, direction)(data.data(), nullptr, &record, nullptr), dft::DFT_OK);
+    EXPECT_EQ(dft::Slot<Real>(record, direction)(data.data(), nullptr, &record, nullptr), dft::DFT_OK);
     EXPECT_TRUE(data.GuardsIntact());
     return Line<Real>(data.data(), data.data() + data.size());
 }
 
 // Columns where they lie, among others, have the bytes that `results` holds of their lines; the others stay.
 template <typename Real>
-void CheckColumns(dft::DftDescriptor& record, int direction, const std::vector<Line<Real>>& lines,
+void CheckColumns(dft::DftDescriptor& record, dft::Direction direction, const std::vector<Line<Real>>& lines,
                   const std::vector<Line<Real>>& results) {
     const std::size_t n = lines[0].size();
     const std::size_t before = 1;
@@ -215,12 +125,12 @@ template <typename Real>
 void CheckForms(int bits) {
     const std::size_t n = std::size_t{1} << bits;
     TestJob<Real> job({1 << bits});
-    dft::DftDescriptor& record = *job.operator->();
+    dft::DftDescriptor& record = *job.handle;
     const auto lanes = static_cast<std::size_t>(ActiveRuns<Real>().lanes);
     const Line<Real> base = RandomLine<Real>(bits);
     GuardedBuffer<Real> batch(2 * n * lanes);
     GuardedBuffer<Real> scratch(2 * n * lanes);
-    for (const int direction : {dft::kForward, dft::kBackward}) {
+    for (const dft::Direction direction : {dft::kForward, dft::kBackward}) {
         Line<Real> first;
         for (const std::int32_t ordering : kOrderings) {
             SCOPED_TRACE(::testing::Message() << "direction " << direction << ", ordering " << ordering);
@@ -281,17 +191,16 @@ template <typename Real>
 void CheckThreads(int bits, std::int32_t threads) {
     SCOPED_TRACE(::testing::Message() << "2^" << bits << ", threads " << threads << ", bytes " << sizeof(Real));
     TestJob<Real> job({1 << bits});
-    dft::DftDescriptor& record = *job.operator->();
-    record.forward_scale_single = record.backward_scale_single = 0.1f;
-    record.forward_scale_double = record.backward_scale_double = 0.1;
+    dft::DftDescriptor& record = *job.handle;
+    SetScales<Real>(record, 0.1, 0.1);
     const Line<Real> x = RandomLine<Real>(bits);
-    for (const int direction : {dft::kForward, dft::kBackward}) {
+    for (const dft::Direction direction : {dft::kForward, dft::kBackward}) {
         for (const std::int32_t ordering : kOrderings) {
             record.ordering = ordering;
             const Line<Real> serial = RunSlot(record, direction, x);
             Line<Real> threaded = x;
-            EXPECT_EQ(ThreadedSlot<Real>(record, direction)(threaded.data(), threads, &record), dft::DFT_OK);
-            const auto form = dft::FormOf<Real>(record, static_cast<dft::Direction>(direction));
+            EXPECT_EQ(dft::ThreadedSlot<Real>(record, direction)(threaded.data(), threads, &record), dft::DFT_OK);
+            const auto form = dft::FormOf<Real>(record, direction);
             if (threads <= 1 << (bits - form.blockBits)) {
                 EXPECT_TRUE(SameBytes(serial.data(), threaded.data(), x.size()));
             } else { // other passes, other roundings
@@ -325,7 +234,7 @@ void CheckScale(int variant, int bits) {
     SCOPED_TRACE(::testing::Message() << "variant " << variant << ", 2^" << bits);
     const TestNumber code(dft::dft_variant_code, variant);
     TestJob<Real> job({1 << bits});
-    dft::DftDescriptor& record = *job.operator->();
+    dft::DftDescriptor& record = *job.handle;
     const Real factor = static_cast<Real>(0.3125L); // so short that the x87 unit, too, rounds a product once
     const auto scaled = [factor](Line<Real> line) {
         for (Complex<Real>& element : line) {
@@ -334,14 +243,12 @@ void CheckScale(int variant, int bits) {
         return line;
     };
     const Line<Real> x = RandomLine<Real>(bits);
-    for (const int direction : {dft::kForward, dft::kBackward}) {
+    for (const dft::Direction direction : {dft::kForward, dft::kBackward}) {
         const bool last = direction == dft::kBackward || (variant == 1 && sizeof(Real) == 4);
-        record.forward_scale_single = record.backward_scale_single = 1;
-        record.forward_scale_double = record.backward_scale_double = 1;
+        SetScales<Real>(record, 1, 1);
         const Line<Real> expected =
             last ? scaled(RunSlot(record, direction, x)) : RunSlot(record, direction, scaled(x));
-        (direction == dft::kForward ? record.forward_scale_single : record.backward_scale_single) = 0.3125f;
-        (direction == dft::kForward ? record.forward_scale_double : record.backward_scale_double) = factor;
+        SetScales<Real>(record, direction == dft::kForward ? 0.3125 : 1, direction == dft::kForward ? 1 : 0.3125);
         const Line<Real> actual = RunSlot(record, direction, x);
         EXPECT_TRUE(SameBytes(expected.data(), actual.data(), x.size())) << "direction " << direction;
     }
@@ -353,21 +260,6 @@ TEST(Pow2, ScaleFactorsOfBothDirections) {
             CheckScale<float>(variant, bits);
             CheckScale<double>(variant, bits);
         }
-    }
-}
-
-TEST(Pow2, ARefusedAllocationIsStatus1AndLeaksNothing) {
-    TestAllocator allocator;
-    TestJob<float> job({4096});
-    dft::DftDescriptor& record = *job.operator->();
-    Line<float> x = RandomLine<float>(12);
-    const int before = allocator.Live();
-    for (const int direction : {dft::kForward, dft::kBackward}) {
-        allocator.Refuse(0);
-        EXPECT_EQ(Slot<float>(record, direction)(x.data(), nullptr, &record, nullptr), dft::DFT_NO_MEMORY);
-        allocator.Refuse(0);
-        EXPECT_EQ(ThreadedSlot<float>(record, direction)(x.data(), 2, &record), dft::DFT_NO_MEMORY);
-        EXPECT_EQ(allocator.Live(), before);
     }
 }
 

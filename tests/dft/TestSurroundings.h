@@ -1,15 +1,20 @@
 // Surroundings of the DFT engine that a test puts in place and that end with it: its memory, its environment, its
-// variant.
+// variant, its threads.
 #pragma once
 
 #include "dft/dispatch/dft_dispatch.h"
 #include "dft/memory/engine_memory.h"
 
+#include <omp.h>
+
 #include <algorithm>
 #include <atomic>
 #include <cstdlib>
+#include <functional>
 #include <optional>
 #include <string>
+#include <thread>
+#include <vector>
 
 /// The engine's system allocator with a count of what is out, and with one request refused on demand. One at a time; it
 /// starts and ends without cached blocks.
@@ -91,3 +96,27 @@ private:
     std::atomic<std::int32_t>& m_Number;
     std::int32_t m_Before;
 };
+
+/// Lets the engine fork up to `threads` threads for as long as it lives; 1: none.
+class EngineThreads {
+public:
+    explicit EngineThreads(int threads) : m_Switch(dft::serial_switch, threads == 1) { omp_set_num_threads(threads); }
+    ~EngineThreads() { omp_set_num_threads(m_Before); }
+    EngineThreads(const EngineThreads&) = delete;
+    EngineThreads& operator=(const EngineThreads&) = delete;
+
+private:
+    TestNumber m_Switch;
+    int m_Before = omp_get_max_threads();
+};
+
+/// `work(index)` on each of so many threads at once.
+inline void OnThreads(int threads, const std::function<void(int)>& work) {
+    std::vector<std::thread> running;
+    for (int index = 0; index < threads; ++index) {
+        running.emplace_back(work, index);
+    }
+    for (std::thread& thread : running) {
+        thread.join();
+    }
+}

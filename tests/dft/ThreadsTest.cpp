@@ -12,30 +12,15 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <limits>
 #include <numeric>
 #include <ostream>
-#include <thread>
 #include <vector>
 
 namespace {
 
 constexpr int kSigns[] = {-1, 1};
 constexpr std::int32_t kPlacements[] = {dft::DFT_INPLACE, dft::DFT_NOT_INPLACE};
-
-/// Lets the engine fork up to `threads` threads for as long as it lives; 1: none.
-class EngineThreads {
-public:
-    explicit EngineThreads(int threads) : m_Switch(dft::serial_switch, threads == 1) { omp_set_num_threads(threads); }
-    ~EngineThreads() { omp_set_num_threads(m_Before); }
-    EngineThreads(const EngineThreads&) = delete;
-    EngineThreads& operator=(const EngineThreads&) = delete;
-
-private:
-    TestNumber m_Switch;
-    int m_Before = omp_get_max_threads();
-};
 
 struct JobShape {
     std::vector<int> lengths;
@@ -99,7 +84,7 @@ void ExpectBytesOfOneThread(int threads) {
                                              std::numeric_limits<Real>::epsilon()
                                        : TestJob<Real>::SameBytes(threaded, serial);
                 EXPECT_TRUE(equal) << shape << ", placement " << placement << ", sign " << sign << ", precision "
-                                   << TestJob<Real>::kPrecision << ", threads " << threads;
+                                   << kPrecisionOf<Real> << ", threads " << threads;
             }
         }
     }
@@ -109,16 +94,6 @@ TEST(DftThreads, EveryNumberOfThreadsGivesTheSameBytes) {
     for (const int threads : {2, 3, 5}) {
         ExpectBytesOfOneThread<float>(threads);
         ExpectBytesOfOneThread<double>(threads);
-    }
-}
-
-void OnThreads(int threads, const std::function<void(int)>& work) {
-    std::vector<std::thread> running;
-    for (int index = 0; index < threads; ++index) {
-        running.emplace_back(work, index);
-    }
-    for (std::thread& thread : running) {
-        thread.join();
     }
 }
 

@@ -1,0 +1,190 @@
+// Where the elements of a job lie, arrays that are no larger than that, and slots that can be watched.
+#pragma once
+
+#include "common/GuardedBuffer.h"
+#include "dft/TestJob.h"
+#include "dft/driver/drivers.h"
+#include "dft/driver/record_fields.h"
+#include "reference/dft_slow.h"
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <functional>
+#include <numeric>
+#include <ostream>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+/// Where one side of a job lies. Strides slowest dimension first, as the lengths; none: dense.
+struct Place {
+    std::vector<int> strides;
+    int offset = 0;
+    int distance = 0;
+};
+
+struct Layout {
+    std::string name;
+    Lengths lengths;
+    Place input;
+    Place output;
+    int transforms = 1;
+
+    friend std::ostream& operator<<(std::ostream& out, const Layout& layout) {
+        return out << layout.name << ' ' << ::testing::PrintToString(layout.lengths);
+    }
+
+    std::size_t Elements() const {
+        return static_cast<std::size_t>(std::accumulate(lengths.begin(), lengths.end(), 1, std::multiplies<>()));
+    }
+    std::size_t AllElements() const { return Elements() * static_cast<std::size_t>(transforms); }
+    int Stride(const Place& place, std::size_t dimension) const {
+        const auto behind = lengths.begin() + static_cast<std::ptrdiff_t>(dimension) + 1;
+        return place.strides.empty() ? std::accumulate(behind, lengths.end(), 1, std::multiplies<>())
+                                     : place.strides[dimension];
+    }
+    /// Of every element of the job, transform after transform, the last dimension fastest.
+    std::vector<std::size_t> Positions(const Place& place) const {
+        std::vector<std::size_t> positions;
+        for (std::size_t index = 0; index < AllElements(); ++index) {
+            int at = place.offset + static_cast<int>(index / Elements()) * place.distance;
+            std::size_t rest = index % Elements();
+            for (std::size_t k = lengths.size(); k-- > 0;) {
+                const auto length = static_cast<std::size_t>(lengths[k]);
+                at += static_cast<int>(rest % length) * Stride(place, k);
+                rest /= length;
+            }
+            positions.push_back(static_cast<std::size_t>(at));
+        }
+        return positions;
+    }
+    /// Lays out a job of these lengths and commits it.
+    void Apply(const Job& job) const {
+        for (int k = 0; k < job->rank; ++k) {
+            const auto dimension = lengths.size() - 1 - static_cast<std::size_t>(k);
+            job.handle[k].input_stride = Stride(input, dimension);
+            job.handle[k].output_stride = Stride(output, dimension);
+        }
+        job->number_of_transforms = transforms;
+        job->input_offset = input.offset;
+        job->output_offset = output.offset;
+        job->input_distance = input.distance;
+        job->output_distance = output.distance;
+        job.Commit();
+    }
+};
+
+/// The arrays of one job, no larger than its elements reach.
+template <typename Element>
+class Arrays {
+public:
+    using Positions = std::vector<std::size_t>;
+    using Elements = std::vector<Element>;
+
+    /// `results` lie in the input's array where the job is in place, else in the output's.
+    Arrays(const Positions& inputs, const Elements& x, const Positions& results, const Job& job,
+           std::size_t misalignment)
+        : m_IsInPlace(job->placement == dft::DFT_INPLACE), m_Inputs(inputs), m_Results(results), m_Elements(x),
+          m_Misalignment(misalignment), m_Input(std::max(End(inputs), m_IsInPlace ? End(results) : 0), misalignment),
+          m_Output(m_IsInPlace ? 0 : End(results), misalignment) {
+        Fill(m_Input, true);
+        Fill(m_Output, false);
+    }
+    Element* input() { return m_Input.data(); }
+    Element* output() { return m_Output.data(); }
+
+    /// The results; everything but them must be as it was.
+    Elements Result() const {
+        const GuardedBuffer<Element>& array = m_IsInPlace ? m_Input : m_Output;
+        Elements result;
+        for (const std::size_t at : m_Results) {
+            result.push_back(array.Read(at));
+        }
+        for (const GuardedBuffer<Element>* const each : {&m_Input, &m_Output}) {
+            GuardedBuffer<Element> expected(each->size(), m_Misalignment);
+            Fill(expected, each == &m_Input);
+            for (std::size_t k = 0; k < result.size() && each == &array; ++k) {
+                expected.Write(m_Results[k], result[k]);
+            }
+            EXPECT_TRUE(SameBytes(expected, *each)) << (each == &array ? "outside the job" : "the input was changed");
+            EXPECT_TRUE(each->GuardsIntact());
+        }
+        return result;
+    }
+
+private:
+    static std::size_t End(const Positions& positions) {
+        return *std::max_element(positions.begin(), positions.end()) + 1;
+    }
+    void Fill(GuardedBuffer<Element>& array, bool isInput) const {
+        for (std::size_t k = 0; k < array.size_bytes(); ++k) {
+            array.bytes()[k] = static_cast<unsigned char>(k * 37 + 11);
+        }
+        for (std::size_t k = 0; k < m_Elements.size() && isInput; ++k) {
+            array.Write(m_Inputs[k], m_Elements[k]);
+        }
+    }
+
+    bool m_IsInPlace;
+    Positions m_Inputs;
+    Positions m_Results;
+    Elements m_Elements;
+    std::size_t m_Misalignment;
+    GuardedBuffer<Element> m_Input;
+    GuardedBuffer<Element> m_Output;
+};
+
+/// A job by its driver, complex or real as the elements are; 1 thread: the serial one.
+template <typename Element>
+std::int32_t RunDriver(const Job& job, dft::Direction direction, int threads, Element* input, Element* output) {
+    const auto run = [&](auto... data) {
+        if constexpr (std::is_floating_point_v<Element>) {
+            return threads == 1 ? dft::RunRealSerial(job.handle, direction, data...)
+                                : dft::RunRealThreaded(job.handle, direction, data..., threads);
+        } else {
+            return threads == 1 ? dft::RunSerial(job.handle, direction, data...)
+                                : dft::RunThreaded(job.handle, direction, data..., threads);
+        }
+    };
+    return job->placement == dft::DFT_INPLACE ? run(input) : run(static_cast<const Element*>(input), output);
+}
+
+/// From now on every slot of a job counts its calls, and call `failing` of a record's returns 7. Once for a job, which
+/// then runs in this direction alone; one at a time.
+template <typename Real>
+class Watch {
+public:
+    Watch(const Job& job, dft::Direction direction, int failingRecord = -1, int failing = -1) {
+        for (int k = 0; k < job->rank; ++k) {
+            dft::DftDescriptor& record = job.handle[k];
+            s_Before[k] = dft::Slot<Real>(record, direction);
+            record.forward_single = record.backward_single = Watched;
+            record.forward_double = record.backward_double = Watched;
+            s_Calls[k] = 0;
+        }
+        s_FailingRecord = failingRecord;
+        s_Failing = failing;
+        s_IsInRegion = false;
+    }
+    int Calls(int record) const { return s_Calls[record]; }
+    bool WasInRegion() const { return s_IsInRegion; }
+
+private:
+    static std::int32_t Watched(void* input, void* output, dft::DftDescriptor* record, void* work) {
+        const int call = s_Calls[record->dimension_index]++;
+        s_IsInRegion = s_IsInRegion || omp_in_parallel() != 0;
+        if (record->dimension_index == s_FailingRecord && call == s_Failing) {
+            return dft::DFT_KERNEL_FAILURE;
+        }
+        return s_Before[record->dimension_index](input, output, record, work);
+    }
+    static inline dft::DftRoutine s_Before[dft::kMaximumRank];
+    static inline std::atomic<int> s_Calls[dft::kMaximumRank];
+    static inline std::atomic<bool> s_IsInRegion;
+    static inline int s_FailingRecord;
+    static inline int s_Failing;
+};
