@@ -11,7 +11,6 @@
 #include <cstring>
 #include <functional>
 #include <numeric>
-#include <ostream>
 #include <tuple>
 #include <vector>
 
@@ -19,22 +18,13 @@ namespace {
 
 using dft::DftDescriptor;
 
-struct CreationRow {
-    int precision, domain;
-    Lengths lengths;
-    int status;
-};
-
-std::ostream& operator<<(std::ostream& out, const CreationRow& row) {
-    out << "precision " << row.precision << ", domain " << row.domain << ", lengths";
-    for (const int length : row.lengths) {
-        out << ' ' << length;
-    }
-    return out;
-}
-
 TEST_F(Descriptor, StatusesOfCreation) {
-    const CreationRow rows[] = {
+    struct Row {
+        int precision, domain;
+        Lengths lengths;
+        int status;
+    };
+    const Row rows[] = {
         {35, 32, {16}, 0},
         {36, 32, {5, 3}, 0},
         {36, 33, {9}, 0},
@@ -58,8 +48,9 @@ TEST_F(Descriptor, StatusesOfCreation) {
         {99, 33, {4, 4}, 6},
         {99, 34, {0}, 3},
     };
-    for (const CreationRow& row : rows) {
-        SCOPED_TRACE(row);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(::testing::Message() << "precision " << row.precision << ", domain " << row.domain << ", lengths "
+                                          << ::testing::PrintToString(row.lengths));
         m_Allocator.Refuse(-1);
         DftDescriptor* handle = nullptr;
         ASSERT_EQ(Create(&handle, row.precision, row.domain, row.lengths), row.status);
@@ -81,7 +72,7 @@ TEST_F(Descriptor, StatusesOfCreation) {
 
 TEST_F(Descriptor, FieldsAfterCreation) {
     for (const Lengths& lengths : {Lengths{1}, {24}, {6, 8}, {5, 1, 7}, {2, 3, 4, 5, 6, 7, 8}}) {
-        SCOPED_TRACE((CreationRow{36, 32, lengths, 0}));
+        SCOPED_TRACE(::testing::PrintToString(lengths));
         const Job job(36, 32, lengths);
         const DftDescriptor& head = *job.handle;
         EXPECT_EQ(
@@ -128,7 +119,7 @@ TEST_F(Descriptor, StatusesOfCommitComputeAndFree) {
     EXPECT_EQ(dft::dfti_free_descriptor(nullptr), 3);
     for (const int domain : {32, 33}) {
         for (const int precision : {35, 36}) {
-            SCOPED_TRACE((CreationRow{precision, domain, {6}, 0}));
+            SCOPED_TRACE(::testing::Message() << "precision " << precision << ", domain " << domain);
             Job job(precision, domain, {6});
             const auto forwardAndBackward = [&](void* input, void* output, int status) {
                 EXPECT_EQ(dft::dfti_compute_forward(job.handle, input, output), status);

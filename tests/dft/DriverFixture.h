@@ -138,9 +138,13 @@ private:
     GuardedBuffer<Element> m_Output;
 };
 
-/// A job by its driver, complex or real as the elements are; 1 thread: the serial one.
+/// A job by its driver, complex or real as the elements are; 1 thread: the serial one, 0: as the front entries choose.
 template <typename Element>
 std::int32_t RunDriver(const Job& job, dft::Direction direction, int threads, Element* input, Element* output) {
+    if (threads == 0) {
+        const auto compute = direction == dft::kForward ? dft::dfti_compute_forward : dft::dfti_compute_backward;
+        return compute(job.handle, input, output);
+    }
     const auto run = [&](auto... data) {
         if constexpr (std::is_floating_point_v<Element>) {
             return threads == 1 ? dft::RunRealSerial(job.handle, direction, data...)

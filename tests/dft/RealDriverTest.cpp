@@ -22,7 +22,8 @@ const Row kRows[] = {
     {55, {"", {6}, {{3}, 2, 20}, {{1}, 0, 6}, 5}},   {54, {"", {30}, {{2}, 3, 0}, {{3}, 1, 0}}},
     {54, {"", {15}, {{2}, 0, 40}, {{2}, 1, 50}, 2}}, {56, {"", {16}, {{4}, 0, 1}, {{3}, 2, 1}, 3}},
     {54, {"", {16}, {{2}, 0, 37}, {{1}, 0, 18}, 2}}, {55, {"", {181}, {{1}, 1, 0}, {{2}, 0, 0}}},
-    {54, {"", {3}, {{1}, 0, 4}, {{1}, 0, 5}, 6}},
+    {54, {"", {3}, {{1}, 0, 4}, {{1}, 0, 5}, 6}},    {54, {"", {30}, {{}, 3, 0}, {{}, 1, 0}}},
+    {56, {"", {6}, {{}, 3, 6}, {{}, 5, 6}, 3}},
 };
 
 template <typename Real>
@@ -58,7 +59,7 @@ void Check(const Row& row, Direction direction, bool isInPlace) {
         expected.insert(expected.end(), result.begin(), result.begin() + results.lengths[0]);
     }
     const RealJob<Real> job(row, row.layout, isInPlace);
-    for (const int threads : {1, 2}) {
+    for (const int threads : {0, 1, 2}) {
         Arrays<Real> arrays(inputs.Positions(row.layout.input), x,
                             results.Positions(isInPlace ? row.layout.input : row.layout.output), job, sizeof(Real));
         EXPECT_EQ(RunDriver(job, direction, threads, arrays.input(), arrays.output()), dft::DFT_OK);

@@ -13,7 +13,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <numbers>
 #include <vector>
 
 namespace {
@@ -115,78 +114,6 @@ TEST_P(DftTransformTest, EqualsTheDefinition) {
          {2, 3, 4, 5, 6, 7, 8, 9, 16, 17, 20, 32, 60, 64, 97, 128, 149, 151, 302, 625, 1024, 1124, 2100}) {
         CheckLine(n, WideForward(n));
     }
-}
-
-struct Plane {
-    int height, width;
-};
-// The width and the height go through every method, and the number of lines leaves every remainder of a batch.
-constexpr Plane kPlanes[] = {{1, 60},   {60, 1},   {2, 3},    {5, 17},  {17, 34},  {33, 20},  {18, 151}, {151, 19},
-                             {16, 64},  {64, 22},  {29, 149}, {8, 302}, {3, 1124}, {7, 2100}, {2100, 6}, {4, 4096},
-                             {1024, 5}, {66, 128}, {96, 24},  {31, 2},  {512, 15}, {14, 8192}};
-
-template <typename Real>
-std::vector<dft::Complex<Real>> TransformPlane(const Plane& plane, int sign, int shift = 0) {
-    auto data = RandomLine<Real>(plane.height * plane.width);
-    data.insert(data.begin(), static_cast<std::size_t>(shift), {});
-    const TestJob<Real> job({plane.height, plane.width});
-    job->input_offset = shift;
-    job.Commit();
-    data = job.Run(sign, data);
-    data.erase(data.begin(), data.begin() + shift);
-    return data;
-}
-
-// Rows, then columns, each in a job of its own, on one thread: threads cut a short line of a power of two in pieces.
-template <typename Real>
-std::vector<dft::Complex<Real>> TransformLines(const Plane& plane, int sign) {
-    const TestNumber serial(dft::serial_switch, 1);
-    auto data = RandomLine<Real>(plane.height * plane.width);
-    const auto transform = [&](int length, int stride, int count, int distance) {
-        const TestJob<Real> job({length});
-        std::vector<dft::Complex<Real>> line(static_cast<std::size_t>(length));
-        for (int first = 0; first < count * distance; first += distance) {
-            const auto at = [&](std::size_t k) {
-                return static_cast<std::size_t>(first) + k * static_cast<std::size_t>(stride);
-            };
-            for (std::size_t k = 0; k < line.size(); ++k) {
-                line[k] = data[at(k)];
-            }
-            line = job.Run(sign, line);
-            for (std::size_t k = 0; k < line.size(); ++k) {
-                data[at(k)] = line[k];
-            }
-        }
-    };
-    transform(plane.width, 1, plane.height, plane.width);
-    if (plane.height > 1) {
-        transform(plane.height, plane.width, plane.width, 1);
-    }
-    return data;
-}
-
-// Lines side by side have the bytes of lines on their own, and these are the same in every class.
-template <typename Real>
-void ExpectPlanesOfLines(simd::VectorClass tested) {
-    for (const Plane& plane : kPlanes) {
-        for (const int sign : kSigns) {
-            SCOPED_TRACE(::testing::Message() << plane.width << " x " << plane.height << ", sign " << sign
-                                              << ", precision " << kPrecisionOf<Real>);
-            const auto lines = TransformLines<Real>(plane, sign);
-            EXPECT_TRUE(TestJob<Real>::SameBytes(TransformPlane<Real>(plane, sign), lines));
-            EXPECT_TRUE(TestJob<Real>::SameBytes(TransformPlane<Real>(plane, sign, 1), lines)) << "badly aligned";
-            if (sizeof(void*) > 4 || tested != simd::VectorClass::Portable) { // the x87 unit rounds in its own way
-                simd::ForceVectorClass(simd::VectorClass::SSE2);
-                EXPECT_TRUE(TestJob<Real>::SameBytes(TransformPlane<Real>(plane, sign), lines)) << "SSE2";
-                simd::ForceVectorClass(tested);
-            }
-        }
-    }
-}
-
-TEST_P(DftTransformTest, LinesSideBySideEqualLinesOnTheirOwn) {
-    ExpectPlanesOfLines<float>(GetParam());
-    ExpectPlanesOfLines<double>(GetParam());
 }
 
 CLARIBOX_INSTANTIATE_FOR_VECTOR_CLASSES(DftTransformTest);
