@@ -219,7 +219,7 @@ struct SwitchRow {
     int result;
 };
 
-TEST(EngineThreadsTest, SerialSwitch) {
+TEST(EngineThreads, SerialSwitch) {
     const SwitchRow rows[] = {{nullptr, nullptr, 1}, {nullptr, "YES", 1}, {nullptr, "yes", 1}, {nullptr, "Yes", 0},
                               {nullptr, "NO", 0},    {nullptr, "", 0},    {"2", nullptr, 0},   {"1", nullptr, 0},
                               {"2", "YES", 1},       {"2", "yes", 1},     {"2", "yes ", 0},    {"2", "NO", 0}};
@@ -238,7 +238,7 @@ TEST(EngineThreadsTest, SerialSwitch) {
     }
 }
 
-TEST(EngineThreadsTest, MaximumIsOneInsideARegionAndWhereSerial) {
+TEST(EngineThreads, MaximumIsOneInsideARegionAndWhereSerial) {
     const EngineThreads engine(3);
     EXPECT_EQ(dft::engine_maximum_threads(), 3);
     int inside[2] = {};
