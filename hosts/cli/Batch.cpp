@@ -50,12 +50,12 @@ int Batch::Run() {
     }
     const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
     const std::size_t wanted = m_Settings.jobs == 0 ? processors : static_cast<std::size_t>(m_Settings.jobs);
-    std::vector<std::jthread> helpers;
+    std::vector<std::jthread> threads;
     for (std::size_t k = 1; k < std::min(wanted, m_Tasks.size()); ++k) {
-        helpers.emplace_back([this] { Work(); });
+        threads.emplace_back([this] { Work(); });
     }
     Work();
-    helpers.clear(); // joins
+    threads.clear(); // joins
     return Summarise();
 }
 

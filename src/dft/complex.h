@@ -1,4 +1,4 @@
-// The element of every transform.
+// The element of every transform, and a root of unity that many share.
 #pragma once
 
 namespace dft {

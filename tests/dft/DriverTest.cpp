@@ -181,20 +181,24 @@ TEST_P(DriverTest, PlanesHaveTheBytesOfTheirLinesInEveryClass) {
 }
 
 // Lines on their way into batches and back: all numbers of lines and all lengths around the sides of the squares that
-// are turned, which are 1 to 8 elements long, and around the rows fetched ahead.
+// are turned, which are 1 to 8 elements long, and around the rows fetched ahead; powers of two where they lie.
 TEST_P(DriverTest, LinesOfEveryShape) {
     struct Shape {
         const char* name;
         int stride, distance; ///< distance 0: as the length asks
     };
-    constexpr Shape kShapes[] = {{"columns", 37, 1},        {"upward columns", -37, 1},   {"rows", 1, 71},
-                                 {"upward rows", 1, -71},   {"strided rows", 2, 150},     {"strided columns", 80, 2},
-                                 {"backward rows", -1, 71}, {"one after the other", 1, 0}};
+    constexpr Shape kShapes[] = {
+        {"columns", 37, 1},       {"upward columns", -37, 1},   {"columns in cache lines", 40, 1},
+        {"rows", 1, 71},          {"upward rows", 1, -71},      {"upward columns in cache lines", -40, 1},
+        {"strided rows", 2, 150}, {"strided columns", 80, 2},   {"backward rows", -1, 71},
+        {"long rows", 1, 258},    {"one after the other", 1, 0}};
     for (const Shape& shape : kShapes) {
-        for (const int length : {1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 12, 13, 14, 15, 17, 18, 20, 33, 36, 71}) {
+        for (const int length :
+             {1, 2, 3, 4, 5, 6, 7, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 20, 32, 33, 36, 64, 71, 256}) {
             for (int lines = 2; lines <= 33; lines += lines < 18 ? 1 : 5) {
                 const int distance = shape.distance == 0 ? length : shape.distance;
-                const int start = std::max(0, -shape.stride * (length - 1)) + std::max(0, -distance * (lines - 1));
+                const int start =
+                    lines % 5 + std::max(0, -shape.stride * (length - 1)) + std::max(0, -distance * (lines - 1));
                 const Layout layout = {shape.name, {length}, {{shape.stride}, start, distance}, {}, lines};
                 const Direction direction = lines % 2 == 0 ? dft::kForward : dft::kBackward; // scaled and not
                 CheckLineByLine<float>(layout, direction, GetParam());

@@ -79,9 +79,10 @@ public:
     /// The factor that `Run` leaves to be applied.
     Real scale() const { return m_Scale; }
 
-    /// Whether `RunRow` and `RunColumns` may take the place of bringing lines together.
-    bool HasRows() const { return m_Plan == nullptr && ActivePow2Runs<Real>().has_vectors(m_Record.log2_length); }
-    bool HasColumns() const {
+    /// Whether `RunRow` or `RunColumns` may take the place of bringing lines together. The passes at the ends of
+    /// columns take spectra in natural order and apply no factor.
+    bool RunsRows() const { return m_Plan == nullptr && ActivePow2Runs<Real>().has_vectors(m_Record.log2_length); }
+    bool RunsColumns() const {
         return m_Plan == nullptr && m_Record.log2_length >= 4 && m_Record.ordering == DFT_ORDERED &&
                ScaleFactor<Real>(m_Record, m_Direction) == 1;
     }
@@ -190,19 +191,21 @@ std::int32_t TransformRows(const BatchRoutine<Real>& routine, const Lines<Real>&
 template <typename Real>
 std::int32_t TransformColumns(const BatchRoutine<Real>& routine, const Lines<Real>& columns) {
     const std::ptrdiff_t leading = LeadingLines(routine, columns);
-    const std::ptrdiff_t rest = leading + (columns.count - leading) / routine.lanes() * routine.lanes();
+    const std::ptrdiff_t firstOfRest = leading + (columns.count - leading) / routine.lanes() * routine.lanes();
     {
         const LineBuffer<Real> work(routine.WorkReals());
         if (work.data() == nullptr) {
             return DFT_NO_MEMORY;
         }
-        for (std::ptrdiff_t first = leading; first < rest; first += routine.lanes()) {
+        for (std::ptrdiff_t first = leading; first < firstOfRest; first += routine.lanes()) {
             routine.RunColumns(Part(columns, first, routine.lanes()), work.data());
         }
     }
-    for (const Lines<Real>& others : {Part(columns, 0, leading), Part(columns, rest, columns.count - rest)}) {
-        if (others.count > 0 && TransformInBatches(routine, others) != DFT_OK) {
-            return DFT_NO_MEMORY;
+    for (const Lines<Real>& others :
+         {Part(columns, 0, leading), Part(columns, firstOfRest, columns.count - firstOfRest)}) {
+        const std::int32_t status = others.count > 0 ? TransformInBatches(routine, others) : DFT_OK;
+        if (status != DFT_OK) {
+            return status;
         }
     }
     return DFT_OK;
@@ -264,10 +267,10 @@ std::int32_t TransformLines(DftDescriptor* record, Direction direction, const Li
                             void* work) {
     if (lines.count > 1 && AreApart(lines)) {
         const BatchRoutine<Real> routine(*record, direction);
-        if (routine.Exists() && lines.elementStride == 1 && routine.HasRows()) {
+        if (routine.Exists() && lines.elementStride == 1 && routine.RunsRows()) {
             return TransformRows(routine, lines);
         }
-        if (routine.Exists() && lines.lineStride == 1 && routine.HasColumns()) {
+        if (routine.Exists() && lines.lineStride == 1 && lines.count >= routine.lanes() && routine.RunsColumns()) {
             return TransformColumns(routine, lines);
         }
         if (routine.Exists()) {

@@ -1,4 +1,5 @@
-// Runs the routine of a record on many lines, several side by side where it is one of the engine's own.
+// Runs the routine of a record on many lines, several side by side or each where it lies where it is one of the
+// engine's own.
 #pragma once
 
 #include "dft/dft.h"
@@ -19,9 +20,10 @@ enum class StatusRule {
 };
 
 /// Transforms every line in place with the record's routine of the direction, scale factor included. A line that is not
-/// contiguous is transformed in a copy. Lines may share elements: they are then transformed one after the other, else
-/// in any order and grouping. `work` holds the record's `workspace_need` bytes. DFT_NO_MEMORY or the first other status
-/// of a routine, after which the lines are in no defined state.
+/// contiguous is transformed in a copy, or, among columns of a power of two, where it lies. Lines may share elements:
+/// they are then transformed one after the other, else in any order and grouping. `work` holds the record's
+/// `workspace_need` bytes. DFT_NO_MEMORY or the first other status of a routine, after which the lines are in no
+/// defined state.
 template <typename Real>
 std::int32_t TransformLines(DftDescriptor* record, Direction direction, const Lines<Real>& lines, StatusRule rule,
                             void* work);

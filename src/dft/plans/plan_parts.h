@@ -71,11 +71,10 @@ std::int32_t StoreWorkBytes(Plan& plan, std::int64_t bytes) {
     return kPlanOk;
 }
 
-/// A plan of `length` elements with these flags: `build(plan)` fills in the rest and returns a status. `*plan` is null
-/// unless kPlanOk is returned; what was built of it until then goes to `release`.
+/// A plan of `length` elements: `build(plan)` fills in all but the normalisation and returns a status. `*plan`, null
+/// before, is stored only with kPlanOk; what was built until another status goes to `release`.
 template <typename Plan, typename Build>
 std::int32_t CreatePlan(Plan** plan, double length, int norm_flag, Build build, void (*release)(Plan*)) {
-    *plan = nullptr;
     Plan* const built = AllocateTable<Plan>(1);
     if (built == nullptr) {
         return kPlanNoMemory;

@@ -31,9 +31,9 @@ inline void Deposit(Columns<V> to, std::ptrdiff_t k, LaneComplex<V> x) {
     }
 }
 
-/// Starts to bring row k, which will be read or written, into the second-level cache: rows of an array for powers of
-/// two fall on the same few places of a cache, too few of the first level. Always inlined: g++ 12 drops calls of a
-/// function that does nothing else.
+/// Starts to bring row k, which will be read or written, into the second-level cache: rows that are a power of two
+/// apart compete for few places of the first-level one. Always inlined: g++ 12 drops calls of a function that does
+/// nothing else.
 template <typename V>
 [[gnu::always_inline]] inline void Announce(Columns<V> columns, std::ptrdiff_t k) {
     const auto* const row = reinterpret_cast<const char*>(columns.Row(k));
@@ -49,7 +49,7 @@ inline void Announce(LaneComplex<V>*, std::ptrdiff_t) {}
 template <typename V>
 struct ColumnsInTurn {
     Columns<V> columns;
-    std::ptrdiff_t last; ///< row
+    std::ptrdiff_t last; ///< row of the array, counted from `columns`
 
     ColumnsInTurn operator+(std::ptrdiff_t rows) const { return {columns + rows, last - rows}; }
     /// The row to announce at row k.

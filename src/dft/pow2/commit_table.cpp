@@ -13,7 +13,7 @@ namespace {
 
 /// exp(-i * j * 2 pi / points) for j = 0, 1, 2 .. in turn. Single precision adds the angles up in extended precision,
 /// as is required of the table. The sums drift by up to a 2^-64th of a radian a step, which would show in double
-/// precision: there each angle is a product (Pow2Test.Accuracy).
+/// precision: there each angle is a product (DftTransform.AwkwardLengths).
 template <typename Real>
 class RootSeries {
 public:

@@ -28,7 +28,7 @@ namespace dft {
 
 inline constexpr int kFirstListBits = 5;
 inline constexpr int kFirstTripleBits = 15;
-inline constexpr int kLastStageBits = 11; ///< log2 of the points of the shortest radix-2 stage
+inline constexpr int kLastStageBits = 11; ///< log2 of the points of the shortest radix-2 stage in the table
 
 /// Whether the twiddles are triples by block.
 template <typename Real>

@@ -20,8 +20,8 @@ struct Pow2Runs {
     /// Whether `line` has vectors along a line of 2^log2_length elements: it is then faster than a batch of lines that
     /// must be brought together first.
     bool (*has_vectors)(int log2_length);
-    /// `lanes` adjacent columns (lineStride 1) in place, where they lie, of a record with ordering DFT_ORDERED, scale
-    /// factor 1 and 16 elements or more. `scratch` as for a batch.
+    /// `lanes` adjacent columns (lineStride 1, any elementStride) in place, where they lie, of a record with ordering
+    /// DFT_ORDERED, scale factor 1 and 16 elements or more. `scratch` as for a batch.
     void (*columns[2])(const DftDescriptor& record, const Lines<Real>& columns, Real* scratch);
 };
 

@@ -96,9 +96,10 @@ void RunAlong(const Pow2Form<Real<V>>& form, Real<V>* data, LaneComplex<V>* scra
     }
 }
 
-/// Whether blocks of 2^bits elements of one line run with vectors along it.
 template <typename V>
 inline constexpr bool kHasVectors = kLines<V> > 1;
+
+/// Whether blocks of 2^bits elements of one line run with vectors along it.
 template <typename V>
 bool IsAlong(int bits) {
     if constexpr (kHasVectors<V>) {

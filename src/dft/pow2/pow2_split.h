@@ -38,7 +38,7 @@ inline std::ptrdiff_t PlaceOf(const Pow2Form<T>& form, Spectrum<Places> spectrum
 }
 
 /// How long before their turn spectra are brought near.
-constexpr std::ptrdiff_t kBlocksAhead = 4;
+inline constexpr std::ptrdiff_t kBlocksAhead = 4;
 
 /// The blocks of 4 elements within the block of 2^bits elements that is number `block` of its size.
 template <Direction direction, typename T, typename V, typename Places>
@@ -178,8 +178,8 @@ void RunRadix4Passes(const Pow2Form<T>& form, Outer outer, Elements<Way> work, S
 
 /// All passes of the block of 2^bits elements, 16 or more, that is number `block` of its size, but for the blocks of
 /// 2^kLastBits elements where that is not 4. Forward it reads `outer`, works in `work` and leaves the spectrum where
-/// `spectrum` says (if those blocks are 4 elements, else in `work`); backward it goes from there to `outer`. The three
-/// may be the same, or two of them.
+/// `spectrum` says (if those blocks are 4 elements, else in `work`); backward it goes from there to `outer`. `outer`
+/// may be the same as either; `work` may be the spectrum's place only where that is in bit-reversed order.
 template <typename Way, Direction direction, typename T, typename Outer, typename Places>
 void RunPasses(const Pow2Form<T>& form, Outer outer, Elements<Way> work, Spectrum<Places> spectrum, int bits,
                std::ptrdiff_t block) {

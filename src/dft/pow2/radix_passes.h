@@ -75,7 +75,8 @@ template <Direction direction, Order order, Rotation rotation, typename In, type
 inline void Pass4(In in, Out out, std::ptrdiff_t quarter, std::ptrdiff_t blocks, Twiddle twiddle) {
     const std::ptrdiff_t end = 4 * quarter * blocks;
     if constexpr (std::is_arithmetic_v<decltype(twiddle(0).w1.re)>) {
-        // Blocks apart, loads and stores would often agree in their last 12 bits, and wait for each other.
+        // Taken from block to block, loads and stores would often be a multiple of 4096 bytes apart, which the
+        // processor takes for the same address.
         for (std::ptrdiff_t first = 0; first < end; first += 4 * quarter) {
             for (std::ptrdiff_t j = 0; j < quarter; ++j) {
                 TurnFour<direction, order, rotation>(in, out, first + j, quarter, twiddle(j));
