@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace {
@@ -69,7 +70,9 @@ struct JobRow {
             (*handle)->input_stride = inputStride > 0 ? inputStride : 1;
             (*handle)->output_stride = outputStride > 0 ? outputStride : 1;
             (*handle)->number_of_transforms = transforms;
-            (*handle)->input_distance = (*handle)->output_distance = lengths.back();
+            // Apart, a packed spectrum of a real line included.
+            (*handle)->input_distance = (*handle)->output_distance =
+                (lengths.back() + 2) * std::max((*handle)->input_stride, (*handle)->output_stride);
         }
         return status;
     }
