@@ -3,48 +3,65 @@
 #include "Errors.h"
 #include "ManPage.h"
 #include "ParseNumber.h"
+#include "Words.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <iostream>
 
 namespace cli {
 namespace {
 
-/// Parses all of `text` or throws with the range.
-int RequireWholeNumber(const std::string& option, const std::string& text, const WholeNumber& target) {
-    const std::optional<int> value = ParseWholeNumber(text, target.low, target.high);
-    if (!value) {
-        throw UsageError(option + " takes a whole number from " + std::to_string(target.low) + " to " +
-                         std::to_string(target.high) + ", not '" + text + "'");
-    }
-    return *value;
+[[noreturn]] void RefuseValue(const OptionRow& row, const std::string& right, const std::string& text) {
+    throw UsageError(LongName(row) + " takes " + right + ", not '" + text + "'");
 }
+
+/// Reads the text of one option into the settings.
+struct Store {
+    const OptionRow& row;
+    Settings& settings;
+    const std::string& text;
+
+    void operator()(const WholeNumber& number) const {
+        const std::optional<int> value = ParseWholeNumber(text, number.low, number.high);
+        if (!value) {
+            RefuseValue(row, "a whole number from " + std::to_string(number.low) + " to " + std::to_string(number.high),
+                        text);
+        }
+        settings.*number.field = *value;
+    }
+    void operator()(const Choice& choice) const {
+        const auto found = std::ranges::find(choice.words, text);
+        if (found == choice.words.end()) {
+            RefuseValue(row, Joined(choice.words, ", ", " or "), text);
+        }
+        settings.*choice.field = static_cast<int>(found - choice.words.begin());
+    }
+    void operator()(const FileName& file) const {
+        if (!text.ends_with(file.ending)) {
+            RefuseValue(row, "the name of a file ending in " + std::string(file.ending), text);
+        }
+        settings.*file.field = text;
+    }
+    void operator()(const ParsedText& parsed) const { parsed.parse(settings, LongName(row), text); }
+    void operator()(const auto&) const {} // flags and lists are stored by the parser itself
+};
 
 /// Adds the option of one row to `app`, storing into `settings`.
 void AddOption(CLI::App& app, const OptionRow& row, Settings& settings) {
     CLI::Option* option = nullptr;
-    if (const auto* number = std::get_if<WholeNumber>(&row.target)) {
-        const auto store = [&row, number, &settings](const std::string& text) {
-            settings.*number->field = RequireWholeNumber(row.name, text, *number);
-        };
-        option = app.add_option_function<std::string>(row.name, store, RangeAndHelp(row));
-        option->default_str(std::to_string(settings.*number->field));
-    } else if (const auto* parsed = std::get_if<ParsedText>(&row.target)) {
-        const auto store = [&row, parsed, &settings](const std::string& text) {
-            parsed->parse(settings, row.name, text);
-        };
-        option = app.add_option_function<std::string>(row.name, store, row.help);
-        option->default_str(parsed->initial);
-    } else if (const auto* flag = std::get_if<bool Settings::*>(&row.target)) {
+    if (const auto* flag = std::get_if<bool Settings::*>(&row.target)) {
         option = app.add_flag(row.name, settings.*(*flag), row.help);
-    } else if (const auto* text = std::get_if<std::string Settings::*>(&row.target)) {
-        option = app.add_option(row.name, settings.*(*text), row.help);
+    } else if (const auto* list = std::get_if<std::vector<std::string> Settings::*>(&row.target)) {
+        option = app.add_option(row.name, settings.*(*list), row.help);
     } else {
-        option =
-            app.add_option(row.name, settings.*std::get<std::vector<std::string> Settings::*>(row.target), row.help);
+        const auto store = [&row, &settings](const std::string& text) {
+            std::visit(Store{row, settings, text}, row.target);
+        };
+        option = app.add_option_function<std::string>(row.name, store, RangeAndHelp(row))->default_str(DefaultOf(row));
     }
-    option->type_name(row.metavar)->required(row.required);
+    option->type_name(ValueName(row))->required(row.required);
 }
 
 /// CLI11 describes some faults over several lines; the first names the option.

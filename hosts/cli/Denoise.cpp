@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
-#include <iterator>
 #include <vector>
 
 namespace cli {
@@ -16,8 +15,6 @@ namespace {
 constexpr int SmallestMeasured = 96;        // side of the square on which the library measures
 constexpr int LargestTooSmall = 8;          // side on which three levels of wavelets leave no band to speak of
 constexpr float LargestThreshold = 2040.0f; // no detail of three levels over bytes comes near 8 * 255
-
-constexpr const char* Rules[] = {"soft", "hard", "garrote"}; // in the order of the library's numbers
 
 /// Full-size planes of luminance and chrominance.
 struct YuvPlanes {
@@ -142,14 +139,6 @@ void ParseThreshold(Settings& settings, const std::string& option, const std::st
                          std::to_string(static_cast<int>(LargestThreshold)) + ", not '" + text + "'");
     }
     settings.threshold = value;
-}
-
-void ParseRule(Settings& settings, const std::string& option, const std::string& text) {
-    const auto* const found = std::find(std::begin(Rules), std::end(Rules), text);
-    if (found == std::end(Rules)) {
-        throw UsageError(option + " takes soft, hard or garrote, not '" + text + "'");
-    }
-    settings.rule = static_cast<int>(found - std::begin(Rules));
 }
 
 } // namespace cli

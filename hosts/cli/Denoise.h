@@ -26,8 +26,7 @@ std::string BandMisfit(const Settings& settings, const PictureShape& shape);
 /// Bytes both take beside the picture.
 std::int64_t DenoiseWorkingBytes(const Settings& settings, const PictureShape& shape);
 
-/// Read the text of an option into the settings or throw `UsageError`, which names `option`.
+/// Reads the text of an option into the settings or throws `UsageError`, which names `option`.
 void ParseThreshold(Settings& settings, const std::string& option, const std::string& text);
-void ParseRule(Settings& settings, const std::string& option, const std::string& text);
 
 } // namespace cli

@@ -1,5 +1,7 @@
 #include "ManPage.h"
 
+#include "Words.h"
+
 #include <algorithm>
 #include <string_view>
 
@@ -18,22 +20,12 @@ std::string Roff(std::string_view text) {
     return escaped;
 }
 
-std::string DefaultOf(const OptionRow& row) {
-    if (row.required) {
-        return {};
-    }
-    if (const auto* parsed = std::get_if<ParsedText>(&row.target)) {
-        return *parsed->initial ? " (default " + std::string(parsed->initial) + ")" : "";
-    }
-    const auto* number = std::get_if<WholeNumber>(&row.target);
-    return number ? " (default " + std::to_string(Settings{}.*number->field) + ")" : "";
-}
-
 std::string VerbSection(const Verb& verb) {
     std::string page = ".SS " + Roff(verb.name) + "\n" + Roff(verb.summary) + ".\n";
     for (const OptionRow& row : verb.options) {
-        page += ".TP\n.B " + Roff(row.name) + "\n.I " + Roff(row.metavar) + "\n" + Roff(RangeAndHelp(row)) +
-                Roff(DefaultOf(row)) + "\n";
+        const std::string initial = DefaultOf(row);
+        page += ".TP\n.B " + Roff(row.name) + "\n.I " + Roff(ValueName(row)) + "\n" + Roff(RangeAndHelp(row)) +
+                (initial.empty() ? "" : Roff(" (default " + initial + ")")) + "\n";
     }
     return page;
 }
@@ -46,6 +38,11 @@ std::string Usage(const Verb& verb) {
     };
     return std::string(has("IN") ? " IN..." : "") + (has("-o,--output") ? " -o OUT" : "") +
            (verb.options.empty() ? "" : " [OPTIONS]");
+}
+
+std::string ValueName(const OptionRow& row) {
+    const auto* choice = std::get_if<Choice>(&row.target);
+    return choice ? Joined(choice->words, "|", "|") : row.metavar;
 }
 
 std::string RangeAndHelp(const OptionRow& row) {

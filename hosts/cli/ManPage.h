@@ -10,6 +10,9 @@ namespace cli {
 /// What follows the verb on the command line, such as " IN... -o OUT [OPTIONS]".
 std::string Usage(const Verb& verb);
 
+/// What stands for the option's value: "N" or "soft|hard|garrote"; empty for a flag.
+std::string ValueName(const OptionRow& row);
+
 /// "1 to 50: radius of ...", or the bare help of an option that is no number.
 std::string RangeAndHelp(const OptionRow& row);
 

@@ -118,13 +118,6 @@ void ParseDegreeOrAuto(Settings& settings, const std::string& option, const std:
     settings.degree = *degree;
 }
 
-void ParsePlot(Settings& settings, const std::string& option, const std::string& text) {
-    if (!text.ends_with(".png")) {
-        throw UsageError(option + " takes the name of a file ending in .png, not '" + text + "'");
-    }
-    settings.output = text;
-}
-
 OptionRow Inputs() {
     return {"IN", "PICTURE...", "pictures to read: JPEG, PNG, TIFF, WebP and whatever else libvips reads",
             &Settings::inputs, true};
@@ -134,8 +127,8 @@ OptionRow Inputs() {
 std::vector<OptionRow> WithPictureOptions(std::vector<OptionRow> own) {
     const std::vector<OptionRow> common = {
         Inputs(),
-        {"-o,--output", "OUT", "file to write; with several pictures the folder to write them into", &Settings::output,
-         true},
+        {"-o,--output", "OUT", "file to write; with several pictures the folder to write them into",
+         FileName{&Settings::output}, true},
         {"--quality", "N", "quality of JPEG and other lossy formats",
          WholeNumber{&Settings::quality, 1, LargestQuality}},
         {"--jobs", "N", "pictures at once, fewer where memory is short; 0 for one a processor",
@@ -172,7 +165,7 @@ const std::vector<Verb>& Table() {
               {"--degree", "N|auto",
                "direction in which points are smeared, counter-clockwise from the right, which is motion-blur's "
                "turned by 180; -360 to 360, or auto to take what guess-motion says",
-               ParsedText{ParseDegreeOrAuto, "30"}}}),
+               ParsedText{ParseDegreeOrAuto, "30", {"auto"}}}}),
          PixelOperation{DeMotionBlurPixels, DeMotionBlurMisfit, DeMotionBlurWorkingBytes, NoCaution}},
         {"guess-motion",
          "guess in which direction pictures are smeared, from their busiest part",
@@ -180,24 +173,25 @@ const std::vector<Verb>& Table() {
           {"--json", "", "print a JSON object a picture instead of text", &Settings::json},
           {"--plot", "FILE.png",
            "draw how badly each direction predicts the pixels, over the part that was looked at; for one picture",
-           ParsedText{ParsePlot, ""}},
+           FileName{&Settings::output, ".png"}},
           {"--force", "", "replace an existing plot, though never the picture read", &Settings::force}},
          PrintMotionGuesses},
         {"denoise", "remove noise from pictures",
          WithPictureOptions({{"--threshold", "auto|T",
                               "strength of the noise in grey levels, or auto to measure it, which takes a picture of "
                               "at least 96 by 96 pixels",
-                              ParsedText{ParseThreshold, "auto"}},
-                             {"--rule", "soft|hard|garrote", "how details above the threshold are kept",
-                              ParsedText{ParseRule, "soft"}}}),
+                              ParsedText{ParseThreshold, "auto", {"auto"}}},
+                             {"--rule", "", "how details above the threshold are kept",
+                              Choice{&Settings::rule, {"soft", "hard", "garrote"}}}}),
          PixelOperation{DenoisePixels, DenoiseMisfit, DenoiseWorkingBytes, NoCaution}},
         {"band", "show one range of frequencies of pictures, in grey",
          WithPictureOptions({{"--band", "N", "0 the finest detail, 1 the middle, 2 the coarse rest",
                               WholeNumber{&Settings::band, 0, LargestBand}, true}}),
          PixelOperation{ShowBand, BandMisfit, DenoiseWorkingBytes, NoCaution}},
         {"spectrum", "show the power spectrum of pictures: of their luminance, on a logarithmic scale, in grey",
-         WithPictureOptions({{"--centred", "", "put the zero frequency into the middle instead of the top left corner",
-                              &Settings::centred}}),
+         WithPictureOptions(
+             {{"--centred,--centered", "", "put the zero frequency into the middle instead of the top left corner",
+               &Settings::centred}}),
          PixelOperation{ShowSpectrum, SpectrumMisfit, SpectrumWorkingBytes, NoCaution, true}},
         {"info",
          "print the version and what is known of the processor",
@@ -232,6 +226,27 @@ std::string VerbNames() {
         names += (names.empty() ? "" : ", ") + std::string(verb.name);
     }
     return names;
+}
+
+std::string LongName(const OptionRow& row) {
+    const std::string names = row.name;
+    const std::size_t start = names.find("--");
+    return start == std::string::npos ? names : names.substr(start, names.find(',', start) - start);
+}
+
+std::string DefaultOf(const OptionRow& row) {
+    if (row.required) {
+        return {};
+    }
+    if (const auto* number = std::get_if<WholeNumber>(&row.target)) {
+        return std::to_string(Settings{}.*number->field);
+    }
+    if (const auto* choice = std::get_if<Choice>(&row.target)) {
+        const auto place = static_cast<std::size_t>(Settings{}.*choice->field);
+        return place < choice->words.size() ? choice->words[place] : "";
+    }
+    const auto* parsed = std::get_if<ParsedText>(&row.target);
+    return parsed ? parsed->initial : "";
 }
 
 } // namespace cli

@@ -23,19 +23,33 @@ struct WholeNumber {
     int high;
 };
 
+/// One of some words, stored as its place among them; a field outside them has no default.
+struct Choice {
+    int Settings::*field;
+    std::vector<std::string> words;
+};
+
+/// The name of a file or folder.
+struct FileName {
+    std::string Settings::*field;
+    const char* ending = ""; ///< it must have
+};
+
 /// Any other text, read by a function that throws `UsageError` naming the option where it does not suit.
 struct ParsedText {
     void (*parse)(Settings& settings, const std::string& option, const std::string& text);
-    const char* initial; ///< what the default would be written as; empty where there is none
+    const char* initial;                 ///< what the default would be written as; empty where there is none
+    std::vector<std::string> words = {}; ///< it takes, for a shell to complete
 };
 
-using Target = std::variant<WholeNumber, ParsedText, bool Settings::*, std::string Settings::*,
-                            std::vector<std::string> Settings::*>;
+/// A flag is a bool; the vector takes the names of the pictures.
+using Target =
+    std::variant<WholeNumber, Choice, FileName, ParsedText, bool Settings::*, std::vector<std::string> Settings::*>;
 
 struct OptionRow {
-    const char* name; ///< "--radius", "-o,--output", or "IN" for the pictures themselves
-    const char* metavar;
-    const char* help; ///< range and default of a whole number are added by the parser
+    const char* name;    ///< "--radius", "-o,--output", or "IN" for the pictures themselves
+    const char* metavar; ///< what stands for its value in help; empty for a flag, and for a choice, whose words stand
+    const char* help;    ///< range and default of a whole number are added by the parser
     Target target;
     bool required = false;
 };
@@ -75,5 +89,11 @@ const Verb* FindVerb(const std::string& name);
 
 /// "blur, motion-blur, ...".
 std::string VerbNames();
+
+/// The option's first name of several letters, such as "--output".
+std::string LongName(const OptionRow& row);
+
+/// What the option takes when nothing is given, as it would be written; empty where it is required or takes nothing.
+std::string DefaultOf(const OptionRow& row);
 
 } // namespace cli

@@ -34,7 +34,7 @@ TEST(Spectrum, IsOneGreyPictureThatCentringShiftsByHalf) {
             const RunResult plain = RunCommand(folder, "spectrum --strict a.png -o out.jpg");
             ASSERT_EQ(plain.status, 0) << plain.err; // JPEG has no alpha, and there is none
             ASSERT_EQ(RunCommand(folder, "spectrum a.png -o out.png").status, 0);
-            const RunResult batch = RunCommand(folder, "spectrum --centred a.png b.png -o centred");
+            const RunResult batch = RunCommand(folder, "spectrum --centered a.png b.png -o centred");
             ASSERT_EQ(batch.status, 0) << batch.err;
 
             std::vector<unsigned char> expected = Luminance(picture);
