@@ -19,8 +19,8 @@ namespace {
 class Batch {
 public:
     Batch(const PixelOperation& operation, const Settings& settings, std::vector<Task> tasks)
-        : m_Operation(operation), m_Settings(settings), m_Tasks(std::move(tasks)), m_Messages(m_Tasks.size()),
-          m_Budget(FreeBytes()) {}
+        : m_Operation(operation), m_Settings(settings), m_Tasks(std::move(tasks)),
+          m_Messages(m_Tasks.size(), settings.quiet), m_Budget(FreeBytes()) {}
 
     int Run();
 
@@ -138,9 +138,9 @@ int Batch::Summarise() {
     const std::size_t left = m_Tasks.size() - m_Written - m_Failed;
     if (m_Tasks.size() > 1 || left > 0) {
         const auto count = [](std::size_t number) { return std::to_string(number); };
-        m_Messages.Error("", std::string(left > 0 ? "interrupted: " : "") + count(m_Written) + " of " +
-                                 count(m_Tasks.size()) + " pictures written, " + count(m_Failed) + " failed" +
-                                 (left > 0 ? ", " + count(left) + " not done" : ""));
+        m_Messages.Note("", std::string(left > 0 ? "interrupted: " : "") + count(m_Written) + " of " +
+                                count(m_Tasks.size()) + " pictures written, " + count(m_Failed) + " failed" +
+                                (left > 0 ? ", " + count(left) + " not done" : ""));
     }
     if (left > 0) {
         return ExitInterrupted;
@@ -153,7 +153,7 @@ int Batch::Summarise() {
 int RunBatch(const Verb& verb, const PixelOperation& operation, const Settings& settings) {
     std::vector<Task> tasks = PlanTasks(settings);
     if (const std::string caution = operation.caution(settings); !caution.empty()) {
-        Messages().Warning(verb.name, caution);
+        Messages(0, settings.quiet).Warning(verb.name, caution);
     }
     return Batch(operation, settings, std::move(tasks)).Run();
 }

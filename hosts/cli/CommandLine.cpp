@@ -3,12 +3,13 @@
 #include "Errors.h"
 #include "ManPage.h"
 #include "ParseNumber.h"
+#include "StandardOutput.h"
 #include "Words.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <iostream>
+#include <iterator>
 
 namespace cli {
 namespace {
@@ -69,59 +70,113 @@ std::string FirstLine(const std::string& text) {
     return text.substr(0, text.find('\n'));
 }
 
-} // namespace
-
-std::optional<Request> ParseCommandLine(int argc, const char* const* argv) {
-    if (argc < 2) {
-        throw UsageError("no verb given; use one of " + VerbNames() + ", or --help");
-    }
-    const std::string first = argv[1];
-    const Verb* const verb = FindVerb(first);
-    if (!first.starts_with('-') && !verb) {
-        throw UsageError("unknown verb '" + first + "'; use one of " + VerbNames());
-    }
-
-    Request request{};
-    CLI::App app("Blurs, sharpens and restores pictures.", "claribox");
-    app.set_version_flag("--version", std::string("claribox ") + CLARIBOX_VERSION);
-    bool manPage = false;
-    app.add_flag("--man", manPage, "print the manual page, for man -l");
-    app.footer(std::string("Exit status: ") + ExitStatusHelp());
-    app.allow_extras(); // and its verbs after it: unknown words are named below
-    for (const Verb& each : Verbs()) {
-        CLI::App* sub = app.add_subcommand(each.name, each.summary);
-        for (const OptionRow& row : each.options) {
-            AddOption(*sub, row, request.settings);
-        }
-        sub->callback([&request, &each] { request.verb = &each; });
-    }
-    const std::string prefix = verb ? first + ": " : "";
-    const std::string command = "claribox " + (verb ? first : "VERB");
+/// Parses the words; those that are unknown stay in `app`. Prints the help and returns false where they ask for it.
+bool Parse(CLI::App& app, std::vector<std::string> words) {
+    app.set_help_flag("-h,--help", "print this help");
+    app.footer("Exit status: " + ExitStatusHelp());
+    std::ranges::reverse(words); // as CLI11 wants them
     try {
-        app.parse(argc, argv);
+        app.parse(std::move(words));
+    } catch (const CLI::CallForHelp&) {
+        PrintOut(app.help());
+        return false;
+    }
+    return true;
+}
+
+/// What a command line without a verb asks for.
+std::string Answer(const Settings& settings, const std::string& firstWord) {
+    if (settings.version) {
+        return "claribox " CLARIBOX_VERSION "\n";
+    }
+    if (settings.manPage) {
+        return ManPage();
+    }
+    throw UsageError("no verb given before '" + firstWord + "'; use one of " + VerbNames() + ", or --help");
+}
+
+void AnswerQuestion(const std::vector<std::string>& words) {
+    Settings settings;
+    CLI::App app("Blurs, sharpens and restores pictures.", "claribox");
+    app.get_formatter()->label("SUBCOMMAND", "VERB");
+    app.allow_extras();
+    for (const OptionRow& row : GeneralOptions()) {
+        AddOption(app, row, settings);
+    }
+    for (const Verb& verb : Verbs()) {
+        app.add_subcommand(verb.name, verb.summary)->group("Verbs"); // for the help alone
+    }
+    app.add_subcommand("help", "print the help of the verb that follows")->group("Verbs");
+    try {
+        if (Parse(app, words)) {
+            PrintOut(Answer(settings, words.front()));
+        }
+    } catch (const CLI::ParseError& error) {
+        throw UsageError(FirstLine(error.what()) + "; see claribox --help");
+    }
+}
+
+std::optional<Request> ParseVerb(const Verb& verb, std::vector<std::string> words) {
+    // CLI11 knows "--" too, but forgets it where a picture came before.
+    const auto mark = std::ranges::find(words, "--");
+    const std::vector<std::string> afterMark(mark == words.end() ? mark : mark + 1, words.end());
+    words.erase(mark, words.end());
+
+    Request request{&verb, {}};
+    const std::string command = "claribox " + std::string(verb.name);
+    const std::string prefix = std::string(verb.name) + ": ";
+    CLI::App app(verb.summary, command);
+    app.allow_extras(); // to be named below
+    for (const OptionRow& row : verb.options) {
+        AddOption(app, row, request.settings);
+    }
+    CLI::Option* const pictures = app.get_option_no_throw("IN");
+    if (pictures && !afterMark.empty()) {
+        pictures->required(false);
+    }
+    try {
+        if (!Parse(app, std::move(words))) {
+            return std::nullopt;
+        }
     } catch (const UsageError& error) {
         throw UsageError(prefix + error.what());
     } catch (const CLI::RequiredError& error) {
-        throw UsageError(prefix + error.what() + "; usage: " + command + Usage(verb ? *verb : Verbs().front()));
+        throw UsageError(prefix + error.what() + "; usage: " + command + Usage(verb));
     } catch (const CLI::ParseError& error) {
-        if (error.get_exit_code() == 0) {
-            app.exit(error, std::cout, std::cerr);
-            return std::nullopt;
-        }
         throw UsageError(prefix + FirstLine(error.what()) + "; see " + command + " --help");
     }
-    if (manPage) {
-        std::cout << ManPage();
-        return std::nullopt;
+    std::vector<std::string> unknown = app.remaining();
+    std::ranges::copy(afterMark, std::back_inserter(pictures ? request.settings.inputs : unknown));
+    if (!unknown.empty()) {
+        throw UsageError(prefix + "unknown option or argument '" + unknown.front() + "'; see " + command + " --help");
     }
-    if (!request.verb) {
-        throw UsageError("no verb given; use one of " + VerbNames() + ", or --help");
-    }
-    const std::vector<std::string> extras = app.get_subcommand(request.verb->name)->remaining();
-    if (!extras.empty()) {
-        throw UsageError(prefix + "unknown option or argument '" + extras.front() + "'; see " + command + " --help");
+    if (request.settings.quiet && request.settings.verbose) {
+        throw UsageError(prefix + "--quiet and --verbose contradict each other; give one of them");
     }
     return request;
+}
+
+} // namespace
+
+std::optional<Request> ParseCommandLine(int argc, const char* const* argv) {
+    std::vector<std::string> words(argv + std::min(argc, 1), argv + argc);
+    if (words.empty()) {
+        throw UsageError("no verb given; use one of " + VerbNames() + ", or --help");
+    }
+    if (words.front() == "help") {
+        words = {words.size() > 1 ? words[1] : "--help", "--help"};
+    }
+    const std::string first = words.front();
+    if (first.starts_with('-')) {
+        AnswerQuestion(words);
+        return std::nullopt;
+    }
+    const Verb* const verb = FindVerb(first);
+    if (!verb) {
+        throw UsageError("unknown verb '" + first + "'; use one of " + VerbNames());
+    }
+    words.erase(words.begin());
+    return ParseVerb(*verb, std::move(words));
 }
 
 } // namespace cli

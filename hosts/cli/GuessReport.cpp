@@ -7,7 +7,9 @@
 #include "OutputFile.h"
 #include "Picture.h"
 #include "Plan.h"
+#include "Printable.h"
 #include "Signals.h"
+#include "StandardOutput.h"
 
 #include <nlohmann/json.hpp>
 
@@ -61,22 +63,21 @@ MotionGuess GuessAndPlot(const Settings& settings, const Task& task) {
     return guess;
 }
 
-/// Returns whether it could be done.
-bool Print(const Settings& settings, const Task& task) {
+/// The line to print; nothing, after an error message, where the picture failed.
+std::string ResultLine(const Settings& settings, const Task& task) {
     try {
         if (!task.problem.empty()) {
             throw PictureError(task.problem);
         }
         const MotionGuess guess = GuessAndPlot(settings, task);
-        const std::string name = settings.inputs.size() > 1 ? task.input + ": " : "";
-        std::puts((settings.json ? JsonOf(task.input, guess) : name + TextOf(guess)).c_str());
-        return true;
+        const std::string name = settings.inputs.size() > 1 ? Printable(task.input) + ": " : "";
+        return (settings.json ? JsonOf(task.input, guess) : name + TextOf(guess)) + '\n';
     } catch (const std::bad_alloc&) {
         Messages().Error(task.input, "memory ran out; free some");
     } catch (const std::exception& error) {
         Messages().Error(task.input, error.what());
     }
-    return false;
+    return {};
 }
 
 } // namespace
@@ -88,12 +89,14 @@ int PrintMotionGuesses(const Settings& settings) {
     bool all = true;
     try {
         for (const Task& task : settings.output.empty() ? PlanReading(settings) : PlanTasks(settings, "--plot")) {
-            all = Print(settings, task) && all;
+            const std::string line = ResultLine(settings, task);
+            all = all && !line.empty();
+            PrintOut(line);
         }
     } catch (const Interrupted&) {
         return ExitInterrupted;
     }
-    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && all ? ExitDone : ExitPictureFailed;
+    return all ? ExitDone : ExitPictureFailed;
 }
 
 } // namespace cli

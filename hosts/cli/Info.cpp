@@ -1,6 +1,7 @@
 #include "Info.h"
 
 #include "Errors.h"
+#include "StandardOutput.h"
 
 // The command is linked against the library's inner archive for this: a host sees only the exported surface.
 #include "dft/dispatch/dft_dispatch.h"
@@ -10,7 +11,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -89,31 +89,31 @@ std::string TextOf(const Json& value) {
     return text.empty() ? "none" : text;
 }
 
-void PrintText(const std::vector<InfoRow>& rows) {
+std::string AsText(const std::vector<InfoRow>& rows) {
+    std::string text;
     for (const InfoRow& row : rows) {
-        std::printf("%-21s %s\n", row.label, TextOf(row.value).c_str());
+        std::string label = row.label;
+        label.resize(22, ' ');
+        text += label + TextOf(row.value) + '\n';
     }
+    return text;
 }
 
-void PrintJson(const std::vector<InfoRow>& rows) {
+std::string AsJson(const std::vector<InfoRow>& rows) {
     Json object;
     for (const InfoRow& row : rows) {
         object[row.key] = row.value;
     }
     // Vendor and name are the processor's own bytes, which need not be UTF-8 as JSON has to be.
-    std::puts(object.dump(2, ' ', false, Json::error_handler_t::replace).c_str());
+    return object.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
 } // namespace
 
 int PrintInfo(const Settings& settings) {
     const std::vector<InfoRow> rows = Rows();
-    if (settings.json) {
-        PrintJson(rows);
-    } else {
-        PrintText(rows);
-    }
-    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? ExitDone : ExitPictureFailed;
+    PrintOut(settings.json ? AsJson(rows) : AsText(rows));
+    return ExitDone;
 }
 
 } // namespace cli

@@ -1,12 +1,15 @@
 #include "Messages.h"
 
+#include "Printable.h"
+
 #include <unistd.h>
 
 #include <cstdio>
 
 namespace cli {
 
-Messages::Messages(std::size_t steps) : m_Steps(steps), m_ShowBar(steps > 1 && isatty(STDERR_FILENO)) {
+Messages::Messages(std::size_t steps, bool quiet)
+    : m_Steps(steps), m_Quiet(quiet), m_ShowBar(!quiet && steps > 1 && isatty(STDERR_FILENO)) {
     Draw();
 }
 
@@ -19,11 +22,13 @@ void Messages::Error(const std::string& subject, const std::string& text) {
 }
 
 void Messages::Note(const std::string& subject, const std::string& text) {
-    Error(subject, text);
+    if (!m_Quiet) {
+        Error(subject, text);
+    }
 }
 
 void Messages::Warning(const std::string& subject, const std::string& text) {
-    Error(subject, "warning: " + text);
+    Note(subject, "warning: " + text);
 }
 
 void Messages::Step() {
@@ -41,7 +46,7 @@ void Messages::EndProgress() {
 void Messages::WriteLine(const std::string& line) {
     const std::lock_guard lock(m_Mutex);
     Erase();
-    std::fprintf(stderr, "%s\n", line.c_str());
+    std::fprintf(stderr, "%s\n", Printable(line).c_str());
     Draw();
 }
 

@@ -7,11 +7,12 @@
 
 namespace cli {
 
-/// Writes "claribox: SUBJECT: TEXT" lines, whole, from any thread.
+/// Writes "claribox: SUBJECT: TEXT" lines, whole and printable, from any thread.
 class Messages {
 public:
-    /// Shows a bar over `steps` steps if standard error is a terminal; 0 or 1 steps show none.
-    explicit Messages(std::size_t steps = 0);
+    /// Shows a bar over `steps` steps if standard error is a terminal; 0 or 1 steps show none. A quiet one writes
+    /// errors alone.
+    explicit Messages(std::size_t steps = 0, bool quiet = false);
     ~Messages();
     Messages(const Messages&) = delete;
     Messages& operator=(const Messages&) = delete;
@@ -35,6 +36,7 @@ private:
     std::mutex m_Mutex;
     std::size_t m_Steps;
     std::size_t m_Done = 0;
+    bool m_Quiet;
     bool m_ShowBar;
 };
 

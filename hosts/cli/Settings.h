@@ -1,4 +1,4 @@
-// All that the options of any verb can set, with the defaults.
+// All that the options of any verb, or a command line without one, can set, with the defaults.
 #pragma once
 
 #include <optional>
@@ -24,6 +24,9 @@ struct Settings {
     bool strict = false;
     bool json = false;
     bool verbose = false;
+    bool quiet = false;
+    bool version = false;
+    bool manPage = false;
 };
 
 } // namespace cli

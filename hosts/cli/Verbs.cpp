@@ -118,6 +118,10 @@ void ParseDegreeOrAuto(Settings& settings, const std::string& option, const std:
     settings.degree = *degree;
 }
 
+OptionRow Quiet() {
+    return {"-q,--quiet", "", "print errors only: no notes, warnings, progress or summary", &Settings::quiet};
+}
+
 OptionRow Inputs() {
     return {"IN", "PICTURE...", "pictures to read: JPEG, PNG, TIFF, WebP and whatever else libvips reads",
             &Settings::inputs, true};
@@ -137,6 +141,7 @@ std::vector<OptionRow> WithPictureOptions(std::vector<OptionRow> own) {
         {"--strict", "", "refuse a picture that could only be written with a loss, such as 16 bits reduced to 8",
          &Settings::strict},
         {"--verbose", "", "tell what was measured on each picture", &Settings::verbose},
+        Quiet(),
     };
     own.insert(own.end(), common.begin(), common.end());
     return own;
@@ -174,7 +179,8 @@ const std::vector<Verb>& Table() {
           {"--plot", "FILE.png",
            "draw how badly each direction predicts the pixels, over the part that was looked at; for one picture",
            FileName{&Settings::output, ".png"}},
-          {"--force", "", "replace an existing plot, though never the picture read", &Settings::force}},
+          {"--force", "", "replace an existing plot, though never the picture read", &Settings::force},
+          Quiet()},
          PrintMotionGuesses},
         {"denoise", "remove noise from pictures",
          WithPictureOptions({{"--threshold", "auto|T",
@@ -213,6 +219,14 @@ std::string SideMisfit(const char* option, int value, int largest) {
 
 std::span<const Verb> Verbs() {
     return Table();
+}
+
+std::span<const OptionRow> GeneralOptions() {
+    static const std::vector<OptionRow> rows = {
+        {"-V,--version", "", "print the version", &Settings::version},
+        {"--man", "", "print the manual page, for man -l", &Settings::manPage},
+    };
+    return rows;
 }
 
 const Verb* FindVerb(const std::string& name) {

@@ -81,6 +81,9 @@ struct Verb {
 
 std::span<const Verb> Verbs();
 
+/// The options that stand in the place of a verb.
+std::span<const OptionRow> GeneralOptions();
+
 /// "OPTION VALUE is too large for this picture; give at most LARGEST", or empty if it is not.
 std::string SideMisfit(const char* option, int value, int largest);
 

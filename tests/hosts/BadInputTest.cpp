@@ -63,9 +63,12 @@ TEST(BadInput, CommandLine) {
     std::vector<BadInput> rows = {
         {"", 2, {"no verb given", "deblur, demotion-blur, guess-motion, denoise, band, spectrum, info"}},
         {"sharpen in.png", 2, {"unknown verb 'sharpen'", "deblur"}},
-        {"--radius 3", 2, {"no verb given"}},
+        {"help sharpen", 2, {"unknown verb 'sharpen'"}},
+        {"--radius 3", 2, {"no verb given before '--radius'"}},
         {"blur in.png -o out.png --radios 3", 2, {"unknown option", "'--radios'", "blur --help"}},
         {"info in.png", 2, {"'in.png'"}},
+        {"info -- in.png", 2, {"'in.png'"}},
+        {"blur in.png -o out.png -q --verbose", 2, {"--quiet and --verbose contradict"}},
         {"blur -o out.png", 2, {"IN is required", "usage: claribox blur IN... -o OUT"}},
         {"blur in.png", 2, {"--output is required"}},
         {"blur in.png -o", 2, {"--output"}},
@@ -112,6 +115,10 @@ TEST(BadInput, CommandLine) {
 TEST(BadInput, Pictures) {
     std::vector<BadInput> rows = {
         {"blur none.png -o out.png", 1, {"none.png: no such file"}},
+        {"blur -o out.png -- -d.png", 1, {"-d.png: no such file"}},
+        {"blur \"b\na\x1b[m\xff\xc2\x85 \u00e9.png\" -o out.png",
+         1,
+         {"b\\na\\x1b[m\\xff\\xc2\\x85 \u00e9.png: no such"}},
         {"blur folder -o out.png", 1, {"folder: is a folder"}},
         {"blur /dev/null -o out.png", 1, {"/dev/null: is no regular file"}},
         {"blur secret.png -o out.png", 1, {"secret.png: no permission"}, {.asNobody = true}},

@@ -51,6 +51,9 @@ TEST(Batch, ShowsABarOnATerminalAndTakesItAwayBeforeTheSummary) {
     EXPECT_NE(result.err.find("\r\033[Kclaribox: 2 of 2 pictures written, 0 failed"), std::string::npos) << result.err;
     const RunResult single = RunCommand(folder, "blur a.png -o c.png", {.onTerminal = true});
     EXPECT_EQ(single.err, "");
+    const RunResult quiet = RunCommand(folder, "blur -q --radius 6 a.png b.png -o quiet", {.onTerminal = true});
+    EXPECT_EQ(quiet.err, "");
+    EXPECT_EQ(quiet.status, 0);
 }
 
 TEST(Batch, ForceReplacesTheFileBehindALinkAndKeepsItsPermissions) {
@@ -102,14 +105,24 @@ TEST(Batch, InterruptLeavesWholePicturesAndNothingElse) {
 
 TEST(Command, AnswersQuestionsOnStandardOutput) {
     const TemporaryFolder folder;
-    for (const auto& [argument, fragment] : {std::pair{"--version", "claribox "},
-                                             {"--help", "motion-blur"},
-                                             {"info", "cores per package"},
-                                             {"--man", ".SS motion\\-blur"}}) {
-        const RunResult result = RunCommand(folder, argument);
+    Save(RandomPicture(30, 20, 3, 1), folder / "in.png");
+    for (const auto& [line, fragment] : {std::pair{"--version", "claribox "},
+                                         {"-V", "claribox "},
+                                         {"--help", "motion-blur"},
+                                         {"help", "motion-blur"},
+                                         {"help blur", "--radius"},
+                                         {"info", "cores per package"},
+                                         {"info --json", "\"version\""},
+                                         {"guess-motion in.png", "degree"},
+                                         {"--man", ".SS motion\\-blur"}}) {
+        SCOPED_TRACE(line);
+        const RunResult result = RunCommand(folder, line);
         EXPECT_EQ(result.status, 0);
         EXPECT_EQ(result.err, "");
         EXPECT_NE(result.out.find(fragment), std::string::npos) << result.out;
+        const RunResult full = RunCommand(folder, line, {.outFile = "/dev/full"});
+        EXPECT_EQ(full.status, 1);
+        EXPECT_EQ(full.err, "claribox: standard output cannot be written: No space left on device\n");
     }
 }
 

@@ -73,6 +73,9 @@ void Limit(decltype(RLIMIT_AS) what, std::size_t bytes) {
     const bool changed = !options.asNobody || geteuid() != 0 ||
                          (setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0);
     if (changed && chdir(folder.c_str()) == 0) {
+        if (!options.outFile.empty()) {
+            dup2(open(options.outFile.c_str(), O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
+        }
         Limit(RLIMIT_FSIZE, options.fileSize);
         Limit(RLIMIT_AS, options.addressSpace);
         fexecve(command, words.data(), environ);
