@@ -128,7 +128,7 @@ void Batch::Process(const Task& task) {
     StopIfInterrupted();
     OutputFile output(task.output, m_Settings.force);
     TryVips("its output '" + task.output + "' cannot be written",
-            [&] { writer.Write(picture.Image(), output.WritePath(), m_Settings.quality); });
+            [&] { writer.Write(picture.Image(), output.Descriptor(), m_Settings.quality); });
     StopIfInterrupted();
     output.Commit();
 }

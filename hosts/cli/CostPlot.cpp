@@ -92,15 +92,14 @@ vips::VImage Backdrop(const vips::VImage& picture, const Region& region) {
 
 } // namespace
 
-void WriteCostPlot(const vips::VImage& picture, const MotionGuess& guess, const DegreeCosts& costs,
-                   const std::string& path) {
+void WriteCostPlot(const vips::VImage& picture, const MotionGuess& guess, const DegreeCosts& costs, int descriptor) {
     const std::string svg = Svg(guess, costs); // read from while the plot is written
     const vips::VImage curve = vips::VImage::new_from_buffer(svg, "");
     // Without the picture's metadata, which do not describe the plot.
     Backdrop(picture, guess.region)
         .composite2(curve, VIPS_BLEND_MODE_OVER)
         .flatten()
-        .pngsave(path.c_str(), vips::VImage::option()->set("strip", true));
+        .pngsave_target(vips::VTarget::new_to_descriptor(descriptor), vips::VImage::option()->set("strip", true));
 }
 
 } // namespace cli

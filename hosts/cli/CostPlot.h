@@ -5,14 +5,11 @@
 
 #include <vips/vips8>
 
-#include <string>
-
 namespace cli {
 
 /// Draws the costs over the guess's region of `picture`, as a closed curve around the middle: at each degree, counted
 /// counter-clockwise from the right, it is the farther out the higher the cost. The cheapest degree is marked. Writes a
-/// PNG file to `path`, whatever its ending; what fails throws `vips::VError`.
-void WriteCostPlot(const vips::VImage& picture, const MotionGuess& guess, const DegreeCosts& costs,
-                   const std::string& path);
+/// PNG to the open file `descriptor`; what fails throws `vips::VError`.
+void WriteCostPlot(const vips::VImage& picture, const MotionGuess& guess, const DegreeCosts& costs, int descriptor);
 
 } // namespace cli

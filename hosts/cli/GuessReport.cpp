@@ -56,7 +56,7 @@ MotionGuess GuessAndPlot(const Settings& settings, const Task& task) {
     if (!task.output.empty()) {
         OutputFile output(task.output, settings.force);
         TryVips("its plot '" + task.output + "' cannot be written",
-                [&] { WriteCostPlot(picture.Image(), guess, costs, output.WritePath()); });
+                [&] { WriteCostPlot(picture.Image(), guess, costs, output.Descriptor()); });
         StopIfInterrupted();
         output.Commit();
     }

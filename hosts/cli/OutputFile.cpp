@@ -16,11 +16,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The ending stays the output's own: some writers choose their format by it.
 fs::path TemporaryName(const fs::path& path) {
     static std::atomic<unsigned> counter = 0;
-    const std::string unique = std::to_string(getpid()) + "-" + std::to_string(counter++);
-    return path.parent_path() / (".claribox-" + unique + path.extension().string());
+    return path.parent_path() / (".claribox-" + std::to_string(getpid()) + "-" + std::to_string(counter++));
 }
 
 [[noreturn]] void Fail(const std::string& what) {
@@ -38,6 +36,10 @@ bool IsDevice(const fs::path& path) {
 OutputFile::OutputFile(const fs::path& path, bool replaceExisting)
     : m_Path(path), m_WritePath(path), m_ReplaceExisting(replaceExisting), m_Temporary(!IsDevice(path)) {
     if (!m_Temporary) {
+        m_Descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+        if (m_Descriptor < 0) {
+            Fail("cannot write to '" + path.string() + "'");
+        }
         return;
     }
     std::error_code none;
@@ -45,14 +47,14 @@ OutputFile::OutputFile(const fs::path& path, bool replaceExisting)
         m_Path = target;
     }
     m_WritePath = TemporaryName(m_Path);
-    const int file = open(m_WritePath.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (file < 0) {
+    m_Descriptor = open(m_WritePath.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (m_Descriptor < 0) {
         Fail("cannot create a file in '" + m_Path.parent_path().string() + "'");
     }
-    close(file);
 }
 
 OutputFile::~OutputFile() {
+    close(m_Descriptor);
     if (m_Temporary) {
         unlink(m_WritePath.c_str());
     }
@@ -62,20 +64,13 @@ void OutputFile::Commit() {
     if (!m_Temporary) {
         return;
     }
-    const int file = open(m_WritePath.c_str(), O_RDONLY | O_CLOEXEC);
     struct stat replaced = {};
-    if (m_ReplaceExisting && stat(m_Path.c_str(), &replaced) == 0 && file >= 0) {
+    if (m_ReplaceExisting && stat(m_Path.c_str(), &replaced) == 0) {
         // A picture whose mode cannot be kept, on a file system without modes, is still a picture.
-        [[maybe_unused]] const int ignored = fchmod(file, replaced.st_mode & 07777);
+        [[maybe_unused]] const int ignored = fchmod(m_Descriptor, replaced.st_mode & 07777);
     }
     // Some file systems tell of a full disk only here.
-    const bool onDisk = file >= 0 && fsync(file) == 0;
-    const int error = errno;
-    if (file >= 0) {
-        close(file);
-    }
-    if (!onDisk) {
-        errno = error;
+    if (fsync(m_Descriptor) != 0) {
         Fail("cannot be written");
     }
     // Without --force, a file that came into being meanwhile stays too.

@@ -6,7 +6,7 @@
 
 namespace cli {
 
-/// Creates an empty file beside `path` under a temporary name, to be filled by name and then committed. A device or
+/// Creates an empty file beside `path` under a temporary name, to be filled and then committed. A device or
 /// pipe at `path` is written to directly instead: nothing may be renamed over it, and it keeps nothing.
 ///
 /// What fails throws `PictureError`.
@@ -20,8 +20,8 @@ public:
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    /// The name to write to.
-    const std::string& WritePath() const { return m_WritePath; }
+    /// Open for reading and writing, but for a device, which is open for writing only.
+    int Descriptor() const { return m_Descriptor; }
 
     /// Brings the bytes to the disk and gives the file its name, and the permissions of the one it replaces.
     void Commit();
@@ -31,6 +31,7 @@ private:
     std::string m_WritePath;
     bool m_ReplaceExisting;
     bool m_Temporary;
+    int m_Descriptor;
 };
 
 /// Whether `path` exists and is neither file nor folder, such as /dev/null or a pipe.

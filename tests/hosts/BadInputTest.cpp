@@ -154,7 +154,9 @@ TEST(BadInput, Outputs) {
         {"blur in.png in.jpg -o none/none", 2, {"cannot create folder 'none/none'"}},
         {"blur in.png -o closed/out.png", 2, {"no permission", "'closed'"}, nobody},
         {"blur in.png in.jpg -o closed", 2, {"no permission", "'closed'"}, nobody},
-        {"blur in.png -o out.xyz", 1, {"in.png: no picture format", "'out.xyz'", ".jpg"}},
+        {"blur in.png -o out.xyz", 1, {"in.png: no picture format", "'out.xyz'", "use jpg, png, tif, webp"}},
+        {"blur in.png -o out.dz", 1, {"no picture format", "'out.dz'"}},
+        {"blur in.png -o out.v", 1, {"no picture format", "'out.v'"}},
         {"blur in.png -o in.jpg", 1, {"'in.jpg' exists", "--force"}},
         {"guess-motion in.png --plot none/out.png", 2, {"--plot: there is no folder 'none'"}},
         {"guess-motion in.png --plot cut_in.png", 1, {"'cut_in.png' exists", "--force"}},
@@ -177,7 +179,7 @@ TEST(BadInput, Outputs) {
 TEST(BadInput, FullDisk) {
     const RunOptions full = {.fileSize = 1024}; // clang's OpenMP library shares as much memory with itself
     std::vector<BadInput> rows = {{"guess-motion larger.png --plot out.png", 1, {"'out.png' cannot be written"}, full}};
-    for (const char* ending : {"png", "jpg", "tif", "webp", "bmp", "gif", "v"}) {
+    for (const char* ending : {"png", "jpg", "tif", "webp", "gif", "heic", "avif", "jxl", "ppm"}) {
         const std::string out = "out." + std::string(ending);
         rows.push_back({"blur larger.png -o " + out, 1, {"'" + out + "' cannot be written"}, full});
     }
