@@ -42,6 +42,7 @@ using I32 = VectorOf<std::int32_t, kLanes<std::int32_t>>::Type;
 using I64 = VectorOf<std::int64_t, kLanes<std::int64_t>>::Type;
 using U16 = VectorOf<std::uint16_t, kLanes<std::uint16_t>>::Type;
 using U32 = VectorOf<std::uint32_t, kLanes<std::uint32_t>>::Type;
+using U64 = VectorOf<std::uint64_t, kLanes<std::uint64_t>>::Type;
 using F32 = VectorOf<float, kLanes<float>>::Type;
 using F64 = VectorOf<double, kLanes<double>>::Type;
 
@@ -143,36 +144,58 @@ inline I32 MultiplyAddPairs(I16 a, I16 b) {
 #endif
 }
 
-/// a * b + c, the sum taken in more than single precision and rounded once.
-inline float MultiplyAdd(float a, float b, float c) {
-#if defined(__FMA__)
-    return __builtin_fmaf(a, b, c);
-#else
-    const double sum = static_cast<double>(a) * static_cast<double>(b) + static_cast<double>(c);
-#if __FLT_EVAL_METHOD__ == 0
-    return static_cast<float>(sum);
-#else
-    volatile float rounded = static_cast<float>(sum); // a store, which rounds in x87 code too
-    return rounded;
-#endif
-#endif
+#if defined(CLARIBOX_VECTOR_SSE2)
+/// a + b rounded to odd: of the two doubles around an inexact sum the one whose last bit is set. Rounding that to float
+/// gives what one rounding of the exact sum gives (S. Boldo, G. Melquiond, "Emulation of FMA and correctly rounded
+/// sums: proved algorithms using rounding to odd", 2008). The thread rounds to nearest, as it does by default.
+inline F64 AddToOdd(F64 a, F64 b) {
+    const F64 sum = a + b;
+    const F64 part = sum - a;
+    const F64 error = (a - (sum - part)) + (b - part); // exact (D. E. Knuth); NaN beside an infinite sum, which stays
+    const U64 inexact = reinterpret_cast<U64>((error < 0.0) | (error > 0.0));
+    const U64 away = inexact & (reinterpret_cast<U64>(sum) ^ reinterpret_cast<U64>(error)); // in the sign bit
+    return reinterpret_cast<F64>((reinterpret_cast<U64>(sum) - (away >> 63)) | inexact >> 63);
 }
+#endif
+
+/// a * b + c rounded once. Where there is no instruction for it, the sum of the exact product is rounded to double and
+/// to float: that goes wrong only from the middle between two floats, where the last 28 bits of the double are 0.
 inline F32 MultiplyAdd(F32 a, F32 b, F32 c) {
 #if defined(CLARIBOX_VECTOR_AVX512)
     return reinterpret_cast<F32>(_mm512_fmadd_ps(a, b, c));
 #elif defined(CLARIBOX_VECTOR_AVX2)
     return reinterpret_cast<F32>(_mm256_fmadd_ps(a, b, c));
 #elif defined(CLARIBOX_VECTOR_SSE2)
-    const auto half = [](__m128 x, __m128 y, __m128 z) {
-        return _mm_cvtpd_ps(_mm_add_pd(_mm_mul_pd(_mm_cvtps_pd(x), _mm_cvtps_pd(y)), _mm_cvtps_pd(z)));
-    };
-    return _mm_movelh_ps(half(a, b, c), half(_mm_movehl_ps(a, a), _mm_movehl_ps(b, b), _mm_movehl_ps(c, c)));
+    const F64 lowProduct = _mm_cvtps_pd(a) * _mm_cvtps_pd(b);
+    const F64 highProduct = _mm_cvtps_pd(_mm_movehl_ps(a, a)) * _mm_cvtps_pd(_mm_movehl_ps(b, b));
+    const F64 lowAddend = _mm_cvtps_pd(c);
+    const F64 highAddend = _mm_cvtps_pd(_mm_movehl_ps(c, c));
+    F64 low = lowProduct + lowAddend;
+    F64 high = highProduct + highAddend;
+    const F32 lastBits = _mm_shuffle_ps(reinterpret_cast<F32>(low), reinterpret_cast<F32>(high), 0x88);
+    if (_mm_movemask_ps(reinterpret_cast<F32>(reinterpret_cast<U32>(lastBits) << 4 == 0u)) != 0) [[unlikely]] {
+        low = AddToOdd(lowProduct, lowAddend);
+        high = AddToOdd(highProduct, highAddend);
+    }
+    return _mm_movelh_ps(_mm_cvtpd_ps(low), _mm_cvtpd_ps(high));
 #else
     F32 result;
     for (int k = 0; k < kLanes<float>; ++k) {
-        result[k] = MultiplyAdd(a[k], b[k], c[k]);
+        const double sum = static_cast<double>(a[k]) * static_cast<double>(b[k]) + static_cast<double>(c[k]);
+        std::uint64_t bits;
+        __builtin_memcpy(&bits, &sum, sizeof bits);
+        volatile float stored = static_cast<float>(sum); // which rounds in x87 code too
+        const float rounded = stored;
+        result[k] = bits << 36 != 0 || static_cast<double>(rounded) == sum ? rounded : __builtin_fmaf(a[k], b[k], c[k]);
     }
     return result;
+#endif
+}
+inline float MultiplyAdd(float a, float b, float c) {
+#if defined(__FMA__)
+    return __builtin_fmaf(a, b, c);
+#else
+    return MultiplyAdd(F32{a}, F32{b}, F32{c})[0];
 #endif
 }
 

@@ -7,9 +7,8 @@ namespace wavelet {
 
 /// Row functions over floats at any address. None reads or writes beyond `count`.
 struct LineFunctions {
-    /// out[x] = sources[0][x] * weights[0] + sources[1][x] * weights[1] + ..., from 0.0: each product is added in more
-    /// than single precision and the sum rounded to float before the next, in this order. A fused multiply-add and a
-    /// sum in double that is rounded once serve alike.
+    /// out[x] = sources[0][x] * weights[0] + sources[1][x] * weights[1] + ..., from 0.0 and in this order: each product
+    /// is added exactly and the sum rounded to float once before the next, as a fused multiply-add does.
     void (*WeightedSum)(const float* const* sources, const float* weights, int terms, float* out, int count);
 };
 

@@ -1,10 +1,11 @@
-// The wavelet engine as plain loops over one line at a time, in scatter form, with sums in double. Slow and obviously
-// correct; the library's own code includes nothing of it.
+// The wavelet engine as plain loops over one line at a time, in scatter form, with sums rounded once. Slow and
+// obviously correct; the library's own code includes nothing of it.
 #pragma once
 
 #include "wavelet/WaveletFilterSet.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <utility>
 #include <vector>
@@ -105,9 +106,7 @@ private:
         }
     }
 
-    static void Add(float& cell, float sample, float tap) {
-        cell = static_cast<float>(static_cast<double>(cell) + static_cast<double>(sample) * static_cast<double>(tap));
-    }
+    static void Add(float& cell, float sample, float tap) { cell = std::fma(sample, tap, cell); }
 
     void Scatter(const Line& scratch, const WaveletFilter& filter, int size, Line& out) const {
         const int f = filter.firstTap;

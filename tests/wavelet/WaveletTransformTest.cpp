@@ -1,5 +1,6 @@
 // Lines and planes, there and back, of every vector class against the plain form, bit for bit.
 #include "wavelet/WaveletTransform.h"
+#include "wavelet/WeightedSums.h"
 
 #include "common/GuardedBuffer.h"
 #include "common/VectorClassTest.h"
@@ -9,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 #include <random>
 #include <string>
@@ -185,6 +187,32 @@ TEST_P(WaveletTransformTest, LinesEqualThePlainForm) {
                 EXPECT_TRUE(SameBytes(line.data(), in.data(), in.size())) << "input of the inverse";
                 EXPECT_TRUE(in.GuardsIntact() && out.GuardsIntact());
             }
+        }
+    }
+}
+
+// c + a * w beside the middle between two floats, as near as 2^-30 of its last place: a sum in double, rounded again,
+// ends on the middle itself and then on the wrong side of it. The first sample is 1 + 2^-23 + (1 - 2^-15)(1 + 2^-15) /
+// 2^24.
+TEST_P(WaveletTransformTest, EachSumIsRoundedOnce) {
+    constexpr int kCount = 4 * 16 + 16 + 3; // a block, a vector and single samples of the widest class
+    std::mt19937 generator(5);
+    for (const float scale : {1.0f, 0x1p-126f, 0x1p100f}) { // from 2^-126 down: results below the normal numbers
+        for (int j = 1; j < 100; ++j) {
+            const float near = static_cast<float>(j) * 0x1p-15f;
+            const float weights[] = {1.0f, (1.0f + near) * 0x1p-24f};
+            GuardedBuffer<float> c(kCount), a(kCount, 4), out(kCount, 8);
+            std::vector<float> expected(kCount);
+            for (std::size_t x = 0; x < kCount; ++x) {
+                const auto odd = x == 0 ? 1.0f : static_cast<float>(generator() >> 9 | 1u);
+                c.data()[x] = (odd * 0x1p-23f + (scale < 1.0f ? 0.0f : 1.0f)) * scale;
+                a.data()[x] = (1.0f - near) * (x % 3 != 1 ? scale : -scale);
+                expected[x] = std::fma(a.data()[x], weights[1], c.data()[x]);
+            }
+            const float* const sources[] = {c.data(), a.data()};
+            wavelet::ActiveLineFunctions().WeightedSum(sources, weights, 2, out.data(), kCount);
+            EXPECT_TRUE(SameBytes(expected.data(), out.data(), kCount)) << "scale " << scale << ", j " << j;
+            EXPECT_TRUE(out.GuardsIntact());
         }
     }
 }
