@@ -1,5 +1,6 @@
 #include "CommandLine.h"
 
+#include "Completion.h"
 #include "Errors.h"
 #include "ManPage.h"
 #include "ParseNumber.h"
@@ -52,7 +53,9 @@ struct Store {
 /// Adds the option of one row to `app`, storing into `settings`.
 void AddOption(CLI::App& app, const OptionRow& row, Settings& settings) {
     CLI::Option* option = nullptr;
-    if (const auto* flag = std::get_if<bool Settings::*>(&row.target)) {
+    if (std::holds_alternative<Help>(row.target)) {
+        option = app.set_help_flag(row.name, row.help);
+    } else if (const auto* flag = std::get_if<bool Settings::*>(&row.target)) {
         option = app.add_flag(row.name, settings.*(*flag), row.help);
     } else if (const auto* list = std::get_if<std::vector<std::string> Settings::*>(&row.target)) {
         option = app.add_option(row.name, settings.*(*list), row.help);
@@ -72,7 +75,6 @@ std::string FirstLine(const std::string& text) {
 
 /// Parses the words; those that are unknown stay in `app`. Prints the help and returns false where they ask for it.
 bool Parse(CLI::App& app, std::vector<std::string> words) {
-    app.set_help_flag("-h,--help", "print this help");
     app.footer("Exit status: " + ExitStatusHelp());
     std::ranges::reverse(words); // as CLI11 wants them
     try {
@@ -91,6 +93,9 @@ std::string Answer(const Settings& settings, const std::string& firstWord) {
     }
     if (settings.manPage) {
         return ManPage();
+    }
+    if (settings.completion >= 0) {
+        return Completion(settings.completion);
     }
     throw UsageError("no verb given before '" + firstWord + "'; use one of " + VerbNames() + ", or --help");
 }

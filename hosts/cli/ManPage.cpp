@@ -2,7 +2,6 @@
 
 #include "Words.h"
 
-#include <algorithm>
 #include <string_view>
 
 namespace cli {
@@ -20,11 +19,11 @@ std::string Roff(std::string_view text) {
     return escaped;
 }
 
-std::string VerbSection(const Verb& verb) {
-    std::string page = ".SS " + Roff(verb.name) + "\n" + Roff(verb.summary) + ".\n";
-    for (const OptionRow& row : verb.options) {
+std::string OptionParagraphs(std::span<const OptionRow> rows) {
+    std::string page;
+    for (const OptionRow& row : rows) {
         const std::string initial = DefaultOf(row);
-        page += ".TP\n.B " + Roff(row.name) + "\n.I " + Roff(ValueName(row)) + "\n" + Roff(RangeAndHelp(row)) +
+        page += ".TP\n\\fB" + Roff(row.name) + "\\fR \\fI" + Roff(ValueName(row)) + "\\fR\n" + Roff(RangeAndHelp(row)) +
                 (initial.empty() ? "" : Roff(" (default " + initial + ")")) + "\n";
     }
     return page;
@@ -33,16 +32,19 @@ std::string VerbSection(const Verb& verb) {
 } // namespace
 
 std::string Usage(const Verb& verb) {
-    const auto has = [&](std::string_view name) {
-        return std::ranges::any_of(verb.options, [&](const OptionRow& row) { return name == row.name; });
-    };
-    return std::string(has("IN") ? " IN..." : "") + (has("-o,--output") ? " -o OUT" : "") +
-           (verb.options.empty() ? "" : " [OPTIONS]");
+    std::string usage;
+    for (const OptionRow& row : verb.options) {
+        if (row.required) {
+            const std::string name = row.name;
+            usage += " " + name.substr(0, name.find(',')) + (IsPictures(row) ? "..." : " " + ValueName(row));
+        }
+    }
+    return usage + " [OPTIONS]";
 }
 
 std::string ValueName(const OptionRow& row) {
     const auto* choice = std::get_if<Choice>(&row.target);
-    return choice ? Joined(choice->words, "|", "|") : row.metavar;
+    return choice ? Joined(choice->words, "|") : row.metavar;
 }
 
 std::string RangeAndHelp(const OptionRow& row) {
@@ -64,15 +66,18 @@ std::string ManPage() {
     for (const Verb& verb : Verbs()) {
         page += ".B claribox " + Roff(verb.name) + "\n" + Roff(Usage(verb).substr(1)) + "\n.br\n";
     }
-    page += ".SH DESCRIPTION\n"
+    page += ".B claribox help\n[VERB]\n"
+            ".SH DESCRIPTION\n"
             "One verb is one operation. EXIF orientation is applied to the pixels; EXIF, ICC profile, XMP and "
             "resolution are kept, alpha is carried through untouched, and greyscale stays greyscale.\n"
             "An output appears under its name only when it is complete.\n"
+            "Words after \\-\\- are names of pictures, whatever they begin with.\n"
             ".SH VERBS\n";
     for (const Verb& verb : Verbs()) {
-        page += VerbSection(verb);
+        page += ".SS " + Roff(verb.name) + "\n" + Roff(verb.summary) + ".\n" + OptionParagraphs(verb.options);
     }
-    return page + ".SH EXIT STATUS\n" + Roff(ExitStatusHelp()) + "\n";
+    return page + ".SH OPTIONS WITHOUT A VERB\n" + OptionParagraphs(GeneralOptions()) + ".SH EXIT STATUS\n" +
+           Roff(ExitStatusHelp()) + "\n";
 }
 
 } // namespace cli

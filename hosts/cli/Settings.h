@@ -27,6 +27,7 @@ struct Settings {
     bool quiet = false;
     bool version = false;
     bool manPage = false;
+    int completion = -1; ///< place of the shell asked for in the list of those known
 };
 
 } // namespace cli

@@ -1,5 +1,6 @@
 #include "Verbs.h"
 
+#include "Completion.h"
 #include "Denoise.h"
 #include "Errors.h"
 #include "Frequency.h"
@@ -118,6 +119,10 @@ void ParseDegreeOrAuto(Settings& settings, const std::string& option, const std:
     settings.degree = *degree;
 }
 
+OptionRow HelpRow() {
+    return {"-h,--help", "", "print this help", Help{}};
+}
+
 OptionRow Quiet() {
     return {"-q,--quiet", "", "print errors only: no notes, warnings, progress or summary", &Settings::quiet};
 }
@@ -142,6 +147,7 @@ std::vector<OptionRow> WithPictureOptions(std::vector<OptionRow> own) {
          &Settings::strict},
         {"--verbose", "", "tell what was measured on each picture", &Settings::verbose},
         Quiet(),
+        HelpRow(),
     };
     own.insert(own.end(), common.begin(), common.end());
     return own;
@@ -180,7 +186,8 @@ const std::vector<Verb>& Table() {
            "draw how badly each direction predicts the pixels, over the part that was looked at; for one picture",
            FileName{&Settings::output, ".png"}},
           {"--force", "", "replace an existing plot, though never the picture read", &Settings::force},
-          Quiet()},
+          Quiet(),
+          HelpRow()},
          PrintMotionGuesses},
         {"denoise", "remove noise from pictures",
          WithPictureOptions({{"--threshold", "auto|T",
@@ -201,7 +208,7 @@ const std::vector<Verb>& Table() {
          PixelOperation{ShowSpectrum, SpectrumMisfit, SpectrumWorkingBytes, NoCaution, true}},
         {"info",
          "print the version and what is known of the processor",
-         {{"--json", "", "print a JSON object instead of text", &Settings::json}},
+         {{"--json", "", "print a JSON object instead of text", &Settings::json}, HelpRow()},
          PrintInfo},
     };
     return table;
@@ -225,6 +232,9 @@ std::span<const OptionRow> GeneralOptions() {
     static const std::vector<OptionRow> rows = {
         {"-V,--version", "", "print the version", &Settings::version},
         {"--man", "", "print the manual page, for man -l", &Settings::manPage},
+        {"--completion", "", "print what completes the command's words in this shell",
+         Choice{&Settings::completion, CompletionShells()}},
+        HelpRow(),
     };
     return rows;
 }
@@ -234,12 +244,24 @@ const Verb* FindVerb(const std::string& name) {
     return found == Table().end() ? nullptr : &*found;
 }
 
-std::string VerbNames() {
+std::string VerbNames(const char* between) {
     std::string names;
     for (const Verb& verb : Table()) {
-        names += (names.empty() ? "" : ", ") + std::string(verb.name);
+        names += (names.empty() ? "" : between) + std::string(verb.name);
     }
     return names;
+}
+
+bool IsFlag(const OptionRow& row) {
+    return std::holds_alternative<bool Settings::*>(row.target) || std::holds_alternative<Help>(row.target);
+}
+
+bool IsPictures(const OptionRow& row) {
+    return std::holds_alternative<std::vector<std::string> Settings::*>(row.target);
+}
+
+bool TakesPictures(const Verb& verb) {
+    return std::ranges::any_of(verb.options, IsPictures);
 }
 
 std::string LongName(const OptionRow& row) {

@@ -1,5 +1,6 @@
-// The verbs of the command as data: what each is called, which options it takes and what it does. The parser, the help
-// and the manual page are all made from this table; a new operation is a row here and a function beside it.
+// The verbs of the command as data: what each is called, which options it takes and what it does. The parser, the help,
+// the manual page and what shells complete are all made from this table; a new operation is a row here and a function
+// beside it.
 #pragma once
 
 #include "Memory.h"
@@ -42,9 +43,12 @@ struct ParsedText {
     std::vector<std::string> words = {}; ///< it takes, for a shell to complete
 };
 
+/// Asks for the help, before anything else is looked at.
+struct Help {};
+
 /// A flag is a bool; the vector takes the names of the pictures.
-using Target =
-    std::variant<WholeNumber, Choice, FileName, ParsedText, bool Settings::*, std::vector<std::string> Settings::*>;
+using Target = std::variant<Help, WholeNumber, Choice, FileName, ParsedText, bool Settings::*,
+                            std::vector<std::string> Settings::*>;
 
 struct OptionRow {
     const char* name;    ///< "--radius", "-o,--output", or "IN" for the pictures themselves
@@ -90,8 +94,12 @@ std::string SideMisfit(const char* option, int value, int largest);
 /// The verb of this name, or null.
 const Verb* FindVerb(const std::string& name);
 
-/// "blur, motion-blur, ...".
-std::string VerbNames();
+/// "blur, motion-blur, ..." with `between` in place of the commas.
+std::string VerbNames(const char* between = ", ");
+
+bool IsFlag(const OptionRow& row);
+bool IsPictures(const OptionRow& row);
+bool TakesPictures(const Verb& verb);
 
 /// The option's first name of several letters, such as "--output".
 std::string LongName(const OptionRow& row);

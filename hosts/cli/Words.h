@@ -15,4 +15,8 @@ inline std::string Joined(std::span<const std::string> words, const std::string&
     return text;
 }
 
+inline std::string Joined(std::span<const std::string> words, const std::string& between) {
+    return Joined(words, between, between);
+}
+
 } // namespace cli

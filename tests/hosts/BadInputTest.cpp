@@ -64,6 +64,7 @@ TEST(BadInput, CommandLine) {
         {"", 2, {"no verb given", "deblur, demotion-blur, guess-motion, denoise, band, spectrum, info"}},
         {"sharpen in.png", 2, {"unknown verb 'sharpen'", "deblur"}},
         {"help sharpen", 2, {"unknown verb 'sharpen'"}},
+        {"--completion tcsh", 2, {"--completion takes bash, zsh or fish", "'tcsh'"}},
         {"--radius 3", 2, {"no verb given before '--radius'"}},
         {"blur in.png -o out.png --radios 3", 2, {"unknown option", "'--radios'", "blur --help"}},
         {"info in.png", 2, {"'in.png'"}},
