@@ -20,6 +20,7 @@ struct Settings {
     int quality = 92;
     int jobs = 0;         ///< 0: one for each processor
     bool centred = false; ///< the zero frequency in the middle
+    bool exact = false;   ///< the library's own bytes
     bool force = false;
     bool strict = false;
     bool json = false;

@@ -145,6 +145,8 @@ std::vector<OptionRow> WithPictureOptions(std::vector<OptionRow> own) {
         {"--force", "", "replace existing files, though never one of the pictures read", &Settings::force},
         {"--strict", "", "refuse a picture that could only be written with a loss, such as 16 bits reduced to 8",
          &Settings::strict},
+        {"--exact", "", "give the library's own result, byte for byte, without what the command adds to it",
+         &Settings::exact},
         {"--verbose", "", "tell what was measured on each picture", &Settings::verbose},
         Quiet(),
         HelpRow(),
