@@ -10,7 +10,7 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <iterator>
+#include <utility>
 
 namespace cli {
 namespace {
@@ -58,7 +58,8 @@ void AddOption(CLI::App& app, const OptionRow& row, Settings& settings) {
     } else if (const auto* flag = std::get_if<bool Settings::*>(&row.target)) {
         option = app.add_flag(row.name, settings.*(*flag), row.help);
     } else if (const auto* list = std::get_if<std::vector<std::string> Settings::*>(&row.target)) {
-        option = app.add_option(row.name, settings.*(*list), row.help);
+        // CLI11 would split a name in brackets at its commas: it takes the first name, and the others stay in `app`.
+        option = app.add_option(row.name, settings.*(*list), row.help)->allow_extra_args(false);
     } else {
         const auto store = [&row, &settings](const std::string& text) {
             std::visit(Store{row, settings, text}, row.target);
@@ -150,11 +151,17 @@ std::optional<Request> ParseVerb(const Verb& verb, std::vector<std::string> word
     } catch (const CLI::ParseError& error) {
         throw UsageError(prefix + FirstLine(error.what()) + "; see " + command + " --help");
     }
-    std::vector<std::string> unknown = app.remaining();
-    std::ranges::copy(afterMark, std::back_inserter(pictures ? request.settings.inputs : unknown));
-    if (!unknown.empty()) {
-        throw UsageError(prefix + "unknown option or argument '" + unknown.front() + "'; see " + command + " --help");
-    }
+    const auto take = [&](const std::vector<std::string>& names, bool mayBeOptions) {
+        for (const std::string& name : names) {
+            if (!pictures || (mayBeOptions && name.starts_with('-') && name != "-")) {
+                throw UsageError(prefix + "unknown option or argument '" + name + "'; see " + command + " --help");
+            }
+            request.settings.inputs.push_back(name);
+        }
+    };
+    take(std::exchange(request.settings.inputs, {}), true);
+    take(app.remaining(), true);
+    take(afterMark, false);
     if (request.settings.quiet && request.settings.verbose) {
         throw UsageError(prefix + "--quiet and --verbose contradict each other; give one of them");
     }

@@ -69,6 +69,7 @@ TEST(BadInput, CommandLine) {
         {"blur in.png -o out.png --radios 3", 2, {"unknown option", "'--radios'", "blur --help"}},
         {"info in.png", 2, {"'in.png'"}},
         {"info -- in.png", 2, {"'in.png'"}},
+        {"blur -q5 in.png -o out.png", 2, {"unknown option", "'-5'"}},
         {"blur in.png -o out.png -q --verbose", 2, {"--quiet and --verbose contradict"}},
         {"blur -o out.png", 2, {"IN is required", "usage: claribox blur IN... -o OUT"}},
         {"blur in.png", 2, {"--output is required"}},
@@ -117,6 +118,7 @@ TEST(BadInput, Pictures) {
     std::vector<BadInput> rows = {
         {"blur none.png -o out.png", 1, {"none.png: no such file"}},
         {"blur -o out.png -- -d.png", 1, {"-d.png: no such file"}},
+        {"blur -o out.png [a,b]", 1, {"[a,b]: no such file"}},
         {"blur \"b\na\x1b[m\xff\xc2\x85 \u00e9.png\" -o out.png",
          1,
          {"b\\na\\x1b[m\\xff\\xc2\\x85 \u00e9.png: no such"}},
