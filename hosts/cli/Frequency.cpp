@@ -1,6 +1,7 @@
 #include "Frequency.h"
 
 #include "MotionGuess.h"
+#include "UndoMotion.h"
 #include "Verbs.h"
 
 #include <claribox/ChFunctions.h>
@@ -12,9 +13,6 @@
 
 namespace cli {
 namespace {
-
-/// That the library adds around the picture before it transforms it.
-constexpr int Margin = 50;
 
 /// The library and its transforms count the two floats of an element in 32 bits.
 constexpr std::int64_t LargestTransform = (std::int64_t{1} << 30) - 1;
@@ -29,7 +27,7 @@ std::string TransformMisfit(std::int64_t width, std::int64_t height) {
 /// An upper estimate of what the transform of one plane holds beside the plane: tables of both sides and a batch of
 /// lines, for lengths with large prime factors padded to as much as four times the length.
 std::int64_t LineBytes(const PictureShape& shape) {
-    return std::int64_t{256} * (std::max(shape.width, shape.height) + 2 * Margin);
+    return std::int64_t{256} * (std::max(shape.width, shape.height) + 2 * TransformMargin);
 }
 
 /// The plane with its first pixel moved to the middle and all others along, around the edges.
@@ -44,18 +42,22 @@ void Centre(std::vector<unsigned char>& plane, int width, int height) {
 } // namespace
 
 Report DeMotionBlurPixels(const Settings& settings, const PackedPixels& pixels) {
-    CImageFocus focus;
-    focus.SetSize(pixels.width, pixels.height);
-    focus.SetMotionLength(settings.length);
+    int degree = settings.degree;
     Report report;
     if (settings.guessDegree) {
         const MotionGuess guess = GuessMotion(pixels);
-        focus.SetMotionDegree(guess.degree);
-        report = {"degree " + std::to_string(guess.degree) + ", guessed on " + Describe(guess.region), true};
-    } else {
-        focus.SetMotionDegree(settings.degree);
+        degree = guess.degree;
+        report = {"degree " + std::to_string(degree) + ", guessed on " + Describe(guess.region), true};
     }
-    focus.DeMotionBlur(pixels.data, pixels.format, pixels.pitch);
+    if (settings.exact) {
+        CImageFocus focus;
+        focus.SetSize(pixels.width, pixels.height);
+        focus.SetMotionLength(settings.length);
+        focus.SetMotionDegree(degree);
+        focus.DeMotionBlur(pixels.data, pixels.format, pixels.pitch);
+    } else {
+        UndoMotion(settings, degree, pixels);
+    }
     return report;
 }
 
@@ -73,25 +75,27 @@ Report ShowSpectrum(const Settings& settings, const PackedPixels& pixels) {
 
 std::string DeMotionBlurMisfit(const Settings& settings, const PictureShape& shape) {
     // The kernel, of side 2 * length + 1, has to fit into the extended picture.
-    const int largestLength = (shape.SmallerSide() + 2 * Margin - 1) / 2;
+    const int largestLength = (shape.SmallerSide() + 2 * TransformMargin - 1) / 2;
     if (const std::string misfit = SideMisfit("--length", settings.length, largestLength); !misfit.empty()) {
         return misfit;
     }
     if (const std::string misfit = settings.guessDegree ? GuessMisfit(shape) : ""; !misfit.empty()) {
         return misfit + "; give --degree a number, such as 0";
     }
-    return TransformMisfit(std::int64_t{shape.width} + 2 * Margin, std::int64_t{shape.height} + 2 * Margin);
+    return TransformMisfit(std::int64_t{shape.width} + 2 * TransformMargin,
+                           std::int64_t{shape.height} + 2 * TransformMargin);
 }
 
 std::string SpectrumMisfit(const Settings&, const PictureShape& shape) {
     return TransformMisfit(shape.width, shape.height);
 }
 
-std::int64_t DeMotionBlurWorkingBytes(const Settings&, const PictureShape& shape) {
-    // Three planes and, of the extended size, the inverse spectrum and for each of three workers a plane and a spectrum
-    // are 38 bytes a pixel; a single worker takes 20. The kernel is gone before the workers start.
-    constexpr std::int64_t bytesPerPixel = 48;
-    const std::int64_t extended = (shape.width + std::int64_t{2} * Margin) * (shape.height + std::int64_t{2} * Margin);
+std::int64_t DeMotionBlurWorkingBytes(const Settings& settings, const PictureShape& shape) {
+    // Three planes and, of the extended size, the inverse spectrum and for each worker a plane and a spectrum: 20 bytes
+    // a pixel for a single worker, 38 for three. The kernel is gone before the workers start.
+    const std::int64_t bytesPerPixel = shape.bands < 3 && !settings.exact ? 25 : 48;
+    const std::int64_t extended =
+        (shape.width + std::int64_t{2} * TransformMargin) * (shape.height + std::int64_t{2} * TransformMargin);
     return bytesPerPixel * extended + 3 * LineBytes(shape);
 }
 

@@ -11,7 +11,8 @@
 
 namespace cli {
 
-/// Undoes motion of the set length and degree. A degree that had to be guessed is told unasked.
+/// Undoes motion of the set length and degree, keeping the brightness unless the settings ask for the library's own
+/// bytes. A degree that had to be guessed is told unasked.
 Report DeMotionBlurPixels(const Settings& settings, const PackedPixels& pixels);
 
 /// Replaces the first channel by its power spectrum, on request with the zero frequency in the middle: at column

@@ -36,7 +36,7 @@ TEST(Picture, PixelsAreTheLibrarysForEachVerbAndNumberOfBands) {
         {"blur", &CImageFocus::Blur, 3},
         {"motion-blur --length=7 --degree -45", &CImageFocus::MotionBlur, 1, 7},
         {"deblur --radius 4", &CImageFocus::DeBlur, 4},
-        {"demotion-blur --length=61 --degree -45", &CImageFocus::DeMotionBlur, 1, 61}, // the longest that fits
+        {"demotion-blur --length=61 --degree -45 --exact", &CImageFocus::DeMotionBlur, 1, 61}, // the longest that fits
     };
     for (const VerbCase& verb : verbs) {
         for (int bands = 1; bands <= 4; ++bands) {

@@ -1,0 +1,17 @@
+// Undoes motion blur as the library does, but gives the brightness back that its filter takes.
+#pragma once
+
+#include "PackedPixels.h"
+#include "Settings.h"
+
+namespace cli {
+
+/// That the library adds on each side of the picture before it transforms it.
+inline constexpr int TransformMargin = 50;
+
+/// Undoes motion of the set length in the direction `degree` by the library's own filter, scaled so that its gain at
+/// frequency zero is 1: a flat picture stays as it is. Equal planes, as of greyscale, are filtered once. Works on
+/// several planes at a time where the machine has processors and threads for it.
+void UndoMotion(const Settings& settings, int degree, const PackedPixels& pixels);
+
+} // namespace cli
