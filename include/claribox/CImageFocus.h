@@ -20,6 +20,11 @@ enum FoPixelFmt : int {
 /// All pixel operations share three arguments: `pixels`, the first byte of the top row, read and written back in
 /// place; `format`; and `pitch`, the distance in bytes from one row to the next, which may be negative for pictures
 /// stored bottom up. Padding between rows is never touched.
+///
+/// All working memory belongs to the call: 3 bytes a pixel for the planes, or 1 for `GuessMotionDegree`, and what the
+/// kernel needs. Where memory runs out an operation faults or throws what the global `new` throws, with the caller's
+/// pixels as they were; on a worker thread that throw ends the process. A worker thread that cannot be started leaves
+/// its colour plane as it was, without a word. A host that cannot bear either makes sure of memory and threads first.
 class CLARIBOX_API CImageFocus {
 public:
     /// Radius 3, noise factor 0.01, motion length 15, motion degree 30. The size is unset.
@@ -59,12 +64,14 @@ public:
 
     /// Sharpens an out-of-focus picture by a spatial deconvolution kernel for a disc of 0.66*radius. Clamps the radius
     /// to 1..10, stores it back, and stores the noise factor it used. Runs a thread a colour plane where the machine
-    /// has more than one processor; the bytes are the same either way.
+    /// has more than one processor; the bytes are the same either way if all three can be started.
     void DeBlur(unsigned char* pixels, FoPixelFmt format, int pitch);
 
     /// Undoes the set length and degree of motion in the frequency domain. Stores the noise factor it used. The motion
     /// kernel, of side 2*length+1, has to fit into the picture extended by 50 pixels on each side. Runs a thread a
-    /// colour plane where the machine has more than one processor package or core; the bytes are the same either way.
+    /// colour plane where the machine has more than one processor package or core; the bytes are the same either way if
+    /// all three can be started. Takes 38 bytes a pixel of the extended picture, on one thread 20. A transform that
+    /// finds no memory of its own is not reported: the picture is then undefined.
     void DeMotionBlur(unsigned char* pixels, FoPixelFmt format, int pitch);
 
     /// Guesses the direction of motion blur inside the picture's busiest square of 512 pixels and moves the estimation

@@ -1,5 +1,6 @@
 // Exported free functions: builders of point spread functions and of the deconvolution kernel, and the road into the
-// frequency domain and back. A transform that finds no memory is not reported: what it was to fill is then undefined.
+// frequency domain and back. Exhausted memory is not reported: the call faults or throws what the global `new` throws.
+// A transform that finds none does neither: what it was to fill is then undefined.
 #pragma once
 
 #include "ChMatrix.h"

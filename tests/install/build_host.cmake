@@ -22,6 +22,17 @@ else()
     OUTPUT_VARIABLE arguments OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
   separate_arguments(arguments UNIX_COMMAND "${arguments}")
   separate_arguments(flags UNIX_COMMAND "${FLAGS}")
+  # An older language is refused in one sentence, whichever header comes first.
+  foreach(header CImageDenoiser CImageFocus ChFunctions ChMatrix DFT_Buffer KernelTable)
+    file(WRITE ${BINARY}/old.cpp "#include <claribox/${header}.h>\n")
+    execute_process(COMMAND ${COMPILER} -std=c++17 -fsyntax-only ${BINARY}/old.cpp ${arguments}
+      RESULT_VARIABLE status ERROR_VARIABLE errors)
+    string(REGEX MATCHALL "error:[^\n]*" errors "${errors}")
+    list(LENGTH errors count)
+    if(status EQUAL 0 OR NOT errors MATCHES "^error:[^;]*Claribox needs C\\+\\+20" OR count GREATER 2)
+      message(FATAL_ERROR "${header}.h below C++20: ${errors}")
+    endif()
+  endforeach()
   execute_process(COMMAND ${COMPILER} -std=c++20 ${flags} ${SOURCE}/host.cpp -I${BINARY}/readme -o ${BINARY}/host ${arguments}
     COMMAND_ERROR_IS_FATAL ANY)
   set(ENV{LD_LIBRARY_PATH} ${PREFIX}/${LIBDIR})
