@@ -83,7 +83,7 @@ void Batch::Do(const Task& task) {
 
 void Batch::Refuse(const Task& task, const std::string& why) {
     ++m_Failed;
-    m_Messages.Error(task.input, why);
+    m_Messages.Error(InputName(task.input), why);
     m_Messages.Step();
 }
 
@@ -98,7 +98,7 @@ void Batch::Tell(const Task& task, const std::vector<std::string>& losses) {
     if (m_Settings.strict) {
         throw PictureError(text + ", which --strict refuses");
     }
-    m_Messages.Warning(task.input, text);
+    m_Messages.Warning(InputName(task.input), text);
 }
 
 void Batch::Process(const Task& task) {
@@ -119,11 +119,14 @@ void Batch::Process(const Task& task) {
     Tell(task, losses);
     StopIfInterrupted();
     picture.Decode();
+    if (!picture.Damage().empty()) {
+        Tell(task, {picture.Damage()});
+    }
     StopIfInterrupted();
     Report report;
     picture.Apply([&](const PackedPixels& pixels) { report = m_Operation.apply(m_Settings, pixels); });
     if ((m_Settings.verbose || report.unasked) && !report.text.empty()) {
-        m_Messages.Note(task.input, report.text);
+        m_Messages.Note(InputName(task.input), report.text);
     }
     StopIfInterrupted();
     OutputFile output(task.output, m_Settings.force);

@@ -48,6 +48,9 @@ MotionGuess GuessAndPlot(const Settings& settings, const Task& task) {
     MemoryBudget budget(FreeBytes());
     const MemoryBudget::Share share(budget, EstimateBytes(shape, GuessWorkingBytes(shape), "pngsave"));
     picture.Decode();
+    if (!picture.Damage().empty()) {
+        Messages(0, settings.quiet).Warning(InputName(task.input), picture.Damage());
+    }
     StopIfInterrupted();
     MotionGuess guess = {};
     DegreeCosts costs;
@@ -73,9 +76,9 @@ std::string ResultLine(const Settings& settings, const Task& task) {
         const std::string name = settings.inputs.size() > 1 ? Printable(task.input) + ": " : "";
         return (settings.json ? JsonOf(task.input, guess) : name + TextOf(guess)) + '\n';
     } catch (const std::bad_alloc&) {
-        Messages().Error(task.input, "memory ran out; free some");
+        Messages().Error(InputName(task.input), "memory ran out; free some");
     } catch (const std::exception& error) {
-        Messages().Error(task.input, error.what());
+        Messages().Error(InputName(task.input), error.what());
     }
     return {};
 }

@@ -94,7 +94,7 @@ std::int64_t EstimateBytes(const PictureShape& shape, std::int64_t workingBytes,
     const std::int64_t turning = shape.turned ? picture : 0;
     // Greyscale is spread over three channels for the library.
     const std::int64_t working = workingBytes + (shape.bands < 3 ? 3 * shape.Pixels() : 0);
-    return picture + std::max({decoding, turning, working, CoderBytes(writer, shape)}) + FixedBytes;
+    return shape.heldBytes + picture + std::max({decoding, turning, working, CoderBytes(writer, shape)}) + FixedBytes;
 }
 
 std::int64_t FreeBytes() {

@@ -17,7 +17,8 @@ struct PictureShape {
     int bands;               ///< as it is worked on: 1 to 4 bytes a pixel
     int storedBytesPerPixel; ///< as it is decoded
     bool turned;             ///< orientation has to be applied, which takes a second copy
-    std::string reader;      ///< libvips' name of it, such as "jpegload"
+    std::string reader;      ///< libvips' name of it, such as "jpegload_source"
+    std::int64_t heldBytes;  ///< of the undecoded picture
 
     int SmallerSide() const { return std::min(width, height); }
     std::int64_t Pixels() const { return std::int64_t{width} * height; }

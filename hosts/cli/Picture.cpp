@@ -8,17 +8,6 @@
 namespace cli {
 namespace {
 
-/// Opens without decoding. libvips takes "[...]" at the end of a file name for options; a name that happens to end so
-/// is opened as a stream instead.
-vips::VImage OpenSequentially(const std::string& path) {
-    vips::VOption* options =
-        vips::VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_ERROR);
-    if (path.ends_with(']')) {
-        return vips::VImage::new_from_source(vips::VSource::new_from_file(path.c_str()), "", options);
-    }
-    return vips::VImage::new_from_file(path.c_str(), options);
-}
-
 /// A copy in memory that nothing else reads: `copy_memory` may hand out a mapped file or a shared image instead.
 vips::VImage OwnCopy(const vips::VImage& image) {
     vips::VImage copy = vips::VImage::new_memory();
@@ -78,14 +67,27 @@ bool IsRgb(VipsInterpretation space) {
 
 } // namespace
 
-Picture::Picture(const std::string& path) {
-    TryVips("is no picture that can be read, such as JPEG, PNG, TIFF or WebP", [&] {
-        m_Image = OpenSequentially(path);
-        Prepare();
-    });
+Picture::Picture(const std::string& input) : m_Reader(input) {
+    Read("cannot be opened, it may be damaged", [&] { Open(); });
 }
 
-void Picture::Prepare() {
+/// Takes a step; where a decoder would have to guess, opens the picture anew, lets it, and takes the step again.
+template <typename Step>
+void Picture::Read(const std::string& fault, Step step) {
+    if (m_Damage.empty() && m_Reader.CanBeTolerant()) {
+        try {
+            return step();
+        } catch (const vips::VError&) {
+            m_Damage = "may be damaged, what cannot be made out is guessed" + VipsComplaint();
+        }
+        TryVips(fault, [&] { Open(); });
+    }
+    TryVips(fault, step);
+}
+
+void Picture::Open() {
+    m_Image = m_Reader.Open(!m_Damage.empty());
+    m_Losses.clear();
     m_StoredBytesPerPixel = static_cast<int>(VIPS_IMAGE_SIZEOF_PEL(m_Image.get_image()));
     m_Turned = HeaderNumber(m_Image, VIPS_META_ORIENTATION, 1) > 1;
     if (const int pages = HeaderNumber(m_Image, VIPS_META_N_PAGES, 1);
@@ -95,6 +97,9 @@ void Picture::Prepare() {
     ReduceToEightBits();
     RefuseUnfitSizes();
     m_Image = WithExifResolution(m_Image);
+    if (m_LuminanceAlone) {
+        ReduceToLuminance();
+    }
 }
 
 void Picture::RefuseUnfitSizes() const {
@@ -169,10 +174,12 @@ void Picture::ConvertToRgbOrGrey() {
 
 PictureShape Picture::Shape() const {
     return {m_Image.width(),       m_Image.height(), m_Image.bands(),
-            m_StoredBytesPerPixel, m_Turned,         HeaderText(m_Image, VIPS_META_LOADER)};
+            m_StoredBytesPerPixel, m_Turned,         HeaderText(m_Image, VIPS_META_LOADER),
+            m_Reader.HeldBytes()};
 }
 
 void Picture::ReduceToLuminance() {
+    m_LuminanceAlone = true;
     if (m_Image.bands() >= 3) {
         // In 16 fractional bits, as in the other verbs: whole numbers that a float holds exactly.
         const vips::VImage weights = vips::VImage::new_matrixv(3, 1, 19595.0, 38470.0, 7471.0);
@@ -187,10 +194,11 @@ void Picture::ReduceToLuminance() {
 }
 
 void Picture::Decode() {
-    m_Image = TryVips("cannot be read to its end, it may be damaged or cut short", [&] {
+    Read("cannot be read to its end, it may be damaged or cut short", [&] {
         const vips::VImage decoded = OwnCopy(m_Image);
-        return m_Turned ? OwnCopy(decoded.autorot()) : decoded;
+        m_Image = m_Turned ? OwnCopy(decoded.autorot()) : decoded;
     });
+    m_Image.remove(VIPS_META_CONCURRENCY);
     // The preview that cameras put into EXIF would go on showing the picture as it was.
     m_Image.remove("jpeg-thumbnail-data");
 }
@@ -214,19 +222,6 @@ void Picture::Apply(const std::function<void(const PackedPixels&)>& operation) {
     for (std::size_t k = 0; k < pixels; ++k) {
         samples[bands * k] = packed[3 * k];
     }
-}
-
-std::string VipsComplaint() {
-    const std::string text = vips_error_buffer();
-    vips_error_clear();
-    // What the system said follows on a line of its own.
-    const std::string mark = "unix error: ";
-    std::string complaint = text.substr(0, text.find('\n'));
-    if (const std::size_t system = text.find(mark); system != std::string::npos) {
-        const std::size_t start = system + mark.size();
-        complaint += ": " + text.substr(start, text.find('\n', start) - start);
-    }
-    return complaint.empty() ? "no reason given" : complaint;
 }
 
 } // namespace cli

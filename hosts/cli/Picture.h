@@ -1,9 +1,10 @@
 // One picture: read through libvips, upright and of 8 bits a sample, and worked on in place.
 #pragma once
 
-#include "Errors.h"
 #include "Memory.h"
 #include "PackedPixels.h"
+#include "PictureReader.h"
+#include "TryVips.h"
 
 #include <vips/vips8>
 
@@ -18,7 +19,7 @@ class Picture {
 public:
     /// Reads the header only. Refuses pictures of one pixel, those whose bytes cannot be counted in 32 bits, and what
     /// is neither greyscale nor colour.
-    explicit Picture(const std::string& path);
+    explicit Picture(const std::string& input);
 
     PictureShape Shape() const;
 
@@ -28,8 +29,11 @@ public:
     /// What the 8-bit upright picture lacks of the stored one, a sentence each; empty for most pictures.
     const std::vector<std::string>& Losses() const { return m_Losses; }
 
-    /// Reads the pixels. A damaged or truncated file is an error.
+    /// Reads the pixels. A truncated file is an error, and so is damage that does not leave a whole picture.
     void Decode();
+
+    /// What is wrong with the file, known after `Decode`, though it leaves a picture; empty for most.
+    const std::string& Damage() const { return m_Damage; }
 
     /// Has `operation` work on the decoded pixels. Greyscale is spread over three channels for it and taken back from
     /// the first of them.
@@ -40,29 +44,21 @@ public:
     const vips::VImage& Image() const { return m_Image; }
 
 private:
-    void Prepare();
+    template <typename Step>
+    void Read(const std::string& fault, Step step);
+    void Open();
     void RefuseUnfitSizes() const;
     void ReduceToEightBits();
     void ConvertToRgbOrGrey();
 
+    PictureReader m_Reader; // outlives the image that reads from it
     // The image keeps all it was read with: building a new one around the pixels would lose most fields.
     vips::VImage m_Image;
     std::vector<std::string> m_Losses;
+    std::string m_Damage;
+    bool m_LuminanceAlone = false;
     int m_StoredBytesPerPixel = 0;
     bool m_Turned = false;
 };
-
-/// What libvips says went wrong, in one line. It is then forgotten, so that the next fault starts anew.
-std::string VipsComplaint();
-
-/// Takes a step of libvips; where it fails, `PictureError` says `what` went wrong and how libvips puts it.
-template <typename Step>
-auto TryVips(const std::string& what, Step step) {
-    try {
-        return step();
-    } catch (const vips::VError&) {
-        throw PictureError(what + " (" + VipsComplaint() + ")");
-    }
-}
 
 } // namespace cli

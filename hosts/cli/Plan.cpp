@@ -2,10 +2,12 @@
 
 #include "Errors.h"
 #include "OutputFile.h"
+#include "PictureReader.h"
 #include "PictureWriter.h"
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 
@@ -49,6 +51,9 @@ void PrepareFolder(const fs::path& folder, const std::string& option) {
 }
 
 std::string InputProblem(const fs::path& input) {
+    if (IsStandardInput(input)) {
+        return {};
+    }
     std::error_code error;
     const fs::file_status status = fs::status(input, error);
     if (status.type() == fs::file_type::not_found) {
@@ -89,6 +94,12 @@ bool IsSameFile(const fs::path& one, const fs::path& other) {
     return fs::equivalent(one, other, none); // device and inode, links followed
 }
 
+void RefuseStandardInputTwice(const Settings& settings) {
+    if (std::ranges::count_if(settings.inputs, IsStandardInput) > 1) {
+        throw UsageError("standard input can be read but once; give - once, or ./- for a file of that name");
+    }
+}
+
 /// Inputs that are missing have no file to protect, and no file of their own to be found again.
 void ProtectInputs(const std::vector<Task>& tasks, const std::string& option) {
     for (const Task& writing : tasks) {
@@ -97,7 +108,8 @@ void ProtectInputs(const std::vector<Task>& tasks, const std::string& option) {
             continue;
         }
         for (const Task& reading : tasks) {
-            if (IsSameFile(writing.output, reading.input)) {
+            const fs::path input = IsStandardInput(reading.input) ? "/dev/stdin" : reading.input;
+            if (IsSameFile(writing.output, input)) {
                 throw UsageError(option + ": the output " + Quoted(writing.output) + " is the input " +
                                  Quoted(reading.input) + "; name another place, no input is ever replaced");
             }
@@ -129,6 +141,7 @@ std::vector<Task> PlanTasks(const Settings& settings, const std::string& option)
     for (const std::string& input : settings.inputs) {
         tasks.push_back({input, batch ? (output / fs::path(input).filename()).string() : settings.output, {}});
     }
+    RefuseStandardInputTwice(settings);
     RefuseSharedOutputs(tasks, option);
     ProtectInputs(tasks, option);
     if (batch) {
@@ -146,6 +159,7 @@ std::vector<Task> PlanTasks(const Settings& settings, const std::string& option)
 }
 
 std::vector<Task> PlanReading(const Settings& settings) {
+    RefuseStandardInputTwice(settings);
     std::vector<Task> tasks;
     for (const std::string& input : settings.inputs) {
         tasks.push_back({input, {}, InputProblem(input)});

@@ -128,7 +128,8 @@ OptionRow Quiet() {
 }
 
 OptionRow Inputs() {
-    return {"IN", "PICTURE...", "pictures to read: JPEG, PNG, TIFF, WebP and whatever else libvips reads",
+    return {"IN", "PICTURE...",
+            "pictures to read: JPEG, PNG, TIFF, WebP, GIF, HEIF, AVIF, JPEG XL, PPM; - for standard input",
             &Settings::inputs, true};
 }
 

@@ -3,6 +3,7 @@
 #include "CommandLine.h"
 #include "Errors.h"
 #include "Messages.h"
+#include "PictureReader.h"
 #include "Signals.h"
 
 #include <vips/vips8>
@@ -20,6 +21,7 @@ void PrepareVips(const char* program) {
         throw std::runtime_error("libvips cannot be started");
     }
     vips_cache_set_max(0);
+    cli::AllowReadersOfPicturesOnly();
     g_log_set_handler("VIPS", static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_MESSAGE | G_LOG_LEVEL_INFO),
                       Ignore, nullptr);
 }

@@ -24,6 +24,7 @@ void Furnish(const TemporaryFolder& folder) {
         WriteFile(folder / ("cut_" + std::string(name)), whole.substr(0, whole.size() * 6 / 10));
     }
     Save(RandomPicture(101, 67, 3, 4), folder / "larger.png");
+    WriteFile(folder / "damaged.jpg", Damaged(ReadFile(folder / "in.jpg")));
     Save(RandomPicture(1, 1, 3, 2), folder / "pixel.png");
     Save(RandomPicture(1, 40, 1, 3), folder / "line.png");
     Save(picture.bandjoin(picture), folder / "six.tif");
@@ -31,6 +32,8 @@ void Furnish(const TemporaryFolder& folder) {
     WriteFile(folder / "large.hdr", "#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 10000 +X 10000\n");
     WriteFile(folder / "text.jpg", "no picture");
     WriteFile(folder / "empty.png", "");
+    WriteFile(folder / "numbers.png", "2 2\n1 2\n3 4\n"); // a matrix, for libvips
+    WriteFile(folder / "head.tif", "II*" + std::string(100, '\0'));
     fs::create_directory(folder / "folder");
     WriteFile(folder / "folder" / "in.png", ReadFile(folder / "in.png"));
     fs::create_directory(folder / "closed");
@@ -125,8 +128,16 @@ TEST(BadInput, Pictures) {
         {"blur folder -o out.png", 1, {"folder: is a folder"}},
         {"blur /dev/null -o out.png", 1, {"/dev/null: is no regular file"}},
         {"blur secret.png -o out.png", 1, {"secret.png: no permission"}, {.asNobody = true}},
-        {"blur text.jpg -o out.png", 1, {"text.jpg: is no picture"}},
-        {"blur empty.png -o out.png", 1, {"empty.png: is no picture"}},
+        {"blur text.jpg -o out.png", 1, {"text.jpg: is no picture", "take JPEG, PNG, TIFF"}},
+        {"blur numbers.png -o out.png", 1, {"numbers.png: is no picture"}},
+        {"blur head.tif -o out.png", 1, {"head.tif: cannot be opened"}},
+        {"blur - -o out.png", 1, {"standard input: is empty"}},
+        {"blur - -o out.png", 1, {"standard input: is no picture"}, {.input = "/dev/zero"}},
+        {"blur - -o out.png", 1, {"standard input: cannot be read: Is a directory"}, {.input = "."}},
+        {"blur - -o link.png --force", 2, {"-o: the output 'link.png' is the input"}, {.input = "in.png"}},
+        {"guess-motion - -", 2, {"standard input can be read but once"}},
+        {"blur damaged.jpg -o out.png --strict", 1, {"damaged.jpg: may be damaged", "which --strict refuses"}},
+        {"blur empty.png -o out.png", 1, {"empty.png: is empty"}},
         {"blur six.tif -o out.png", 1, {"six.tif: has 6 channels"}},
         {"blur pixel.png -o out.png --radius 1", 1, {"pixel.png: a picture of one pixel"}},
         {"blur line.png -o out.png --radius 2", 1, {"line.png: --radius 2", "at most 1"}},

@@ -73,6 +73,7 @@ void Limit(decltype(RLIMIT_AS) what, std::size_t bytes) {
     const bool changed = !options.asNobody || geteuid() != 0 ||
                          (setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0);
     if (changed && chdir(folder.c_str()) == 0) {
+        dup2(open(options.input, O_RDONLY | O_CLOEXEC), STDIN_FILENO);
         if (!options.outFile.empty()) {
             dup2(open(options.outFile.c_str(), O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
         }

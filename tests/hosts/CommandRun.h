@@ -31,11 +31,12 @@ std::string ReadFile(const std::filesystem::path& path);
 void WriteFile(const std::filesystem::path& path, const std::string& bytes);
 
 struct RunOptions {
-    bool asNobody = false;        ///< gives up the rights of root, if it has them
-    bool onTerminal = false;      ///< standard error is a terminal
-    std::string outFile = {};     ///< stands for standard output; none: it is collected
-    std::size_t fileSize = 0;     ///< limit in bytes of each file written; 0 for none
-    std::size_t addressSpace = 0; ///< limit in bytes of memory; 0 for none
+    bool asNobody = false;           ///< gives up the rights of root, if it has them
+    bool onTerminal = false;         ///< standard error is a terminal
+    std::string outFile = {};        ///< stands for standard output; none: it is collected
+    std::size_t fileSize = 0;        ///< limit in bytes of each file written; 0 for none
+    std::size_t addressSpace = 0;    ///< limit in bytes of memory; 0 for none
+    const char* input = "/dev/null"; ///< read as standard input, by a path from the folder
     std::function<void(pid_t)> meanwhile = [](pid_t) {};
 };
 

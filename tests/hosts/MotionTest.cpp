@@ -75,7 +75,7 @@ TEST(GuessMotion, TellsDegreeRegionAndTimeOfEachPicture) {
             patch = patch.bandjoin(255.0);
         }
         const vips::VImage picture = patch.embed(row.left, row.top, row.width, row.height);
-        const std::string name = std::to_string(expected.size()) + ".v";
+        const std::string name = std::to_string(expected.size()) + ".tif";
         names += " " + name;
         Save(picture, folder / name);
         expected.push_back(LibraryGuess(picture, true));
@@ -83,16 +83,16 @@ TEST(GuessMotion, TellsDegreeRegionAndTimeOfEachPicture) {
             EXPECT_NE(expected.back()["degree"], LibraryGuess(picture, false)["degree"]);
         }
     }
-    const RunResult plain = RunCommand(folder, "guess-motion" + names + " none.v");
+    const RunResult plain = RunCommand(folder, "guess-motion" + names + " none.tif");
     const RunResult parsed = RunCommand(folder, "guess-motion --json" + names);
     EXPECT_EQ(plain.status, 1);
-    EXPECT_EQ(plain.err, "claribox: none.v: no such file; name an existing picture\n");
+    EXPECT_EQ(plain.err, "claribox: none.tif: no such file; name an existing picture\n");
     EXPECT_EQ(parsed.status, 0) << parsed.err;
     std::istringstream plainLines(plain.out);
     std::istringstream parsedLines(parsed.out);
     for (std::size_t k = 0; k < expected.size(); ++k) {
         SCOPED_TRACE(testing::Message() << rows[k].width << "x" << rows[k].height << ", bands " << rows[k].bands);
-        const std::string name = std::to_string(k) + ".v";
+        const std::string name = std::to_string(k) + ".tif";
         std::string line;
         ASSERT_TRUE(std::getline(plainLines, line));
         EXPECT_TRUE(line.starts_with(name + ": " + AsText(expected[k]) + " in ")) << line;

@@ -166,6 +166,19 @@ TEST(Picture, WarnsWhereTheOutputsFormatKeepsLess) {
     EXPECT_NE(exif.err.find("without EXIF"), std::string::npos) << exif.err;
 }
 
+TEST(Picture, WarnsOfDamageThatLeavesAPicture) {
+    const TemporaryFolder folder;
+    Save(RandomPicture(64, 64, 3, 11), folder / "in.jpg");
+    WriteFile(folder / "in.jpg", Damaged(ReadFile(folder / "in.jpg")));
+    for (const char* line : {"blur in.jpg -o out.png", "guess-motion in.jpg"}) {
+        const RunResult result = RunCommand(folder, line);
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.ErrorLines(), 1u) << result.err;
+        EXPECT_NE(result.err.find("in.jpg: warning: may be damaged"), std::string::npos) << result.err;
+    }
+    EXPECT_EQ(Load(folder / "out.png").height(), 64);
+}
+
 TEST(Picture, JpegQualityIs92UnlessGiven) {
     const TemporaryFolder folder;
     Save(RandomPicture(64, 64, 3, 10), folder / "in.png");

@@ -32,6 +32,9 @@ std::string Blob(const vips::VImage& picture, const char* field);
 vips::VImage Load(const std::filesystem::path& path);
 void Save(const vips::VImage& picture, const std::filesystem::path& path);
 
+/// A JPEG file with a mark amid its pixels, behind which its decoder makes do without them.
+std::string Damaged(std::string jpeg);
+
 /// Saves `picture` in a folder of its own, runs the verb and options of `line` on it, expects that to succeed without a
 /// word, and returns the output. Both files have this ending.
 vips::VImage Made(const vips::VImage& picture, const std::string& line, const std::string& ending = ".png");

@@ -1,0 +1,26 @@
+// Faults of libvips as errors of a picture.
+#pragma once
+
+#include "Errors.h"
+
+#include <vips/vips8>
+
+#include <string>
+
+namespace cli {
+
+/// What libvips says went wrong, in one line and in brackets; empty where it says nothing. It is then forgotten, so
+/// that the next fault starts anew.
+std::string VipsComplaint();
+
+/// Takes a step of libvips; where it fails, `PictureError` says `what` went wrong and how libvips puts it.
+template <typename Step>
+auto TryVips(const std::string& what, Step step) {
+    try {
+        return step();
+    } catch (const vips::VError&) {
+        throw PictureError(what + VipsComplaint());
+    }
+}
+
+} // namespace cli
