@@ -44,7 +44,8 @@ public:
 
     /// Denoises in place: the luminance plane by shrinkage of its wavelet coefficients, the chrominance planes by a
     /// mean of like neighbours. With the measurement on, stores the measured threshold and its region. Takes 8 bytes
-    /// a pixel and below 2 MiB of working memory. Throws what the global `new` throws where memory runs out.
+    /// a pixel and below 2 MiB of working memory. Throws what the global `new` throws where memory runs out; each
+    /// plane is then either as it was or finished, and what was measured until then is stored.
     void Denoise_YUV(unsigned char* y, unsigned char* u, unsigned char* v);
 
     /// Touches nothing: red, green and blue are not what this class works on.

@@ -1,10 +1,13 @@
 // Whole pictures through every vector class against the plain pipeline, byte for byte.
+#include "common/FailingNew.h"
 #include "common/VectorClassTest.h"
 #include "denoise/TestPlanes.h"
 #include "reference/denoise_slow.h"
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <new>
 
 namespace {
 
@@ -128,6 +131,52 @@ TEST(DenoisePipeline, RegionAndThresholdStayBetweenPictures) {
     denoiser.SetAutoMeasure(false);
     denoiser.Denoise_YUV(y.data(), u.data(), v.data());
     EXPECT_EQ(denoiser.m_Threshold, expected) << "the last measured threshold stays in use";
+}
+
+// A plane is either as it was or finished, and the object as good as new.
+TEST(DenoisePipeline, EveryRefusedAllocationIsThrownAndLeaksNothing) {
+    const Row size = {113, 120, 0, kAuto, 20};
+    const Picture source = MakePicture(size);
+    using Planes = std::array<GuardedCopy<std::uint8_t>, 3>;
+    const struct {
+        const char* name;
+        std::function<void(CImageDenoiser&, Planes&)> call;
+        int fewest; ///< requests
+    } rows[] = {
+        {"construct and set up", [](auto&, auto&) { CImageDenoiser(DenoiserOf(96, 96)).SetThreshold(3, -1); }, 0},
+        {"Denoise_YUV", [](auto& d, auto& p) { d.Denoise_YUV(p[0].data(), p[1].data(), p[2].data()); }, 20},
+        {"ShowFreqBand", [](auto& d, auto& p) { d.ShowFreqBand(p[0].data(), 1); }, 10},
+    };
+    for (const auto& row : rows) {
+        const auto made = [&] { return Planes{{{source[0], 1}, {source[1], 2}, {source[2], 3}}}; };
+        Planes expected = made();
+        CImageDenoiser denoiser = DenoiserOf(size.width, size.height);
+        row.call(denoiser, expected);
+        int refused = 0;
+        for (bool thrown = true; thrown; ++refused) {
+            SCOPED_TRACE(::testing::Message() << row.name << ", request " << refused << " refused");
+            Planes planes = made();
+            int live = 0;
+            {
+                FailingNew memory(refused);
+                try {
+                    row.call(denoiser, planes);
+                    thrown = false;
+                } catch (const std::bad_alloc&) {
+                }
+                EXPECT_EQ(thrown, memory.Requests() > refused);
+                live = memory.Live();
+            }
+            EXPECT_EQ(live, 0);
+            for (std::size_t k = 0; k < 3; ++k) {
+                const std::size_t count = source[k].size();
+                EXPECT_TRUE(SameBytes(expected[k].data(), planes[k].data(), count) ||
+                            (thrown && SameBytes(source[k].data(), planes[k].data(), count)));
+                EXPECT_TRUE(planes[k].GuardsIntact());
+            }
+        }
+        EXPECT_GT(refused, row.fewest) << row.name;
+    }
 }
 
 } // namespace

@@ -158,16 +158,19 @@ std::int32_t Live(const JobRow& row, DftDescriptor** handle) {
     return status;
 }
 
-// Without cached blocks, each request of each thread comes to the allocator.
+// Without cached blocks, each request of each thread comes to the allocator; cells of refused blocks stay in use until
+// all are released.
 TEST_F(JobLife, EveryRefusedAllocationIsStatus1AndLeaksNothing) {
-    const TestNumber disabled(dft::fast_mm_disabled, 1);
-    for (const int threads : {1, 3}) {
+    const std::pair<int, bool> surroundings[] = {{1, true}, {3, true}, {1, false}};
+    for (const auto& [threads, disabled] : surroundings) {
+        const TestNumber uncached(dft::fast_mm_disabled, disabled);
         const EngineThreads engine(threads);
         for (const JobRow& row : kJobs) {
             int refused = 0;
             for (std::int32_t status = 1; status != 0; ++refused) {
-                SCOPED_TRACE(::testing::Message()
-                             << row.name << ", threads " << threads << ", request " << refused << " refused");
+                SCOPED_TRACE(::testing::Message() << row.name << ", threads " << threads << ", uncached " << disabled
+                                                  << ", request " << refused << " refused");
+                dft::engine_free_buffers();
                 ASSERT_EQ(m_Allocator.Live(), 0);
                 DftDescriptor* handle = nullptr;
                 m_Allocator.Refuse(refused);
@@ -176,6 +179,10 @@ TEST_F(JobLife, EveryRefusedAllocationIsStatus1AndLeaksNothing) {
                 m_Allocator.Refuse(-1);
                 EXPECT_EQ(handle == nullptr, refused == 0);
                 EXPECT_EQ(dft::dfti_free_descriptor(&handle), refused == 0 ? 3 : 0);
+                if (!disabled) { // the thread's next job has the other cells
+                    EXPECT_EQ(Live(row, &handle), 0);
+                    EXPECT_EQ(dft::dfti_free_descriptor(&handle), 0);
+                }
             }
             EXPECT_GT(refused, 2) << row.name;
         }
