@@ -1,5 +1,6 @@
 #include "Verbs.h"
 
+#include "BlurLimit.h"
 #include "Completion.h"
 #include "Denoise.h"
 #include "Errors.h"
@@ -8,9 +9,8 @@
 #include "Info.h"
 #include "ParseNumber.h"
 
-#include <claribox/ChFunctions.h>
-
 #include <algorithm>
+#include <cstdio>
 #include <string_view>
 
 namespace cli {
@@ -20,9 +20,6 @@ constexpr int LargestQuality = 100;
 constexpr int LargestJobs = 256;
 constexpr int LargestDeblurRadius = 10;
 constexpr int LargestBlurRadius = 50;
-
-/// The largest radius at which no sum of `CImageFocus::Blur` can pass 2^31, whatever the picture.
-constexpr int LargestSafeBlurRadius = 5;
 
 /// The kernel's (2 * length + 1)^2 elements are counted in 32 bits.
 constexpr int LargestLength = 23169;
@@ -45,6 +42,11 @@ std::int64_t PlanesAndKernel(std::int64_t pixels, std::int64_t half) {
     return 3 * pixels + 2 * 4 * side * side;
 }
 
+std::int64_t BlurWorkingBytes(const Settings& settings, const PictureShape& shape) {
+    constexpr std::int64_t copy = 4; // bytes a pixel: where it is close whether a sum wraps, a copy is blurred
+    return copy * shape.Pixels() + PlanesAndKernel(shape.Pixels(), settings.radius);
+}
+
 std::int64_t RadiusWorkingBytes(const Settings& settings, const PictureShape& shape) {
     return PlanesAndKernel(shape.Pixels(), settings.radius);
 }
@@ -57,25 +59,17 @@ std::string NoCaution(const Settings&) {
     return {};
 }
 
-/// From radius 6 on the sum under the kernel can pass 2^31, which the library defines to wrap: the pixel turns black.
-/// The smallest constant sample for which it does follows from the kernel, quantised to 16 fractional bits.
+/// From radius 6 on the sum under the kernel can pass 2^31, which the library defines to wrap.
 std::string BlurCaution(const Settings& settings) {
-    if (settings.radius <= LargestSafeBlurRadius) {
+    if (!settings.exact || settings.radius <= SafeBlurRadius) {
         return {};
     }
-    const int side = 2 * settings.radius + 1;
-    ChMatrix<float> kernel;
-    ChMakeGaussianPSF(kernel, side, side, 2.0 * settings.radius);
-    std::int64_t weights = 0;
-    for (int i = 0; i < side; ++i) {
-        for (int j = 0; j < side; ++j) {
-            weights += static_cast<std::int64_t>(kernel.At(i, j) * 65536.0f);
-        }
-    }
-    const std::int64_t lowest = ((std::int64_t{1} << 31) - 1) / std::max<std::int64_t>(weights, 1) + 1;
-    return "--radius " + std::to_string(settings.radius) + ": areas with samples of " + std::to_string(lowest) +
-           " and more can turn black, because sums wrap at 32 bits; the largest radius without this is " +
-           std::to_string(LargestSafeBlurRadius);
+    const std::string side = std::to_string(2 * settings.radius + 1);
+    char mean[16];
+    std::snprintf(mean, sizeof mean, "%.1f", WrappingMean(settings.radius));
+    return "--radius " + std::to_string(settings.radius) + ": where the mean of the " + side + " by " + side +
+           " samples around a pixel passes " + mean +
+           ", its sum wraps at 32 bits and it turns black or takes a random level";
 }
 
 CImageFocus SizedFor(const PackedPixels& pixels) {
@@ -85,6 +79,12 @@ CImageFocus SizedFor(const PackedPixels& pixels) {
 }
 
 Report Blur(const Settings& settings, const PackedPixels& pixels) {
+    if (!settings.exact && settings.radius > SafeBlurRadius && BlurWraps(pixels, settings.radius)) {
+        throw PictureError(
+            "--radius " + std::to_string(settings.radius) +
+            " would turn bright areas of this picture black, because sums wrap at 32 bits; give at most " +
+            std::to_string(LargestUnwrappedRadius(pixels, settings.radius - 1)) + ", or --exact to do it anyway");
+    }
     CImageFocus focus = SizedFor(pixels);
     focus.SetRadius(settings.radius);
     focus.Blur(pixels.data, pixels.format, pixels.pitch);
@@ -161,7 +161,7 @@ const std::vector<Verb>& Table() {
         {"blur", "blur pictures",
          WithPictureOptions({{"--radius", "N", "radius of the blur in pixels, at most the picture's smaller side",
                               WholeNumber{&Settings::radius, 1, LargestBlurRadius}}}),
-         PixelOperation{Blur, RadiusMisfit, RadiusWorkingBytes, BlurCaution}},
+         PixelOperation{Blur, RadiusMisfit, BlurWorkingBytes, BlurCaution}},
         {"motion-blur", "smear pictures along a line, as a moving camera does",
          WithPictureOptions({{"--length", "N", "length of the motion in pixels, below the picture's smaller side",
                               WholeNumber{&Settings::length, 1, LargestLength}},

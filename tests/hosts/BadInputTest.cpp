@@ -2,7 +2,12 @@
 #include "CommandRun.h"
 #include "TestPictures.h"
 
+#include <claribox/ChFunctions.h>
+
 #include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
 
 namespace fs = std::filesystem;
 
@@ -212,17 +217,55 @@ TEST(BadInput, PictureThatCannotFitIntoMemory) {
                     {"demotion-blur large.hdr -o out.png", 1, {"large.hdr: needs about 5012 MiB"}, limited}});
 }
 
-TEST(BadInput, BlurWarnsFromRadius6OnWhereBrightAreasCanWrap) {
-    const TemporaryFolder folder;
-    Save(RandomPicture(31, 23, 3, 1), folder / "in.png");
-    for (const auto& [radius, limit] :
-         {std::pair<std::string, const char*>{"6", "samples of 222 and more"}, {"10", "samples of 85 and more"}}) {
-        const RunResult result = RunCommand(folder, "blur in.png -o out.png --force --radius " + radius);
-        EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(result.ErrorLines(), 1u);
-        EXPECT_NE(result.err.find(limit), std::string::npos) << result.err;
+/// The sum of the library's 16.16 weights in a blur of this radius, times samples taken in turns.
+std::int64_t BlurWeights(int radius, const std::vector<double>& samples) {
+    const int side = 2 * radius + 1;
+    ChMatrix<float> kernel;
+    ChMakeGaussianPSF(kernel, side, side, 2.0 * radius);
+    std::int64_t sum = 0;
+    for (std::size_t k = 0; k < kernel.Count(); ++k) {
+        sum += static_cast<std::int64_t>(kernel.m_Data[k] * 65536.0f) *
+               static_cast<std::int64_t>(samples[k % samples.size()]);
     }
-    EXPECT_EQ(RunCommand(folder, "blur in.png -o five.png --radius 5").err, "");
+    return sum;
+}
+
+// A picture of the kernel's size whose largest sum, the middle's, is as near to 2^31 as one sample can bring it: one
+// level less in one place keeps it below.
+TEST(BadInput, BlurRefusesExactlyTheRadiusAtWhichSumsWrap) {
+    const TemporaryFolder folder;
+    for (const auto& [radius, mean] : {std::pair{6, "221.1"}, {10, "84.1"}, {50, "3.6"}}) {
+        const int side = 2 * radius + 1;
+        const auto pixels = static_cast<std::size_t>(side * side);
+        constexpr std::int64_t limit = (std::int64_t{1} << 31) - 1;
+        std::vector<double> samples(pixels, std::floor(double(limit) / double(BlurWeights(radius, {1.0}))));
+        std::size_t next = 0;
+        std::vector<double> below = samples;
+        for (; BlurWeights(radius, samples) <= limit; ++next) {
+            below = samples;
+            samples[next] += 1.0;
+        }
+        for (const bool wraps : {false, true}) {
+            std::vector<unsigned char> rgba(4 * pixels, 255); // dark but for one colour
+            for (std::size_t k = 0; k < pixels; ++k) {
+                rgba[4 * k] = rgba[4 * k + 1] = 0;
+                rgba[4 * k + 2] = static_cast<unsigned char>((wraps ? samples : below)[k]);
+            }
+            const vips::VImage picture =
+                vips::VImage::new_from_memory(rgba.data(), rgba.size(), side, side, 4, VIPS_FORMAT_UCHAR)
+                    .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+            Save(picture, folder / "in.png");
+            const std::string line = "blur in.png -o out.png --force --radius " + std::to_string(radius);
+            const RunResult result = RunCommand(folder, line);
+            EXPECT_EQ(result.status, wraps ? 1 : 0) << radius << result.err;
+            EXPECT_EQ(result.ErrorLines(), wraps ? 1u : 0u);
+            const std::string least = "give at most " + std::to_string(radius - 1) + ", or --exact";
+            EXPECT_EQ(result.err.find(least) != std::string::npos, wraps) << result.err;
+            const RunResult exact = RunCommand(folder, line + " --exact");
+            EXPECT_EQ(exact.status, 0);
+            EXPECT_NE(exact.err.find(std::string("passes ") + mean), std::string::npos) << exact.err;
+        }
+    }
 }
 
 } // namespace

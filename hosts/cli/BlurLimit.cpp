@@ -1,0 +1,153 @@
+#include "BlurLimit.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <vector>
+
+namespace cli {
+namespace {
+
+constexpr double One = 65536.0; // of the library's weights, with 16 fractional bits
+constexpr double Limit = 2147483648.0;
+constexpr double LargestSample = 255.0;
+
+/// More than single precision can lose in two passes of 101 products.
+constexpr double Rounding = 3e-5;
+
+/// One side of the library's bell, which is separable but for its weights' being cut to 16 fractional bits.
+std::vector<float> Bell(int radius) {
+    std::vector<float> weights;
+    for (int d = -radius; d <= radius; ++d) {
+        const double ratio = d / (2.0 * radius);
+        weights.push_back(static_cast<float>(std::exp2(-ratio * ratio)));
+    }
+    return weights;
+}
+
+double SumOf(const std::vector<float>& weights) {
+    double sum = 0.0;
+    for (const float weight : weights) {
+        sum += static_cast<double>(weight);
+    }
+    return sum;
+}
+
+int BytesOf(const PackedPixels& pixels) {
+    return pixels.format == FoPixelFmt_BGR24 ? 3 : 4;
+}
+
+const unsigned char* RowOf(const PackedPixels& pixels, int y) {
+    return pixels.data + static_cast<std::ptrdiff_t>(y) * pixels.pitch;
+}
+
+/// The sums with weights uncut, row after row, of all channels side by side as the pixels stand.
+class UncutSums {
+public:
+    UncutSums(const PackedPixels& pixels, int radius)
+        : m_Pixels(pixels), m_Radius(radius), m_Count(static_cast<std::size_t>(pixels.width * BytesOf(pixels))),
+          m_Margin(static_cast<std::size_t>(radius * BytesOf(pixels))), m_Weights(Bell(radius)),
+          m_Column(m_Count + 2 * m_Margin), m_Sums(m_Count) {}
+
+    const std::vector<float>& Row(int y) {
+        std::ranges::fill(m_Column, 0.0f);
+        for (int row = std::max(0, y - m_Radius); row <= std::min(m_Pixels.height - 1, y + m_Radius); ++row) {
+            const float weight = m_Weights[static_cast<std::size_t>(row - y + m_Radius)];
+            const unsigned char* const samples = RowOf(m_Pixels, row);
+            float* const column = m_Column.data() + m_Margin; // beside it samples are zero
+            for (std::size_t k = 0; k < m_Count; ++k) {
+                column[k] += weight * static_cast<float>(samples[k]);
+            }
+        }
+        std::ranges::fill(m_Sums, 0.0f);
+        for (std::size_t j = 0; j < m_Weights.size(); ++j) {
+            const float weight = m_Weights[j] * static_cast<float>(One);
+            const float* const column = m_Column.data() + j * (m_Margin / static_cast<std::size_t>(m_Radius));
+            for (std::size_t k = 0; k < m_Count; ++k) {
+                m_Sums[k] += weight * column[k];
+            }
+        }
+        return m_Sums;
+    }
+
+private:
+    const PackedPixels& m_Pixels;
+    int m_Radius;
+    std::size_t m_Count;  // samples of a row
+    std::size_t m_Margin; // samples of a radius
+    std::vector<float> m_Weights;
+    std::vector<float> m_Column;
+    std::vector<float> m_Sums;
+};
+
+/// Calls judge(sum, y, k) with the uncut sum at each sample but alpha, k being its place in row y, until it says true;
+/// returns whether it did.
+template <typename Judge>
+bool AnySum(const PackedPixels& pixels, int radius, Judge judge) {
+    UncutSums sums(pixels, radius);
+    const auto bytes = static_cast<std::size_t>(BytesOf(pixels));
+    for (int y = 0; y < pixels.height; ++y) {
+        const std::vector<float>& row = sums.Row(y);
+        for (std::size_t k = 0; k < row.size(); ++k) {
+            if (k % bytes < 3 && judge(static_cast<double>(row[k]), y, k)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+bool BlurWraps(const PackedPixels& pixels, int radius) {
+    const double side = 2.0 * radius + 1.0;
+    const double weights = One * SumOf(Bell(radius)) * SumOf(Bell(radius));
+    int brightest = 0;
+    ForEachPixel(pixels, [&](int r, int g, int b, std::size_t) { brightest = std::max({brightest, r, g, b}); });
+    const double low = Limit * (1.0 - Rounding);
+    if (brightest * weights < low) {
+        return false;
+    }
+    // Cutting takes less than 1 from each weight, and never adds anything.
+    const double high = Limit * (1.0 + Rounding) + side * side * LargestSample;
+    bool close = false;
+    if (AnySum(pixels, radius, [&](double sum, int, std::size_t) {
+            close = close || sum >= low;
+            return sum > high;
+        })) {
+        return true;
+    }
+    if (!close) {
+        return false;
+    }
+    // A sum between the two bounds that wraps is negative, and its quotient 0; one that does not is at least 3.
+    std::vector<unsigned char> copy(CountOf(pixels) * static_cast<std::size_t>(BytesOf(pixels)));
+    const PackedPixels blurred = {copy.data(), pixels.width, pixels.height, pixels.format,
+                                  pixels.width * BytesOf(pixels)};
+    for (int y = 0; y < pixels.height; ++y) {
+        std::copy_n(RowOf(pixels, y), blurred.pitch, copy.data() + static_cast<std::ptrdiff_t>(y) * blurred.pitch);
+    }
+    CImageFocus focus;
+    focus.SetSize(pixels.width, pixels.height);
+    focus.SetRadius(radius);
+    focus.Blur(blurred.data, blurred.format, blurred.pitch);
+    return AnySum(pixels, radius,
+                  [&](double sum, int y, std::size_t k) { return sum >= low && RowOf(blurred, y)[k] == 0; });
+}
+
+// A wider bell weighs more at every distance, so that what wraps at one radius does at all larger ones.
+int LargestUnwrappedRadius(const PackedPixels& pixels, int radius) {
+    int safe = std::min(radius, SafeBlurRadius);
+    int wrapping = radius + 1;
+    while (wrapping - safe > 1) {
+        const int middle = (safe + wrapping) / 2;
+        (BlurWraps(pixels, middle) ? wrapping : safe) = middle;
+    }
+    return safe;
+}
+
+double WrappingMean(int radius) {
+    return Limit / (One * SumOf(Bell(radius)) * SumOf(Bell(radius)));
+}
+
+} // namespace cli
