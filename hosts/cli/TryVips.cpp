@@ -15,4 +15,11 @@ std::string VipsComplaint() {
     return complaint.empty() ? "" : " (" + complaint + ")";
 }
 
+std::string VipsFault(const std::string& what) {
+    const std::string complaint = VipsComplaint();
+    const bool lacksThread = complaint.find("Error creating thread") != std::string::npos;
+    return (lacksThread ? "no thread can be started; end other programs or raise the limit of processes" : what) +
+           complaint;
+}
+
 } // namespace cli

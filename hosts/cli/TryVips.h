@@ -13,13 +13,16 @@ namespace cli {
 /// that the next fault starts anew.
 std::string VipsComplaint();
 
+/// `what` went wrong and how libvips puts it; where it had no thread to work in, that instead of `what`.
+std::string VipsFault(const std::string& what);
+
 /// Takes a step of libvips; where it fails, `PictureError` says `what` went wrong and how libvips puts it.
 template <typename Step>
 auto TryVips(const std::string& what, Step step) {
     try {
         return step();
     } catch (const vips::VError&) {
-        throw PictureError(what + VipsComplaint());
+        throw PictureError(VipsFault(what));
     }
 }
 

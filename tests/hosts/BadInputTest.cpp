@@ -217,6 +217,14 @@ TEST(BadInput, PictureThatCannotFitIntoMemory) {
                     {"demotion-blur large.hdr -o out.png", 1, {"large.hdr: needs about 5012 MiB"}, limited}});
 }
 
+TEST(BadInput, NoThreadIsNoDamage) {
+    const RunOptions limited = {.asNobody = true, .processes = 1};
+    if (RunCommand(TemporaryFolder(), "info", limited).status != 0) {
+        GTEST_SKIP() << "the command needs threads of its own, as sanitizers make it do";
+    }
+    ExpectRefusals({{"blur larger.png -o out.png", 1, {"larger.png: no thread can be started"}, limited}});
+}
+
 /// The sum of the library's 16.16 weights in a blur of this radius, times samples taken in turns.
 std::int64_t BlurWeights(int radius, const std::vector<double>& samples) {
     const int side = 2 * radius + 1;

@@ -79,6 +79,7 @@ void Limit(decltype(RLIMIT_AS) what, std::size_t bytes) {
         }
         Limit(RLIMIT_FSIZE, options.fileSize);
         Limit(RLIMIT_AS, options.addressSpace);
+        Limit(RLIMIT_NPROC, options.processes);
         fexecve(command, words.data(), environ);
     }
     _exit(127);
