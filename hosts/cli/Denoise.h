@@ -11,9 +11,11 @@
 
 namespace cli {
 
-/// Denoises luminance and chrominance and converts back; returns which threshold was used and where it was measured.
-/// Red, green and blue become full-range BT.601 luminance and chrominance and return from them, both rounded to the
-/// nearest byte, as in JPEG files (ITU-T T.871); greyscale passes through unrounded.
+/// Denoises luminance and chrominance; returns the threshold used, and what was measured where. Red, green and blue
+/// become full-range BT.601 luminance and chrominance, rounded to the nearest byte, as in JPEG files (ITU-T T.871);
+/// what the library changes there is added to them, but for the shift in the mean of chrominance. Without a threshold
+/// the noise is measured, and the less there is, the less is changed. Where the settings ask for the library's own
+/// bytes, its planes are converted back as they are.
 Report DenoisePixels(const Settings& settings, const PackedPixels& pixels);
 
 /// Replaces the pixels by one frequency range of their luminance, in grey.

@@ -193,12 +193,15 @@ const std::vector<Verb>& Table() {
           HelpRow()},
          PrintMotionGuesses},
         {"denoise", "remove noise from pictures",
-         WithPictureOptions({{"--threshold", "auto|T",
-                              "strength of the noise in grey levels, or auto to measure it, which takes a picture of "
-                              "at least 96 by 96 pixels",
-                              ParsedText{ParseThreshold, "auto", {"auto"}}},
-                             {"--rule", "", "how details above the threshold are kept",
-                              Choice{&Settings::rule, {"soft", "hard", "garrote"}}}}),
+         WithPictureOptions(
+             {{"--threshold", "auto|T",
+               "strength of the noise in grey levels, or auto to measure it, which takes a picture of "
+               "at least 96 by 96 pixels; the less noise is measured, the less is changed",
+               ParsedText{ParseThreshold, "auto", {"auto"}}},
+              {"--rule", "",
+               "how details above the threshold are kept; auto multiplies what it measures by 1 for soft, "
+               "2.4 for hard and 1.4 for garrote, the best on photographs with noise of 5 to 25",
+               Choice{&Settings::rule, {"soft", "hard", "garrote"}}}}),
          PixelOperation{DenoisePixels, DenoiseMisfit, DenoiseWorkingBytes, NoCaution}},
         {"band", "show one range of frequencies of pictures, in grey",
          WithPictureOptions({{"--band", "N", "0 the finest detail, 1 the middle, 2 the coarse rest",

@@ -1,4 +1,5 @@
-// Measures the noise of a luminance plane on its flattest square of medium brightness.
+#include "NoiseEstimate.h"
+
 #include <claribox/CImageDenoiser.h>
 
 #include "Constants.h"
@@ -55,28 +56,27 @@ Statistics OfBlock(const unsigned char* pixels, int stride) {
 }
 
 } // namespace
-} // namespace denoise
 
 // The score of a square tells how rough and uneven it is: the plain sum of its blocks' variances, and the variance of
 // their means. Sums over the squares slide down and along the blocks. That is exact: every block value is a whole
 // multiple of 2^-12 below 2^17, so that sums and differences in double never round.
-void CImageDenoiser::_probe_region(unsigned char* plane) {
-    using namespace denoise;
-    const int columns = m_Width / kBlock;
-    const int rows = m_Height / kBlock;
+SquareCorner FlattestSquare(const unsigned char* plane, int width, int height, SquareCorner otherwise) {
+    const int columns = width / kBlock;
+    const int rows = height / kBlock;
     // Neither the last row nor the last column of squares is tried. Required; NoiseEstimateTest pins it.
     if (rows <= kSquareBlocks || columns <= kSquareBlocks) {
-        return;
+        return otherwise;
     }
-    const auto width = static_cast<std::size_t>(columns);
-    std::vector<Statistics> blocks(kSquareBlocks * width); // the rows of blocks that a row of squares covers
-    std::vector<Statistics> columnSums(width);
+    const auto blocksInRow = static_cast<std::size_t>(columns);
+    std::vector<Statistics> blocks(kSquareBlocks * blocksInRow); // the rows of blocks that a row of squares covers
+    std::vector<Statistics> columnSums(blocksInRow);
+    SquareCorner flattest = otherwise;
     double best = std::numeric_limits<double>::max();
     for (int row = 0; row < rows - 1; ++row) {
-        for (std::size_t column = 0; column < width; ++column) {
-            Statistics& block = blocks[static_cast<std::size_t>(row % kSquareBlocks) * width + column];
+        for (std::size_t column = 0; column < blocksInRow; ++column) {
+            Statistics& block = blocks[static_cast<std::size_t>(row % kSquareBlocks) * blocksInRow + column];
             columnSums[column] -= block;
-            block = OfBlock(plane + static_cast<std::ptrdiff_t>(row) * kBlock * m_Width + column * kBlock, m_Width);
+            block = OfBlock(plane + static_cast<std::ptrdiff_t>(row) * kBlock * width + column * kBlock, width);
             columnSums[column] += block;
         }
         const int top = row - kSquareBlocks + 1;
@@ -91,27 +91,26 @@ void CImageDenoiser::_probe_region(unsigned char* plane) {
             const double score = square.variance + (square.meanSquared / kBlocks - mean * mean);
             if (score < best && mean > kDarkest && !(mean > kBrightest)) {
                 best = score;
-                m_EstLeft = left * kBlock;
-                m_EstTop = top * kBlock;
+                flattest = {left * kBlock, top * kBlock};
             }
             square -= columnSums[static_cast<std::size_t>(left)];
         }
     }
+    return flattest;
 }
 
 // The mean absolute detail of the two finest levels. The sum is a float, rounded at each step: required,
 // and pinned by NoiseEstimateTest.
-float CImageDenoiser::_estimate_noise(unsigned char* plane) {
-    using namespace denoise;
-    std::vector<float> square(kEstSide * kEstSide);
+float NoiseIn(const unsigned char* plane, int width, SquareCorner square) {
+    std::vector<float> samples(kEstSide * kEstSide);
     std::vector<float> coefficients(kEstSide * kEstSide);
     for (int r = 0; r < kEstSide; ++r) {
-        const unsigned char* const row = plane + static_cast<std::ptrdiff_t>(m_EstTop + r) * m_Width + m_EstLeft;
+        const unsigned char* const row = plane + static_cast<std::ptrdiff_t>(square.top + r) * width + square.left;
         for (int c = 0; c < kEstSide; ++c) {
-            square[static_cast<std::size_t>(r * kEstSide + c)] = row[c];
+            samples[static_cast<std::size_t>(r * kEstSide + c)] = row[c];
         }
     }
-    WaveletTransform(FilterSetDenoise).Forward2D(square.data(), coefficients.data(), kEstSide, kEstSide, kLevels, -1);
+    WaveletTransform(FilterSetDenoise).Forward2D(samples.data(), coefficients.data(), kEstSide, kEstSide, kLevels, -1);
     volatile float sum = 0.0f; // a store rounds, where x87 registers would keep more
     for (int r = 0; r < kEstSide; ++r) {
         for (int c = r < kCoarse ? kCoarse : 0; c < kEstSide; ++c) {
@@ -119,4 +118,16 @@ float CImageDenoiser::_estimate_noise(unsigned char* plane) {
         }
     }
     return static_cast<float>(static_cast<double>(sum) / kDetails / static_cast<double>(kMedianOfNormal));
+}
+
+} // namespace denoise
+
+void CImageDenoiser::_probe_region(unsigned char* plane) {
+    const denoise::SquareCorner square = denoise::FlattestSquare(plane, m_Width, m_Height, {m_EstLeft, m_EstTop});
+    m_EstLeft = square.left;
+    m_EstTop = square.top;
+}
+
+float CImageDenoiser::_estimate_noise(unsigned char* plane) {
+    return denoise::NoiseIn(plane, m_Width, {m_EstLeft, m_EstTop});
 }
