@@ -200,7 +200,7 @@ const std::vector<Verb>& Table() {
                ParsedText{ParseThreshold, "auto", {"auto"}}},
               {"--rule", "",
                "how details above the threshold are kept; auto multiplies what it measures by 1 for soft, "
-               "2.4 for hard and 1.4 for garrote, the best on photographs with noise of 5 to 25",
+               "2 for hard and 1.2 for garrote, the best on twelve photographs with noise of 5 to 25",
                Choice{&Settings::rule, {"soft", "hard", "garrote"}}}}),
          PixelOperation{DenoisePixels, DenoiseMisfit, DenoiseWorkingBytes, NoCaution}},
         {"band", "show one range of frequencies of pictures, in grey",
