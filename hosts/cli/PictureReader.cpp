@@ -1,6 +1,7 @@
 #include "PictureReader.h"
 
 #include "Errors.h"
+#include "JpegComments.h"
 #include "Memory.h"
 #include "Signals.h"
 #include "TryVips.h"
@@ -11,6 +12,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <fstream>
+#include <sstream>
 #include <string_view>
 
 namespace cli {
@@ -147,6 +150,16 @@ void PictureReader::ReadAll() {
     }
 }
 
+void PictureReader::AddComments(vips::VImage& image) const {
+    std::ifstream file(m_Path, std::ios::binary);
+    std::istringstream memory(m_Bytes);
+    int number = 0;
+    for (const std::string& comment :
+         JpegComments(IsStandardInput(m_Path) ? memory : static_cast<std::istream&>(file))) {
+        image.set(("jpeg-comment-" + std::to_string(number++)).c_str(), comment.c_str());
+    }
+}
+
 bool PictureReader::CanBeTolerant() const {
     return m_Reader == "jpegload_source";
 }
@@ -167,6 +180,9 @@ vips::VImage PictureReader::Open(bool tolerant) const {
     // With several threads libvips 8.14 may overlook what the last of them finds wrong.
     image = image.copy();
     image.set(VIPS_META_CONCURRENCY, 1);
+    if (m_Reader == "jpegload_source") {
+        AddComments(image);
+    }
     return image;
 }
 

@@ -39,6 +39,7 @@ public:
 private:
     void Recognise(std::string_view head);
     void ReadAll();
+    void AddComments(vips::VImage& image) const;
     vips::VSource Source() const;
 
     std::string m_Path;

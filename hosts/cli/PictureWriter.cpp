@@ -1,12 +1,16 @@
 #include "PictureWriter.h"
 
 #include "Errors.h"
+#include "Iptc.h"
+#include "JpegComments.h"
 
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <memory>
+#include <sstream>
 #include <string_view>
 
 namespace cli {
@@ -16,22 +20,26 @@ struct PictureFormat {
     std::string_view writer;                 ///< libvips' name
     std::array<std::string_view, 3> endings; ///< the usual one first
     bool lossy;                              ///< has a quality
-    bool alpha, exif;                        ///< whether it is kept
+    bool alpha, exif, iptc, xmp, icc;        ///< whether it is kept
+    std::string_view text;                   ///< the fields of libvips that it keeps comments from
 };
 
 namespace {
 
 constexpr PictureFormat Formats[] = {
-    {"jpegsave", {"jpg", "jpeg", "jpe"}, true, false, true},
-    {"pngsave", {"png"}, false, true, true},
-    {"tiffsave", {"tif", "tiff"}, false, true, false},
-    {"webpsave", {"webp"}, true, true, true},
-    {"gifsave", {"gif"}, false, true, false},
-    {"heifsave", {"heic", "heif"}, true, true, true},
-    {"heifsave", {"avif"}, true, true, true},
-    {"jxlsave", {"jxl"}, true, true, true},
-    {"ppmsave", {"ppm", "pnm", "pgm"}, false, false, false},
+    {"jpegsave", {"jpg", "jpeg", "jpe"}, true, false, true, true, true, true, "jpeg-comment-"},
+    {"pngsave", {"png"}, false, true, true, false, true, true, "png-comment-"},
+    {"tiffsave", {"tif", "tiff"}, false, true, false, true, true, true, "image-description"},
+    {"webpsave", {"webp"}, true, true, true, false, true, true, ""},
+    {"gifsave", {"gif"}, false, true, false, false, false, false, ""},
+    {"heifsave", {"heic", "heif"}, true, true, true, false, true, true, ""},
+    {"heifsave", {"avif"}, true, true, true, false, true, true, ""},
+    {"jxlsave", {"jxl"}, true, true, false, false, false, true, ""},
+    {"ppmsave", {"ppm", "pnm", "pgm"}, false, false, false, false, false, false, ""},
 };
+
+/// The fields in which libvips hands on comments of any format.
+constexpr std::string_view TextFields[] = {"jpeg-comment-", "png-comment-", "gif-comment", "image-description"};
 
 std::string TargetOperation(const PictureFormat& format) {
     return std::string(format.writer) + "_target";
@@ -57,14 +65,75 @@ std::string EndingOf(const std::string& path) {
     return ending;
 }
 
-/// Writes what was written to memory.
-void Copy(const vips::VTarget& memory, const vips::VTarget& target) {
+/// The IPTC field of `image`, however packed; empty where there is none.
+std::string IptcField(const vips::VImage& image) {
+    if (image.get_typeof(VIPS_META_IPTC_NAME) == 0) {
+        return {};
+    }
     std::size_t size = 0;
-    unsigned char* bytes = vips_target_steal(memory.get_target(), &size);
-    const bool written =
-        vips_target_write(target.get_target(), bytes, size) == 0 && vips_target_end(target.get_target()) == 0;
-    g_free(bytes);
-    if (!written) {
+    const void* bytes = image.get_blob(VIPS_META_IPTC_NAME, &size);
+    return {static_cast<const char*>(bytes), size};
+}
+
+/// Has the IPTC field packed as `format` wants it; it may hold more than records where it is packed so already.
+vips::VImage WithPackedIptc(const vips::VImage& image, const PictureFormat& format) {
+    const std::string field = IptcField(image);
+    const std::string records = IptcRecords(field);
+    const bool tiff = format.writer == "tiffsave";
+    if (!format.iptc || field.empty() || (!tiff && records != field)) {
+        return image;
+    }
+    vips::VImage packed = image.copy();
+    packed.remove(VIPS_META_IPTC_NAME);
+    if (!records.empty()) {
+        const std::string bytes = tiff ? IptcForTiff(records) : IptcForJpeg(records);
+        vips_image_set_blob_copy(packed.get_image(), VIPS_META_IPTC_NAME, bytes.data(), bytes.size());
+    }
+    return packed;
+}
+
+/// The names of the fields of `image` that hold comments.
+std::vector<std::string> TextFieldsOf(const vips::VImage& image) {
+    const std::unique_ptr<gchar*, decltype(&g_strfreev)> fields(vips_image_get_fields(image.get_image()), g_strfreev);
+    std::vector<std::string> found;
+    for (gchar** field = fields.get(); *field; ++field) {
+        const std::string name = *field;
+        if (std::ranges::any_of(TextFields, [&](auto text) { return name.starts_with(text); })) {
+            found.push_back(name);
+        }
+    }
+    return found;
+}
+
+/// Whether `image` has comments in other fields than those that start with `kept`.
+bool HasOtherText(const vips::VImage& image, std::string_view kept) {
+    return std::ranges::any_of(TextFieldsOf(image),
+                               [&](const std::string& name) { return kept.empty() || !name.starts_with(kept); });
+}
+
+std::vector<std::string> JpegCommentsOf(const vips::VImage& image) {
+    std::vector<std::string> comments;
+    for (const std::string& name : TextFieldsOf(image)) {
+        if (name.starts_with("jpeg-comment-")) {
+            comments.emplace_back(image.get_string(name.c_str()));
+        }
+    }
+    return comments;
+}
+
+std::string BytesOf(const vips::VTarget& memory) {
+    VipsBlob* blob = nullptr;
+    g_object_get(memory.get_target(), "blob", &blob, nullptr);
+    std::size_t size = 0;
+    const void* bytes = vips_blob_get(blob, &size);
+    std::string copy(static_cast<const char*>(bytes), size);
+    vips_area_unref(VIPS_AREA(blob));
+    return copy;
+}
+
+void WriteAll(const std::string& bytes, const vips::VTarget& target) {
+    if (vips_target_write(target.get_target(), bytes.data(), bytes.size()) != 0 ||
+        vips_target_end(target.get_target()) != 0) {
         throw vips::VError();
     }
 }
@@ -114,8 +183,25 @@ std::vector<std::string> PictureWriter::Losses(const vips::VImage& image) const 
     if (!m_Format->alpha && image.has_alpha()) {
         losses.push_back("the output's format keeps no alpha, transparent parts turn black");
     }
-    if (!m_Format->exif && image.get_typeof(VIPS_META_EXIF_NAME)) {
-        losses.push_back("the output's format is written without EXIF");
+    if (m_Ending == "pgm" && image.bands() >= 3) {
+        losses.push_back("the output's format keeps no colours");
+    }
+    if (m_Format->writer == "gifsave") {
+        losses.push_back("the output's format keeps 256 colours at most");
+    }
+    std::string missing;
+    const auto miss = [&](bool present, const char* what) {
+        if (present) {
+            missing += (missing.empty() ? "" : ", ") + std::string(what);
+        }
+    };
+    miss(!m_Format->exif && image.get_typeof(VIPS_META_EXIF_NAME), "EXIF");
+    miss(!m_Format->iptc && !IptcRecords(IptcField(image)).empty(), "IPTC");
+    miss(!m_Format->xmp && image.get_typeof(VIPS_META_XMP_NAME), "XMP");
+    miss(!m_Format->icc && image.get_typeof(VIPS_META_ICC_NAME), "colour profile");
+    miss(HasOtherText(image, m_Format->text), "comments");
+    if (!missing.empty()) {
+        losses.push_back("the output's format is written without " + missing);
     }
     return losses;
 }
@@ -123,9 +209,12 @@ std::vector<std::string> PictureWriter::Losses(const vips::VImage& image) const 
 void PictureWriter::Write(const vips::VImage& image, int descriptor, int quality) const {
     const vips::VTarget target = vips::VTarget::new_to_descriptor(descriptor);
     // TIFF is written back and forth, which fails on a pipe without an error.
-    const bool inMemory = m_Format->writer == "tiffsave" && lseek(descriptor, 0, SEEK_CUR) < 0;
+    const bool seeks = m_Format->writer == "tiffsave" && lseek(descriptor, 0, SEEK_CUR) < 0;
+    const std::vector<std::string> comments =
+        m_Format->writer == "jpegsave" ? JpegCommentsOf(image) : std::vector<std::string>();
+    const bool inMemory = seeks || !comments.empty();
     const vips::VTarget first = inMemory ? vips::VTarget::new_to_memory() : target;
-    vips::VOption* options = vips::VImage::option()->set("in", image)->set("target", first);
+    vips::VOption* options = vips::VImage::option()->set("in", WithPackedIptc(image, *m_Format))->set("target", first);
     if (m_Format->lossy) {
         options->set("Q", quality);
     }
@@ -137,7 +226,12 @@ void PictureWriter::Write(const vips::VImage& image, int descriptor, int quality
     }
     vips::VImage::call(TargetOperation(*m_Format).c_str(), options);
     if (inMemory) {
-        Copy(first, target);
+        std::string bytes = BytesOf(first);
+        std::istringstream written(bytes);
+        if (!comments.empty() && JpegComments(written).empty()) { // later versions may write them
+            InsertJpegComments(bytes, comments);
+        }
+        WriteAll(bytes, target);
     }
 }
 

@@ -19,6 +19,7 @@ std::string VipsFault(const std::string& what);
 /// Takes a step of libvips; where it fails, `PictureError` says `what` went wrong and how libvips puts it.
 template <typename Step>
 auto TryVips(const std::string& what, Step step) {
+    vips_error_clear(); // of what went wrong without being a fault
     try {
         return step();
     } catch (const vips::VError&) {

@@ -200,7 +200,7 @@ TEST(BadInput, FullDisk) {
     std::vector<BadInput> rows = {{"guess-motion larger.png --plot out.png", 1, {"'out.png' cannot be written"}, full}};
     for (const char* ending : {"png", "jpg", "tif", "webp", "gif", "heic", "avif", "jxl", "ppm"}) {
         const std::string out = "out." + std::string(ending);
-        rows.push_back({"blur larger.png -o " + out, 1, {"'" + out + "' cannot be written"}, full});
+        rows.push_back({"blur -q larger.png -o " + out, 1, {"'" + out + "' cannot be written"}, full});
     }
     ExpectRefusals(rows);
 }

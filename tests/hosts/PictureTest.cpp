@@ -179,6 +179,51 @@ TEST(Picture, WarnsOfDamageThatLeavesAPicture) {
     EXPECT_EQ(Load(folder / "out.png").height(), 64);
 }
 
+/// Written by its ending, in any case of letters, and read from standard input.
+TEST(Picture, ComesBackFromEachFormat) {
+    const std::vector<double> colour = {10, 100, 200, 255};
+    const TemporaryFolder folder;
+    Save(PlainPicture(colour, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB), folder / "in.png");
+    for (const std::string ending : {"jpg", "JPEG", "png", "tif", "webp", "gif", "heic", "avif", "jxl", "ppm", "pnm"}) {
+        SCOPED_TRACE(ending);
+        const std::string out = "out." + ending;
+        EXPECT_EQ(RunCommand(folder, "blur in.png -o " + out).status, 0);
+        const RunResult back = RunCommand(folder, "blur - --force -o back.png", {.input = out.c_str()});
+        ASSERT_EQ(back.status, 0) << back.err;
+        const std::vector<double> pixel = Load(folder / "back.png").getpoint(3, 3);
+        for (std::size_t k = 0; k < pixel.size(); ++k) {
+            EXPECT_NEAR(pixel[k], colour[k], 4) << "band " << k;
+        }
+    }
+}
+
+TEST(Picture, KeepsIptcAndCommentsOrWarns) {
+    const std::string records("\x1C\x02\x19\0\4Kiwi", 9);
+    const std::string packed = std::string("Photoshop 3.0\0"
+                                           "8BIM\4\4\0\0\0\0\0\x09",
+                                           26) +
+                               records + '\0';
+    const std::string comment("\xFF\xFE\0\7Hello", 9);
+    const TemporaryFolder folder;
+    VImage picture = RandomPicture(16, 16, 3, 12).copy_memory();
+    vips_image_set_blob_copy(picture.get_image(), VIPS_META_IPTC_NAME, packed.data(), packed.size());
+    Save(picture, folder / "in.jpg");
+    WriteFile(folder / "in.jpg", ReadFile(folder / "in.jpg").insert(2, comment));
+    const std::pair<std::string, std::string> rows[] = {{"in.jpg -o out.jpg", ""},
+                                                        {"in.jpg -o out.tif", "written without EXIF, comments\n"},
+                                                        {"out.tif -o back.jpg", ""},
+                                                        {"in.jpg -o out.png", "without IPTC, comments\n"}};
+    for (const auto& [line, warning] : rows) {
+        const RunResult result = RunCommand(folder, "blur " + line);
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_TRUE(warning.empty() ? result.err.empty() : result.err.ends_with(warning)) << result.err;
+    }
+    EXPECT_EQ(Blob(Load(folder / "out.jpg"), VIPS_META_IPTC_NAME), packed);
+    EXPECT_EQ(Blob(Load(folder / "out.tif"), VIPS_META_IPTC_NAME), records);
+    EXPECT_EQ(Blob(Load(folder / "back.jpg"), VIPS_META_IPTC_NAME), packed);
+    EXPECT_NE(ReadFile(folder / "out.jpg").find(comment), std::string::npos);
+}
+
 TEST(Picture, JpegQualityIs92UnlessGiven) {
     const TemporaryFolder folder;
     Save(RandomPicture(64, 64, 3, 10), folder / "in.png");
