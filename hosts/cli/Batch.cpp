@@ -8,6 +8,7 @@
 #include "PictureWriter.h"
 #include "Plan.h"
 #include "Signals.h"
+#include "Threads.h"
 
 #include <algorithm>
 #include <atomic>
@@ -25,6 +26,7 @@ public:
     int Run();
 
 private:
+    void WorkOnThreads();
     void Work();
     void Do(const Task& task);
     void Refuse(const Task& task, const std::string& why);
@@ -48,15 +50,28 @@ int Batch::Run() {
             Refuse(task, task.problem);
         }
     }
-    const unsigned processors = std::max(1u, std::thread::hardware_concurrency());
-    const std::size_t wanted = m_Settings.jobs == 0 ? processors : static_cast<std::size_t>(m_Settings.jobs);
+    try {
+        WorkOnThreads();
+    } catch (const std::runtime_error& error) {
+        m_Failed += m_Tasks.size() - m_Failed;
+        m_Messages.Error("", error.what());
+    }
+    return Summarise();
+}
+
+void Batch::WorkOnThreads() {
+    const int processors = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
+    const int wanted = m_Settings.jobs == 0 ? processors : m_Settings.jobs;
+    const int jobs = PicturesAtOnce(static_cast<int>(std::min<std::size_t>(wanted, m_Tasks.size())));
     std::vector<std::jthread> threads;
-    for (std::size_t k = 1; k < std::min(wanted, m_Tasks.size()); ++k) {
-        threads.emplace_back([this] { Work(); });
+    try {
+        for (int k = 1; k < jobs; ++k) {
+            threads.emplace_back([this] { Work(); });
+        }
+    } catch (const std::system_error&) {
+        // Another process took the thread meanwhile: those that are there do it all.
     }
     Work();
-    threads.clear(); // joins
-    return Summarise();
 }
 
 void Batch::Work() {
@@ -125,6 +140,7 @@ void Batch::Process(const Task& task) {
     StopIfInterrupted();
     Report report;
     picture.Apply([&](const PackedPixels& pixels) { report = m_Operation.apply(m_Settings, pixels); });
+    RequireAllPlanes();
     if ((m_Settings.verbose || report.unasked) && !report.text.empty()) {
         m_Messages.Note(InputName(task.input), report.text);
     }

@@ -10,6 +10,7 @@
 #include "Printable.h"
 #include "Signals.h"
 #include "StandardOutput.h"
+#include "Threads.h"
 
 #include <nlohmann/json.hpp>
 
@@ -89,6 +90,7 @@ int PrintMotionGuesses(const Settings& settings) {
     if (!settings.output.empty() && settings.inputs.size() > 1) {
         throw UsageError("guess-motion: --plot draws one picture; give one, or leave --plot out");
     }
+    PicturesAtOnce(1);
     bool all = true;
     try {
         for (const Task& task : settings.output.empty() ? PlanReading(settings) : PlanTasks(settings, "--plot")) {

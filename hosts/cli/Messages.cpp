@@ -1,5 +1,6 @@
 #include "Messages.h"
 
+#include "Descriptors.h"
 #include "Printable.h"
 
 #include <unistd.h>
@@ -9,7 +10,7 @@
 namespace cli {
 
 Messages::Messages(std::size_t steps, bool quiet)
-    : m_Steps(steps), m_Quiet(quiet), m_ShowBar(!quiet && steps > 1 && isatty(STDERR_FILENO)) {
+    : m_Steps(steps), m_Quiet(quiet), m_ShowBar(!quiet && steps > 1 && isatty(MessageDescriptor())) {
     Draw();
 }
 
@@ -46,7 +47,7 @@ void Messages::EndProgress() {
 void Messages::WriteLine(const std::string& line) {
     const std::lock_guard lock(m_Mutex);
     Erase();
-    std::fprintf(stderr, "%s\n", Printable(line).c_str());
+    dprintf(MessageDescriptor(), "%s\n", Printable(line).c_str());
     Draw();
 }
 
@@ -55,14 +56,13 @@ void Messages::Draw() {
         constexpr std::size_t width = 40;
         const std::size_t filled = width * m_Done / m_Steps;
         const std::string bar = std::string(filled, '#') + std::string(width - filled, '.');
-        std::fprintf(stderr, "\r[%s] %zu of %zu", bar.c_str(), m_Done, m_Steps);
-        std::fflush(stderr);
+        dprintf(MessageDescriptor(), "\r[%s] %zu of %zu", bar.c_str(), m_Done, m_Steps);
     }
 }
 
 void Messages::Erase() {
     if (m_ShowBar) {
-        std::fprintf(stderr, "\r\033[K");
+        dprintf(MessageDescriptor(), "\r\033[K");
     }
 }
 

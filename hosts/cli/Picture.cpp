@@ -11,6 +11,7 @@ namespace {
 /// A copy in memory that nothing else reads: `copy_memory` may hand out a mapped file or a shared image instead.
 vips::VImage OwnCopy(const vips::VImage& image) {
     vips::VImage copy = vips::VImage::new_memory();
+    EndWhenInterrupted(image);
     image.write(copy);
     return copy;
 }
@@ -78,6 +79,7 @@ void Picture::Read(const std::string& fault, Step step) {
         try {
             return step();
         } catch (const vips::VError&) {
+            StopIfInterrupted();
             m_Damage = "may be damaged, what cannot be made out is guessed" + VipsComplaint();
         }
         TryVips(fault, [&] { Open(); });

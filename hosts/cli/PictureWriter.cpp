@@ -3,6 +3,7 @@
 #include "Errors.h"
 #include "Iptc.h"
 #include "JpegComments.h"
+#include "TryVips.h"
 
 #include <unistd.h>
 
@@ -214,7 +215,9 @@ void PictureWriter::Write(const vips::VImage& image, int descriptor, int quality
         m_Format->writer == "jpegsave" ? JpegCommentsOf(image) : std::vector<std::string>();
     const bool inMemory = seeks || !comments.empty();
     const vips::VTarget first = inMemory ? vips::VTarget::new_to_memory() : target;
-    vips::VOption* options = vips::VImage::option()->set("in", WithPackedIptc(image, *m_Format))->set("target", first);
+    const vips::VImage packed = WithPackedIptc(image, *m_Format).copy();
+    EndWhenInterrupted(packed);
+    vips::VOption* options = vips::VImage::option()->set("in", packed)->set("target", first);
     if (m_Format->lossy) {
         options->set("Q", quality);
     }

@@ -25,7 +25,7 @@ void InstallSignalHandlers() {
         if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {
             action = {};
             action.sa_handler = RaiseFlag;
-            action.sa_flags = SA_RESTART;
+            action.sa_flags = SA_RESTART | static_cast<int>(SA_RESETHAND);
             sigaction(number, &action, nullptr);
         }
     }

@@ -3,8 +3,9 @@
 
 namespace cli {
 
-/// From now on SIGINT, SIGTERM and SIGHUP only raise a flag, however often they come; those that were ignored stay
-/// ignored. A file size limit becomes a write error instead of a signal.
+/// From now on the first SIGINT, SIGTERM or SIGHUP only raises a flag, and the same once more ends the process at once:
+/// some coders of libvips do not look up before they are done. Those that were ignored stay ignored. A file size limit
+/// becomes a write error instead of a signal.
 void InstallSignalHandlers();
 
 /// Whether one of them came.

@@ -22,4 +22,14 @@ std::string VipsFault(const std::string& what) {
            complaint;
 }
 
+void EndWhenInterrupted(const vips::VImage& image) {
+    const auto look = +[](VipsImage* computed, void*, void*) {
+        if (InterruptRequested()) {
+            vips_image_set_kill(computed, TRUE);
+        }
+    };
+    vips_image_set_progress(image.get_image(), TRUE);
+    g_signal_connect(image.get_image(), "eval", G_CALLBACK(look), nullptr);
+}
+
 } // namespace cli

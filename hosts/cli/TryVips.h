@@ -2,6 +2,7 @@
 #pragma once
 
 #include "Errors.h"
+#include "Signals.h"
 
 #include <vips/vips8>
 
@@ -16,13 +17,18 @@ std::string VipsComplaint();
 /// `what` went wrong and how libvips puts it; where it had no thread to work in, that instead of `what`.
 std::string VipsFault(const std::string& what);
 
-/// Takes a step of libvips; where it fails, `PictureError` says `what` went wrong and how libvips puts it.
+/// Has libvips give up what it computes of `image` once the user asks to stop.
+void EndWhenInterrupted(const vips::VImage& image);
+
+/// Takes a step of libvips; where it fails, `PictureError` says `what` went wrong and how libvips puts it, or
+/// `Interrupted` that it was asked to stop.
 template <typename Step>
 auto TryVips(const std::string& what, Step step) {
     vips_error_clear(); // of what went wrong without being a fault
     try {
         return step();
     } catch (const vips::VError&) {
+        StopIfInterrupted();
         throw PictureError(VipsFault(what));
     }
 }

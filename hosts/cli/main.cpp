@@ -1,10 +1,12 @@
 // The command `claribox`: restoration of pictures by file name.
 #include "Batch.h"
 #include "CommandLine.h"
+#include "Descriptors.h"
 #include "Errors.h"
 #include "Messages.h"
 #include "PictureReader.h"
 #include "Signals.h"
+#include "TryVips.h"
 
 #include <vips/vips8>
 
@@ -12,29 +14,33 @@
 
 namespace {
 
-void Ignore(const char*, GLogLevelFlags, const char*, void*) {}
+GLogWriterOutput Ignore(GLogLevelFlags, const GLogField*, gsize, gpointer) {
+    return G_LOG_WRITER_HANDLED;
+}
 
-/// libvips' cache of operations would keep the pixels of pictures already written, and its warnings would come between
-/// our lines.
+/// libvips' cache of operations would keep the pixels of pictures already written. Its warnings, the first of which
+/// come while it starts, would stand between our lines.
 void PrepareVips(const char* program) {
+    g_log_set_writer_func(Ignore, nullptr, nullptr);
+    g_log_set_default_handler([](const char*, GLogLevelFlags, const char*, void*) {}, nullptr);
     if (vips_init(program) != 0) {
-        throw std::runtime_error("libvips cannot be started");
+        throw std::runtime_error("libvips cannot be started" + cli::VipsComplaint());
     }
     vips_cache_set_max(0);
     cli::AllowReadersOfPicturesOnly();
-    g_log_set_handler("VIPS", static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_MESSAGE | G_LOG_LEVEL_INFO),
-                      Ignore, nullptr);
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
+    cli::OpenMissingDescriptors();
     try {
         const auto request = cli::ParseCommandLine(argc, argv);
         if (!request) {
             return cli::ExitDone;
         }
         if (!request->settings.inputs.empty()) {
+            cli::SilenceLibraries();
             cli::InstallSignalHandlers();
             PrepareVips(argv[0]);
         }

@@ -19,6 +19,13 @@ void* RunJob(void* argument) {
     return nullptr;
 }
 
+/// How many jobs of the last `RunOnThreads` on this thread were left undone: the library's operations report nothing,
+/// and the command, which may look inside, must not write such a picture.
+inline int& WorkersLeftOut() {
+    static thread_local int count = 0;
+    return count;
+}
+
 /// Starts one thread a job on `entry`, in order, and joins them in the same order. A job whose thread could not be
 /// started is left undone, without a word.
 template <typename Job>
@@ -28,8 +35,10 @@ void RunOnThreads(void* (*entry)(void*), Job (&jobs)[3]) {
     pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_JOINABLE);
     pthread_t threads[3];
     bool started[3];
+    WorkersLeftOut() = 0;
     for (int k = 0; k < 3; ++k) {
         started[k] = pthread_create(&threads[k], &attributes, entry, &jobs[k]) == 0;
+        WorkersLeftOut() += started[k] ? 0 : 1;
     }
     pthread_attr_destroy(&attributes);
     for (int k = 0; k < 3; ++k) {

@@ -222,7 +222,8 @@ TEST(BadInput, NoThreadIsNoDamage) {
     if (RunCommand(TemporaryFolder(), "info", limited).status != 0) {
         GTEST_SKIP() << "the command needs threads of its own, as sanitizers make it do";
     }
-    ExpectRefusals({{"blur larger.png -o out.png", 1, {"larger.png: no thread can be started"}, limited}});
+    ExpectRefusals(
+        {{"blur larger.png -o out.png", 1, {"no thread can be started beyond 0, where 3 are needed"}, limited}});
 }
 
 /// The sum of the library's 16.16 weights in a blur of this radius, times samples taken in turns.

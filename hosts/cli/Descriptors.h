@@ -1,0 +1,21 @@
+// The three standard descriptors: present whatever the caller closed, and kept from the libraries, some of which print.
+#pragma once
+
+namespace cli {
+
+/// Puts the null device in the place of each standard descriptor that is closed: the next file to be opened would
+/// otherwise become it, and messages would go into a picture. To be called before anything else.
+void OpenMissingDescriptors();
+
+/// From here on what libraries print to standard output or error goes nowhere: fontconfig, for one, complains of caches
+/// that it cannot write. Our own lines take the two ways below. Also lets the process open as many files as the system
+/// grants it. Throws `std::runtime_error` where these are too few to work on a picture.
+void SilenceLibraries();
+
+/// Where results go: standard output, wherever it is by now.
+int ResultDescriptor();
+
+/// Where messages go: standard error.
+int MessageDescriptor();
+
+} // namespace cli

@@ -1,0 +1,72 @@
+#include "Threads.h"
+
+#include "Errors.h"
+
+// The command is linked against the library's inner archive for these: a host cannot ask for the serial forms.
+#include "dft/memory/engine_memory.h"
+#include "focus/PlaneWorkers.h"
+#include "processor/ProcessorCensus.h"
+
+#include <vips/vips8>
+
+#include <latch>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace cli {
+namespace {
+
+/// Those of libvips with a concurrency of 1: one that works and one that writes behind; and one that draws text.
+constexpr int FewestThreads = 3;
+
+/// The library has a worker a plane; libvips keeps its threads for a while when they have nothing to do.
+int ThreadsOfOnePicture() {
+    return 1 + 3 * dft::engine_maximum_threads() + vips_concurrency_get() + FewestThreads - 1;
+}
+
+/// Counts up to `most` by starting them, all at once.
+int ThreadsToBeHad(int most) {
+    std::latch counted(1);
+    std::vector<std::jthread> threads;
+    try {
+        while (static_cast<int>(threads.size()) < most) {
+            threads.emplace_back([&counted] { counted.wait(); });
+        }
+    } catch (const std::system_error&) {
+        // no more
+    }
+    counted.count_down();
+    return static_cast<int>(threads.size());
+}
+
+void TakeSerialForms() {
+    CensusPackages = CensusCoresPerPackage = CensusThreadsPerCore = 1;
+    dft::serial_switch = 1;
+    vips_concurrency_set(1);
+}
+
+} // namespace
+
+int PicturesAtOnce(int wanted) {
+    const int ofOne = ThreadsOfOnePicture();
+    const int had = ThreadsToBeHad(wanted * ofOne);
+    if (had >= ofOne) {
+        return had / ofOne;
+    }
+    TakeSerialForms();
+    if (had < FewestThreads) {
+        throw std::runtime_error("no thread can be started beyond " + std::to_string(had) + ", where " +
+                                 std::to_string(FewestThreads) + " are needed; allow more, such as by ulimit -u");
+    }
+    return 1;
+}
+
+void RequireAllPlanes() {
+    if (focus::WorkersLeftOut() > 0) {
+        throw PictureError("a thread that it needs could not be started; try again, or allow more of them");
+    }
+}
+
+} // namespace cli
