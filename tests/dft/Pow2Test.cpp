@@ -57,7 +57,7 @@ void CheckCommitTable(int bits, int variant) {
     EXPECT_EQ(header[0], 1 << bits);
     EXPECT_EQ(header[1], 0);
     const auto start = reinterpret_cast<std::uintptr_t>(block.bytes());
-    const std::uintptr_t address = start + dft::TableOffset(block.data(), tuning);
+    const auto address = start + static_cast<std::uintptr_t>(dft::TableOffset(block.data(), tuning));
     const auto alignment = static_cast<std::uintptr_t>(tuning.table_alignment);
     EXPECT_EQ(address % alignment, 0u);
     EXPECT_EQ(address / alignment, start / alignment + 1);
