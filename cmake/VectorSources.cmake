@@ -28,12 +28,12 @@ function(claribox_add_vector_objects plain_objects)
   # -ffp-contract=off. The transforms' vectors are written out; DriverTest.EveryLayoutOnEveryRoad would notice.
   set(transforms ${sources})
   list(FILTER transforms INCLUDE REGEX "/src/dft/")
-  set(flags -fno-tree-loop-vectorize)
-  # Checks of every element that a pass has in registers make g++ take a minute a file. Those of addresses stay.
+  set(flags $<$<CXX_COMPILER_ID:GNU>:-fno-tree-loop-vectorize>)
+  # Checks of every element that a pass has in registers make a compiler take a minute a file. Those of addresses stay.
   if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=address")
-    list(APPEND flags -fno-sanitize=undefined --param=asan-stack=0)
+    list(APPEND flags -fno-sanitize=undefined $<$<CXX_COMPILER_ID:GNU>:--param=asan-stack=0>)
   endif()
-  set_source_files_properties(${transforms} PROPERTIES COMPILE_OPTIONS "$<$<CXX_COMPILER_ID:GNU>:${flags}>")
+  set_source_files_properties(${transforms} PROPERTIES COMPILE_OPTIONS "${flags}")
   set(all $<TARGET_OBJECTS:${plain_objects}>)
   foreach(class IN LISTS CLARIBOX_VECTOR_CLASSES)
     set(target claribox_vector_${class})
