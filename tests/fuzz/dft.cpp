@@ -65,7 +65,7 @@ double Tolerance() {
 template <typename Element>
 std::vector<Element> RunAllRoads(Input& input, const Job& job, dft::Direction direction, const Layout& inputs,
                                  const Layout& results, const std::vector<Element>& x) {
-    const std::size_t misalignment = sizeof(Element) / 2 * static_cast<std::size_t>(input.Number(0, 15));
+    const std::size_t misalignment = alignof(Element) * static_cast<std::size_t>(input.Number(0, 15));
     const Place& place = job->placement == dft::DFT_INPLACE ? results.input : results.output;
     std::vector<Element> serial;
     for (const int threads : {1, input.Number(2, 5), 0}) {

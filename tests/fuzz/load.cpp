@@ -12,6 +12,8 @@ namespace {
 
 /// As the command starts it.
 bool PrepareVips() {
+    const auto ignore = [](const char*, GLogLevelFlags, const char*, void*) {};
+    g_log_set_default_handler(ignore, nullptr);
     const bool isReady = vips_init("fuzz") == 0;
     vips_cache_set_max(0);
     vips_concurrency_set(1);
