@@ -62,7 +62,7 @@ int Batch::Run() {
 void Batch::WorkOnThreads() {
     const int processors = std::max(1, static_cast<int>(std::thread::hardware_concurrency()));
     const int wanted = m_Settings.jobs == 0 ? processors : m_Settings.jobs;
-    const int jobs = PicturesAtOnce(static_cast<int>(std::min<std::size_t>(wanted, m_Tasks.size())));
+    const int jobs = PicturesAtOnce(std::min(wanted, static_cast<int>(m_Tasks.size())));
     std::vector<std::jthread> threads;
     try {
         for (int k = 1; k < jobs; ++k) {
