@@ -2,7 +2,10 @@
 
 #include "Errors.h"
 #include "Signals.h"
+#include "Threads.h"
 
+#include <malloc.h>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -77,13 +80,25 @@ std::int64_t ControlGroupFreeBytes() {
     return limit == Unlimited ? Unlimited : limit - NumberIn("/sys/fs/cgroup/memory.current", 0) + cached;
 }
 
-std::int64_t AddressSpaceFreeBytes() {
+/// `Unlimited` where there is no limit.
+std::int64_t AddressSpaceLimit() {
     rlimit limit = {};
-    if (getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY) {
-        return Unlimited;
-    }
-    const std::int64_t usedPages = NumberIn("/proc/self/statm", 0);
-    return static_cast<std::int64_t>(limit.rlim_cur) - usedPages * sysconf(_SC_PAGESIZE);
+    return getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY
+               ? Unlimited
+               : static_cast<std::int64_t>(limit.rlim_cur);
+}
+
+std::int64_t AddressSpaceFreeBytes() {
+    const std::int64_t limit = AddressSpaceLimit();
+    return limit == Unlimited ? Unlimited : limit - NumberIn("/proc/self/statm", 0) * sysconf(_SC_PAGESIZE);
+}
+
+/// Of a thread where the address space is limited: ample for libvips, which asks for as much.
+constexpr std::int64_t StackBytes = 2 * Mebibyte;
+
+/// Stacks take memory only as they are used, but address space at once.
+std::int64_t StacksOfOnePicture() {
+    return AddressSpaceLimit() == Unlimited ? 0 : StackBytes * ThreadsOfOnePicture();
 }
 
 } // namespace
@@ -94,11 +109,24 @@ std::int64_t EstimateBytes(const PictureShape& shape, std::int64_t workingBytes,
     const std::int64_t turning = shape.turned ? picture : 0;
     // Greyscale is spread over three channels for the library.
     const std::int64_t working = workingBytes + (shape.bands < 3 ? 3 * shape.Pixels() : 0);
-    return shape.heldBytes + picture + std::max({decoding, turning, working, CoderBytes(writer, shape)}) + FixedBytes;
+    return shape.heldBytes + picture + std::max({decoding, turning, working, CoderBytes(writer, shape)}) + FixedBytes +
+           StacksOfOnePicture();
 }
 
 std::int64_t FreeBytes() {
     return std::max<std::int64_t>(0, std::min({SystemFreeBytes(), ControlGroupFreeBytes(), AddressSpaceFreeBytes()}));
+}
+
+void SpareAddressSpace() {
+    if (AddressSpaceLimit() == Unlimited) {
+        return;
+    }
+    mallopt(M_ARENA_MAX, 1);
+    pthread_attr_t attributes;
+    pthread_attr_init(&attributes);
+    pthread_attr_setstacksize(&attributes, static_cast<std::size_t>(StackBytes));
+    pthread_setattr_default_np(&attributes);
+    pthread_attr_destroy(&attributes);
 }
 
 std::string Mebibytes(std::int64_t bytes) {

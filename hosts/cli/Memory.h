@@ -32,6 +32,11 @@ std::int64_t EstimateBytes(const PictureShape& shape, std::int64_t workingBytes,
 /// allows and what its address space limit leaves.
 std::int64_t FreeBytes();
 
+/// Where the address space is limited (ulimit -v), keeps the process from reserving much of it that it never fills:
+/// memory of its own for each thread that asks for some, and stacks of 8 MiB. To be called before threads are started
+/// and after `vips_init`, which sets stacks too.
+void SpareAddressSpace();
+
 /// "123 MiB", rounded up.
 std::string Mebibytes(std::int64_t bytes);
 

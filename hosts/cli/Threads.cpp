@@ -21,11 +21,6 @@ namespace {
 /// Those of libvips with a concurrency of 1: one that works and one that writes behind; and one that draws text.
 constexpr int FewestThreads = 3;
 
-/// The library has a worker a plane; libvips keeps its threads for a while when they have nothing to do.
-int ThreadsOfOnePicture() {
-    return 1 + 3 * dft::engine_maximum_threads() + vips_concurrency_get() + FewestThreads - 1;
-}
-
 /// Counts up to `most` by starting them, all at once.
 int ThreadsToBeHad(int most) {
     std::latch counted(1);
@@ -48,6 +43,11 @@ void TakeSerialForms() {
 }
 
 } // namespace
+
+int ThreadsOfOnePicture() {
+    // The library has a worker a plane; libvips keeps its threads for a while when they have nothing to do.
+    return 1 + 3 * dft::engine_maximum_threads() + vips_concurrency_get() + FewestThreads - 1;
+}
 
 int PicturesAtOnce(int wanted) {
     const int ofOne = ThreadsOfOnePicture();

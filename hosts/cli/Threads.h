@@ -3,6 +3,9 @@
 
 namespace cli {
 
+/// Threads that one picture at work may have at once, the one that works on it among them.
+int ThreadsOfOnePicture();
+
 /// How many pictures, 1 to `wanted`, may be worked on at once so that each gets all the threads it asks for: the
 /// library's, libvips' and those of this command. Where not even one does, library and libvips are told to do with the
 /// fewest. Throws `std::runtime_error` where these cannot be had either.

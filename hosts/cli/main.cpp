@@ -3,6 +3,7 @@
 #include "CommandLine.h"
 #include "Descriptors.h"
 #include "Errors.h"
+#include "Memory.h"
 #include "Messages.h"
 #include "PictureReader.h"
 #include "Signals.h"
@@ -27,6 +28,7 @@ void PrepareVips(const char* program) {
         throw std::runtime_error("libvips cannot be started" + cli::VipsComplaint());
     }
     vips_cache_set_max(0);
+    cli::SpareAddressSpace();
     cli::AllowReadersOfPicturesOnly();
 }
 
