@@ -80,6 +80,13 @@ void Limit(decltype(RLIMIT_AS) what, std::size_t bytes) {
         Limit(RLIMIT_FSIZE, options.fileSize);
         Limit(RLIMIT_AS, options.addressSpace);
         Limit(RLIMIT_NPROC, options.processes);
+        for (const std::string& variable : options.environment) {
+            putenv(strdup(variable.c_str()));
+        }
+        for (const int descriptor : options.closed) {
+            close(descriptor);
+        }
+        Limit(RLIMIT_NOFILE, options.openFiles);
         fexecve(command, words.data(), environ);
     }
     _exit(127);

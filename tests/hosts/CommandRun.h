@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 /// A new empty folder, writable for all, removed at the end.
 class TemporaryFolder {
@@ -36,8 +37,11 @@ struct RunOptions {
     std::string outFile = {};        ///< stands for standard output; none: it is collected
     std::size_t fileSize = 0;        ///< limit in bytes of each file written; 0 for none
     std::size_t addressSpace = 0;    ///< limit in bytes of memory; 0 for none
+    std::size_t openFiles = 0;       ///< limit; 0 for none
     std::size_t processes = 0;       ///< limit of the user's processes and threads; 0 for none, and root has none
     const char* input = "/dev/null"; ///< read as standard input, by a path from the folder
+    std::vector<int> closed = {};    ///< descriptors that the command starts without
+    std::vector<std::string> environment = {}; ///< NAME=VALUE, beside what there is
     std::function<void(pid_t)> meanwhile = [](pid_t) {};
 };
 
