@@ -69,8 +69,16 @@ void AddOption(CLI::App& app, const OptionRow& row, Settings& settings) {
     option->type_name(ValueName(row))->required(row.required);
 }
 
-/// CLI11 describes some faults over several lines; the first names the option.
-std::string FirstLine(const std::string& text) {
+/// CLI11 counts values where one is missing or too many, and describes some faults over several lines, of which the
+/// first names the option.
+std::string Described(const CLI::ParseError& error, std::span<const OptionRow> rows, const CLI::App& app) {
+    const std::string text = error.what();
+    for (const OptionRow& row : rows) {
+        const std::string name = LongName(row);
+        if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) && text.starts_with(name + ":")) {
+            return name + (app.count(name) > 1 ? " is given more than once" : " takes a value: " + ValueName(row));
+        }
+    }
     return text.substr(0, text.find('\n'));
 }
 
@@ -118,7 +126,7 @@ void AnswerQuestion(const std::vector<std::string>& words) {
             PrintOut(Answer(settings, words.front()));
         }
     } catch (const CLI::ParseError& error) {
-        throw UsageError(FirstLine(error.what()) + "; see claribox --help");
+        throw UsageError(Described(error, GeneralOptions(), app) + "; see claribox --help");
     }
 }
 
@@ -140,17 +148,6 @@ std::optional<Request> ParseVerb(const Verb& verb, std::vector<std::string> word
     if (pictures && !afterMark.empty()) {
         pictures->required(false);
     }
-    try {
-        if (!Parse(app, std::move(words))) {
-            return std::nullopt;
-        }
-    } catch (const UsageError& error) {
-        throw UsageError(prefix + error.what());
-    } catch (const CLI::RequiredError& error) {
-        throw UsageError(prefix + error.what() + "; usage: " + command + Usage(verb));
-    } catch (const CLI::ParseError& error) {
-        throw UsageError(prefix + FirstLine(error.what()) + "; see " + command + " --help");
-    }
     const auto take = [&](const std::vector<std::string>& names, bool mayBeOptions) {
         for (const std::string& name : names) {
             if (!pictures || (mayBeOptions && name.starts_with('-') && name != "-")) {
@@ -159,6 +156,18 @@ std::optional<Request> ParseVerb(const Verb& verb, std::vector<std::string> word
             request.settings.inputs.push_back(name);
         }
     };
+    try {
+        if (!Parse(app, std::move(words))) {
+            return std::nullopt;
+        }
+    } catch (const UsageError& error) {
+        throw UsageError(prefix + error.what());
+    } catch (const CLI::RequiredError& error) {
+        take(app.remaining(), true); // an unknown option says more of the mistake
+        throw UsageError(prefix + error.what() + "; usage: " + command + Usage(verb));
+    } catch (const CLI::ParseError& error) {
+        throw UsageError(prefix + Described(error, verb.options, app) + "; see " + command + " --help");
+    }
     take(std::exchange(request.settings.inputs, {}), true);
     take(app.remaining(), true);
     take(afterMark, false);

@@ -68,8 +68,9 @@ std::string ManPage() {
     }
     page += ".B claribox help\n[VERB]\n"
             ".SH DESCRIPTION\n"
-            "One verb is one operation. EXIF orientation is applied to the pixels; EXIF, ICC profile, XMP and "
-            "resolution are kept, alpha is carried through untouched, and greyscale stays greyscale.\n"
+            "One verb is one operation. EXIF orientation is applied to the pixels; EXIF, IPTC, XMP, ICC profile, "
+            "comments and resolution are kept where the output's format can, alpha is carried through untouched, and "
+            "greyscale stays greyscale.\n"
             "An output appears under its name only when it is complete.\n"
             "Words after \\-\\- are names of pictures, whatever they begin with.\n"
             ".SH VERBS\n";

@@ -128,8 +128,8 @@ OptionRow Quiet() {
 }
 
 OptionRow Inputs() {
-    return {"IN", "PICTURE...",
-            "pictures to read: JPEG, PNG, TIFF, WebP, GIF, HEIF, AVIF, JPEG XL, PPM; - for standard input",
+    return {"IN", "PICTURE",
+            "pictures to read: JPEG, PNG, TIFF, WebP, GIF, HEIF, AVIF, JPEG XL, PPM, Radiance; - for standard input",
             &Settings::inputs, true};
 }
 
@@ -144,7 +144,8 @@ std::vector<OptionRow> WithPictureOptions(std::vector<OptionRow> own) {
         {"--jobs", "N", "pictures at once, fewer where memory is short; 0 for one a processor",
          WholeNumber{&Settings::jobs, 0, LargestJobs}},
         {"--force", "", "replace existing files, though never one of the pictures read", &Settings::force},
-        {"--strict", "", "refuse a picture that could only be written with a loss, such as 16 bits reduced to 8",
+        {"--strict", "",
+         "refuse a picture that is damaged or loses something, such as 16 bits reduced to 8 or its EXIF data",
          &Settings::strict},
         {"--exact", "", "give the library's own result, byte for byte, without what the command adds to it",
          &Settings::exact},
@@ -174,7 +175,7 @@ const std::vector<Verb>& Table() {
          PixelOperation{DeBlur, RadiusMisfit, RadiusWorkingBytes, NoCaution}},
         {"demotion-blur", "undo the smear of motion along a line",
          WithPictureOptions(
-             {{"--length", "N", "length of the motion in pixels, at most half the picture's smaller side and 49",
+             {{"--length", "N", "length of the motion in pixels, at most 49 more than half the picture's smaller side",
                WholeNumber{&Settings::length, 1, LargestLength}},
               {"--degree", "N|auto",
                "direction in which points are smeared, counter-clockwise from the right, which is motion-blur's "
