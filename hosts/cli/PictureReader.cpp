@@ -99,7 +99,7 @@ bool IsStandardInput(const std::string& input) {
 }
 
 std::string InputName(const std::string& input) {
-    return IsStandardInput(input) ? "standard input" : input;
+    return IsStandardInput(input) ? "standard input" : input.empty() ? "''" : input;
 }
 
 void AllowReadersOfPicturesOnly() {

@@ -127,6 +127,7 @@ TEST(BadInput, CommandLine) {
 TEST(BadInput, Pictures) {
     std::vector<BadInput> rows = {
         {"blur none.png -o out.png", 1, {"none.png: no such file"}},
+        {"blur \"\" -o out.png", 1, {"'': no such file"}},
         {"blur -o out.png -- -d.png", 1, {"-d.png: no such file"}},
         {"blur -o out.png [a,b]", 1, {"[a,b]: no such file"}},
         {"blur \"b\na\x1b[m\xff\xc2\x85 \u00e9.png\" -o out.png",
