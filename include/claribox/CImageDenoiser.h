@@ -39,7 +39,8 @@ public:
     bool IsAuto() const;
 
     /// Reports the square of 96 by 96 pixels that the last measurement used, (0, 0, 96, 96) on a new object; right and
-    /// bottom are exclusive. It stays where it was when a picture has no square of medium brightness.
+    /// bottom are exclusive. It stays where it was when a picture has no square of medium brightness, or goes back to
+    /// (0, 0, 96, 96) where that would end behind the picture.
     void GetEstRect(int& left, int& top, int& right, int& bottom) const;
 
     /// Denoises in place: the luminance plane by shrinkage of its wavelet coefficients, the chrominance planes by a

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <limits>
 #include <vector>
 
@@ -97,6 +98,11 @@ SquareCorner FlattestSquare(const unsigned char* plane, int width, int height, S
         }
     }
     return flattest;
+}
+
+bool EndsInside(int width, int height, SquareCorner square) {
+    const std::int64_t stride = width;
+    return (square.top + kEstSide - 1) * stride + square.left + kEstSide <= stride * height;
 }
 
 // The mean absolute detail of the two finest levels. The sum is a float, rounded at each step: required,

@@ -2,6 +2,7 @@
 #include <claribox/CImageDenoiser.h>
 
 #include "Constants.h"
+#include "NoiseEstimate.h"
 #include "wavelet/WaveletTransform.h"
 
 #include <cstddef>
@@ -27,6 +28,10 @@ void CImageDenoiser::Denoise_YUV(unsigned char* y, unsigned char* u, unsigned ch
     const std::unique_ptr<float[]> coefficients = NewPlane(Samples(m_Width, m_Height));
     if (m_AutoMeasure) {
         _probe_region(y);
+        // Where nothing was found, the square is that of an earlier picture, which may have been larger.
+        if (!denoise::EndsInside(m_Width, m_Height, {m_EstLeft, m_EstTop})) {
+            m_EstLeft = m_EstTop = 0;
+        }
         m_Threshold = _estimate_noise(y);
     }
     const WaveletTransform transform(FilterSetDenoise);

@@ -131,6 +131,12 @@ TEST(DenoisePipeline, RegionAndThresholdStayBetweenPictures) {
     denoiser.SetAutoMeasure(false);
     denoiser.Denoise_YUV(y.data(), u.data(), v.data());
     EXPECT_EQ(denoiser.m_Threshold, expected) << "the last measured threshold stays in use";
+
+    // The same bytes as a picture that ends one row above the square's end.
+    denoiser.SetAutoMeasure(true);
+    denoiser.SetSize(width, 104 + 95);
+    denoiser.Denoise_YUV(dark.data(), u.data(), v.data());
+    EXPECT_EQ(std::pair(denoiser.m_EstLeft, denoiser.m_EstTop), std::pair(0, 0));
 }
 
 // A plane is either as it was or finished, and the object as good as new.
