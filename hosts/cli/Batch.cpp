@@ -4,11 +4,14 @@
 #include "Memory.h"
 #include "Messages.h"
 #include "OutputFile.h"
+#include "OutputNames.h"
 #include "Picture.h"
 #include "PictureWriter.h"
 #include "Plan.h"
 #include "Signals.h"
 #include "Threads.h"
+
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -31,6 +34,7 @@ private:
     void Do(const Task& task);
     void Refuse(const Task& task, const std::string& why);
     void Tell(const Task& task, const std::vector<std::string>& losses);
+    PictureWriter WriterFor(const Task& task, const vips::VImage& image) const;
     void Process(const Task& task);
     int Summarise();
 
@@ -116,6 +120,15 @@ void Batch::Tell(const Task& task, const std::vector<std::string>& losses) {
     m_Messages.Warning(InputName(task.input), text);
 }
 
+/// A device's name tells no format.
+PictureWriter Batch::WriterFor(const Task& task, const vips::VImage& image) const {
+    if (!m_Settings.format.empty()) {
+        return PictureWriter(m_Settings.format);
+    }
+    const bool hasName = !IsStandardOutput(task.output) && !IsDevice(task.output);
+    return hasName ? PictureWriter(task.output) : PictureWriter(image);
+}
+
 void Batch::Process(const Task& task) {
     StopIfInterrupted();
     Picture picture(task.input);
@@ -126,7 +139,7 @@ void Batch::Process(const Task& task) {
     if (const std::string misfit = m_Operation.misfit(m_Settings, shape); !misfit.empty()) {
         throw PictureError(misfit);
     }
-    const PictureWriter writer = IsDevice(task.output) ? PictureWriter(picture.Image()) : PictureWriter(task.output);
+    const PictureWriter writer = WriterFor(task, picture.Image());
     const std::int64_t needed = EstimateBytes(shape, m_Operation.workingBytes(m_Settings, shape), writer.Name());
     const MemoryBudget::Share share(m_Budget, needed);
     std::vector<std::string> losses = picture.Losses();
@@ -146,7 +159,7 @@ void Batch::Process(const Task& task) {
     }
     StopIfInterrupted();
     OutputFile output(task.output, m_Settings.force);
-    TryVips("its output '" + task.output + "' cannot be written",
+    TryVips("its output " + OutputName(task.output) + " cannot be written",
             [&] { writer.Write(picture.Image(), output.Descriptor(), m_Settings.quality); });
     StopIfInterrupted();
     output.Commit();
@@ -170,11 +183,15 @@ int Batch::Summarise() {
 } // namespace
 
 int RunBatch(const Verb& verb, const PixelOperation& operation, const Settings& settings) {
-    std::vector<Task> tasks = PlanTasks(settings);
+    Plan plan = PlanOutputs(settings);
     if (const std::string caution = operation.caution(settings); !caution.empty()) {
         Messages(0, settings.quiet).Warning(verb.name, caution);
     }
-    return Batch(operation, settings, std::move(tasks)).Run();
+    const int status = Batch(operation, settings, std::move(plan.tasks)).Run();
+    if (!plan.newFolder.empty()) {
+        rmdir(plan.newFolder.c_str()); // stays if there is a picture in it
+    }
+    return status;
 }
 
 } // namespace cli

@@ -90,10 +90,11 @@ int PrintMotionGuesses(const Settings& settings) {
     if (!settings.output.empty() && settings.inputs.size() > 1) {
         throw UsageError("guess-motion: --plot draws one picture; give one, or leave --plot out");
     }
+    const Plan plan = settings.output.empty() ? PlanReading(settings) : PlanOutput(settings, "--plot");
     PicturesAtOnce(1);
     bool all = true;
     try {
-        for (const Task& task : settings.output.empty() ? PlanReading(settings) : PlanTasks(settings, "--plot")) {
+        for (const Task& task : plan.tasks) {
             const std::string line = ResultLine(settings, task);
             all = all && !line.empty();
             PrintOut(line);

@@ -22,6 +22,9 @@ public:
     /// libvips' name of it, such as "jpegsave".
     std::string Name() const;
 
+    /// Whether both write the same format, such as jpg and jpeg.
+    bool SameFormat(const PictureWriter& other) const { return m_Format == other.m_Format; }
+
     /// What of `image` the format cannot keep, a sentence each.
     std::vector<std::string> Losses(const vips::VImage& image) const;
 

@@ -3,6 +3,7 @@
 
 #include "Settings.h"
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -14,12 +15,20 @@ struct Task {
     std::string problem; ///< why this picture cannot be done; empty if it can
 };
 
-/// One task an input. Throws `UsageError` where the whole run would go wrong: `option`, which gave `settings.output`,
-/// is no file or folder that can be written, two inputs have the same output, or an output is one of the inputs, by
-/// whatever name.
-std::vector<Task> PlanTasks(const Settings& settings, const std::string& option = "-o");
+struct Plan {
+    std::vector<Task> tasks;         ///< one an input
+    std::filesystem::path newFolder; ///< that was made for the outputs; empty if none was
+};
 
-/// One task an input, without outputs.
-std::vector<Task> PlanReading(const Settings& settings);
+/// Throws `UsageError` where the run would go wrong, and then nothing was done: an output cannot be written, would
+/// replace a file without --force or one of the inputs, or is also that of another input, by whatever names and links.
+/// Also clears the folders of the outputs of what killed runs left there.
+Plan PlanOutputs(const Settings& settings);
+
+/// The same for the one file that `option` names.
+Plan PlanOutput(const Settings& settings, const std::string& option);
+
+/// Without outputs.
+Plan PlanReading(const Settings& settings);
 
 } // namespace cli

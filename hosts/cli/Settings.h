@@ -10,6 +10,7 @@ namespace cli {
 struct Settings {
     std::vector<std::string> inputs;
     std::string output;
+    std::string format;             ///< of the outputs by its ending; empty: as their names or the inputs say
     int radius = 3;                 ///< pixels
     int length = 15;                ///< pixels
     int degree = 30;                ///< counter-clockwise from the right

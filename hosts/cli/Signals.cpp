@@ -20,6 +20,7 @@ extern "C" void RaiseFlag(int) {
 
 void InstallSignalHandlers() {
     std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         struct sigaction action = {};
         if (sigaction(number, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) {

@@ -5,7 +5,7 @@ namespace cli {
 
 /// From now on the first SIGINT, SIGTERM or SIGHUP only raises a flag, and the same once more ends the process at once:
 /// some coders of libvips do not look up before they are done. Those that were ignored stay ignored. A file size limit
-/// becomes a write error instead of a signal.
+/// and a pipe that nobody reads any more become write errors instead of signals.
 void InstallSignalHandlers();
 
 /// Whether one of them came.

@@ -9,6 +9,7 @@
 
 #include <vips/vips8>
 
+#include <algorithm>
 #include <latch>
 #include <string>
 #include <system_error>
@@ -20,6 +21,9 @@ namespace {
 
 /// Those of libvips with a concurrency of 1: one that works and one that writes behind; and one that draws text.
 constexpr int FewestThreads = 3;
+
+/// Whoever grants so many grants as many as there are processors for; to count on would take them from others.
+constexpr int MostCounted = 128;
 
 /// Counts up to `most` by starting them, all at once.
 int ThreadsToBeHad(int most) {
@@ -51,7 +55,11 @@ int ThreadsOfOnePicture() {
 
 int PicturesAtOnce(int wanted) {
     const int ofOne = ThreadsOfOnePicture();
-    const int had = ThreadsToBeHad(wanted * ofOne);
+    const int asked = std::min(wanted * ofOne, std::max(ofOne, MostCounted));
+    const int had = ThreadsToBeHad(asked);
+    if (had == asked) {
+        return wanted;
+    }
     if (had >= ofOne) {
         return had / ofOne;
     }

@@ -123,6 +123,11 @@ OptionRow HelpRow() {
     return {"-h,--help", "", "print this help", Help{}};
 }
 
+/// Whether it can be written is known when libvips is.
+void ParseFormat(Settings& settings, const std::string&, const std::string& text) {
+    settings.format = text.starts_with('.') ? text.substr(1) : text;
+}
+
 OptionRow Quiet() {
     return {"-q,--quiet", "", "print errors only: no notes, warnings, progress or summary", &Settings::quiet};
 }
@@ -137,8 +142,12 @@ OptionRow Inputs() {
 std::vector<OptionRow> WithPictureOptions(std::vector<OptionRow> own) {
     const std::vector<OptionRow> common = {
         Inputs(),
-        {"-o,--output", "OUT", "file to write; with several pictures the folder to write them into",
+        {"-o,--output", "OUT",
+         "file to write; or the folder, as it is for several pictures; or a template such as 'out/{name}-sharp.{ext}'; "
+         "- for standard output",
          FileName{&Settings::output}, true},
+        {"--format", "ENDING", "format of the outputs by its ending, such as jpg, in the place of the inputs'",
+         ParsedText{ParseFormat, "", {"jpg", "png", "tif", "webp", "gif", "heic", "avif", "jxl", "ppm"}}},
         {"--quality", "N", "quality of JPEG and other lossy formats",
          WholeNumber{&Settings::quality, 1, LargestQuality}},
         {"--jobs", "N", "pictures at once, fewer where memory is short; 0 for one a processor",

@@ -48,7 +48,14 @@ void Furnish(const TemporaryFolder& folder) {
     chmod((folder / "secret.png").c_str(), 0);
     fs::create_symlink("in.png", folder / "link.png");
     fs::create_hard_link(folder / "in.png", folder / "hard.png");
+    fs::create_symlink("loop.png", folder / "loop.png");
+    fs::create_directory(folder / "links");
+    fs::create_symlink("in.jpg", folder / "links" / "in.png"); // which is not there
+    WriteFile(folder / "locked.png", "kept");
+    fs::permissions(folder / "locked.png", fs::perms::owner_read);
 }
+
+const std::string LongName = std::string(300, 'n') + ".png";
 
 void ExpectRefusals(const std::vector<BadInput>& rows) {
     const TemporaryFolder folder;
@@ -134,6 +141,8 @@ TEST(BadInput, Pictures) {
          1,
          {"b\\na\\x1b[m\\xff\\xc2\\x85 \u00e9.png: no such"}},
         {"blur folder -o out.png", 1, {"folder: is a folder"}},
+        {"blur loop.png -o out.png", 1, {"loop.png: is a link that leads round in a circle"}},
+        {"blur " + LongName + " -o out.png", 1, {"has a longer name than files can have"}},
         {"blur /dev/null -o out.png", 1, {"/dev/null: is no regular file"}},
         {"blur secret.png -o out.png", 1, {"secret.png: no permission"}, {.asNobody = true}},
         {"blur text.jpg -o out.png", 1, {"text.jpg: is no picture", "take JPEG, PNG, TIFF"}},
@@ -169,19 +178,33 @@ TEST(BadInput, Pictures) {
 TEST(BadInput, Outputs) {
     const RunOptions nobody = {.asNobody = true};
     ExpectRefusals({
-        {"blur in.png -o folder", 2, {"-o: 'folder' is a folder", "'folder/in.png'"}},
-        {"blur in.png -o none/", 2, {"-o: 'none/' is a folder"}},
+        {"blur in.png -o folder", 2, {"-o: the output 'folder/in.png' exists", "--force"}},
+        {"blur in.png -o \"\"", 2, {"-o takes the name of a file or folder"}},
         {"blur in.png -o none/out.png", 2, {"no folder 'none'"}},
         {"blur in.png in.jpg -o in.tif", 2, {"-o: 'in.tif' is a file"}},
         {"blur in.png in.jpg -o none/none", 2, {"cannot create folder 'none/none'"}},
         {"blur in.png -o closed/out.png", 2, {"no permission", "'closed'"}, nobody},
         {"blur in.png in.jpg -o closed", 2, {"no permission", "'closed'"}, nobody},
-        {"blur in.png -o out.xyz", 1, {"in.png: no picture format", "'out.xyz'", "use jpg, png, tif, webp"}},
-        {"blur in.png -o out.dz", 1, {"no picture format", "'out.dz'"}},
-        {"blur in.png -o out.v", 1, {"no picture format", "'out.v'"}},
-        {"blur in.png -o in.jpg", 1, {"'in.jpg' exists", "--force"}},
+        {"blur in.png -o out.xyz", 2, {"-o: no picture format", "'out.xyz'", "use jpg, png, tif, webp"}},
+        {"blur in.png -o out.dz", 2, {"no picture format", "'out.dz'"}},
+        {"blur in.png -o out.v", 2, {"no picture format", "'out.v'"}},
+        {"blur in.png -o in.jpg", 2, {"'in.jpg' exists", "--force"}},
+        {"blur in.png in.jpg in.gif -o folder --format png", 2, {"'in.png' and 'in.jpg' would both become"}},
+        {"blur text.jpg -o new/", 1, {"text.jpg: is no picture"}}, // and no new folder
+        {"blur in.png in.jpg -o out.jpg", 2, {"no new folder is called 'out.jpg'", "'{name}-new.{ext}'"}},
+        {"blur in.png in.jpg -o new%d", 2, {"no new folder is called 'new%d'", "'{name}-sharp.{ext}'"}},
+        {"blur in.png -o {nam}.png", 2, {"'{nam}.png' is a template", "{name} and {ext}"}},
+        {"blur in.png -o {name}/out.png", 2, {"not of its folder"}},
+        {"blur in.png in.jpg -o new/{name}.png", 2, {"'in.png' and 'in.jpg' would both become 'new/in.png'"}},
+        {"blur in.png -o out.png --format jpg", 2, {"'out.png' does not end like the --format jpg"}},
+        {"blur in.png -o new/ --format v", 2, {"--format takes jpg, png", "not 'v'"}},
+        {"blur in.png in.jpg -o -", 2, {"standard output takes one picture"}},
+        {"blur in.png -o locked.png --force", 2, {"'locked.png' is write-protected"}},
+        {"blur in.png -o loop.png --force", 2, {"'loop.png' is a link that leads round in a circle"}},
+        {"blur in.png -o " + LongName, 2, {"has a longer name than files can have"}},
+        {"blur in.png in.jpg -o links --force", 2, {"would both become 'links/in.jpg', which is also 'links/in.png'"}},
         {"guess-motion in.png --plot none/out.png", 2, {"--plot: there is no folder 'none'"}},
-        {"guess-motion in.png --plot cut_in.png", 1, {"'cut_in.png' exists", "--force"}},
+        {"guess-motion in.png --plot cut_in.png", 2, {"'cut_in.png' exists", "--force"}},
         {"guess-motion in.png --plot hard.png --force", 2, {"--plot: ", "'hard.png' is the input"}},
         {"blur in.png -o /dev/full", 1, {"'/dev/full' cannot be written", "No space left on device"}},
         // No input is ever replaced, whatever name it goes by.
@@ -213,12 +236,11 @@ TEST(BadInput, PictureThatCannotFitIntoMemory) {
     if (RunCommand(TemporaryFolder(), "info", limited).status != 0) {
         GTEST_SKIP() << "the command takes more address space at once than the limit, as sanitizers make it do";
     }
-    ExpectRefusals(
-        {{"blur large.hdr -o out.png",
-          1,
-          {"large.hdr: needs about 1", " MiB of memory, but ", " MiB are free"},
-          limited},
-         {"demotion-blur large.hdr -o out.png", 1, {"large.hdr: needs about 5", " MiB of memory"}, limited}});
+    ExpectRefusals({{"blur large.hdr -o out.png",
+                     1,
+                     {"large.hdr: needs about ", " MiB of memory, but ", " MiB are free"},
+                     limited},
+                    {"demotion-blur large.hdr -o out.png", 1, {"large.hdr: needs about "}, limited}});
 }
 
 TEST(BadInput, NoThreadIsNoDamage) {

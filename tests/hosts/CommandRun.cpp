@@ -34,8 +34,8 @@ TemporaryFolder::~TemporaryFolder() {
 std::map<std::string, std::string> TemporaryFolder::Snapshot() const {
     std::map<std::string, std::string> files;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(m_Path)) {
-        const bool hasBytes = entry.is_regular_file() && !entry.is_symlink();
-        files[fs::relative(entry.path(), m_Path).string()] = hasBytes ? ReadFile(entry.path()) : "";
+        const bool hasBytes = fs::is_regular_file(entry.symlink_status());
+        files[entry.path().lexically_relative(m_Path).string()] = hasBytes ? ReadFile(entry.path()) : "";
     }
     return files;
 }
