@@ -53,7 +53,8 @@ std::string InputProblem(const std::string& input) {
     if (access(input.c_str(), R_OK) != 0) {
         return "no permission to read it; name a picture you may read";
     }
-    return S_ISREG(status.st_mode) ? "" : "is no regular file; name a picture file";
+    return S_ISREG(status.st_mode) ? ""
+                                   : "is no regular file; name a picture file, or - and send it into standard input";
 }
 
 fs::path FolderOf(const fs::path& path) {
@@ -128,6 +129,9 @@ void RefuseSharedOutputs(const std::vector<Task>& tasks, const std::string& opti
         const auto [first, isNew] = writers.emplace(Identity(task.output), &task);
         if (!isNew) {
             const Task& other = *first->second;
+            if (other.input == task.input) {
+                throw UsageError(option + ": " + Quoted(task.input) + " is given twice; name it once");
+            }
             throw UsageError(option + ": " + Quoted(other.input) + " and " + Quoted(task.input) +
                              " would both become " + Quoted(task.output) +
                              (other.output == task.output ? "" : ", which is also " + Quoted(other.output)) +
