@@ -61,7 +61,8 @@ double Tolerance() {
     return sizeof(Real) == sizeof(float) ? 3e-6 : 3e-14; // some thirty roundings of an element
 }
 
-/// The job on one thread, on several, and on as many as the engine takes; all give the same bytes.
+/// The job on one thread, on several, and on as many as the engine takes; all give the same bytes, but for single lines
+/// that more threads than blocks work on.
 template <typename Element>
 std::vector<Element> RunAllRoads(Input& input, const Job& job, dft::Direction direction, const Layout& inputs,
                                  const Layout& results, const std::vector<Element>& x) {
@@ -73,6 +74,13 @@ std::vector<Element> RunAllRoads(Input& input, const Job& job, dft::Direction di
         EXPECT_EQ(RunDriver(job, direction, threads, arrays.input(), arrays.output()), dft::DFT_OK);
         const auto result = arrays.Result();
         serial = serial.empty() ? result : serial;
+        if constexpr (!std::is_floating_point_v<Element>) {
+            if (job->rank == 1 && job->number_of_transforms == 1) {
+                EXPECT_LE(dft_slow::RelativeError(result, dft_slow::ToWideLine(serial)),
+                          2 * std::numeric_limits<decltype(Element::re)>::epsilon());
+                continue;
+            }
+        }
         EXPECT_TRUE(SameBytes(serial.data(), result.data(), serial.size())) << threads << " threads";
     }
     return serial;

@@ -1,5 +1,7 @@
 // The jobs below the checks of a compute call: all ranks, strides, offsets, distances and numbers of transforms, on one
-// thread or on several. Both forms give the same bytes, unless transforms of one job share elements.
+// thread or on several. Both forms give the same bytes, with two exceptions: transforms of one job that share elements,
+// and one line of a power of two on more threads than it has blocks (pow2/pow2_form.h), where other passes round
+// otherwise.
 //
 // All pointers are the caller's own; offsets are added here. Results are DFT_OK, DFT_NO_MEMORY, or the first other
 // status of a routine slot.
