@@ -94,7 +94,8 @@ void Batch::Do(const Task& task) {
     } catch (const Interrupted&) {
         // counted as neither
     } catch (const std::bad_alloc&) {
-        Refuse(task, "memory ran out; free some or take fewer --jobs");
+        Refuse(task,
+               m_Tasks.size() > 1 ? "memory ran out; free some or take fewer --jobs" : "memory ran out; free some");
     } catch (const std::exception& error) {
         Refuse(task, error.what());
     }

@@ -30,10 +30,6 @@ constexpr int MostLinks = 40;
     throw PictureError(what + ": " + std::strerror(errno));
 }
 
-fs::path FolderOf(const fs::path& path) {
-    return path.parent_path().empty() ? "." : path.parent_path();
-}
-
 fs::path TemporaryName(const fs::path& path) {
     static std::atomic<unsigned> counter = 0;
     return FolderOf(path) / (".claribox-" + std::to_string(getpid()) + "-" + std::to_string(counter++));
@@ -69,6 +65,10 @@ bool IsDevice(const fs::path& path) {
     std::error_code none;
     const fs::file_status status = fs::status(path, none);
     return fs::exists(status) && !fs::is_regular_file(status) && !fs::is_directory(status);
+}
+
+fs::path FolderOf(const fs::path& path) {
+    return path.parent_path().empty() ? "." : path.parent_path();
 }
 
 fs::path BehindLinks(fs::path path) {

@@ -46,6 +46,9 @@ private:
 /// Whether `path` exists and is neither file nor folder, such as /dev/null or a pipe.
 bool IsDevice(const std::filesystem::path& path);
 
+/// The folder that `path` lies in, "." where it names none.
+std::filesystem::path FolderOf(const std::filesystem::path& path);
+
 /// The path at the end of the links at `path`, whether a file is there or not; `path` itself where they lead round in a
 /// circle.
 std::filesystem::path BehindLinks(std::filesystem::path path);

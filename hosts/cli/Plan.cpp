@@ -57,10 +57,6 @@ std::string InputProblem(const std::string& input) {
                                    : "is no regular file; name a picture file, or - and send it into standard input";
 }
 
-fs::path FolderOf(const fs::path& path) {
-    return path.parent_path().empty() ? "." : path.parent_path();
-}
-
 std::string FolderProblem(const fs::path& folder) {
     struct stat status = {};
     if (stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
