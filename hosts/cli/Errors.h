@@ -9,7 +9,7 @@ namespace cli {
 enum ExitStatus : int {
     ExitDone = 0,
     ExitPictureFailed = 1, ///< at least one picture was not written; the others were
-    ExitUsage = 2,         ///< the command line is wrong; nothing was done
+    ExitUsage = 2,         ///< the command line is wrong or an output cannot be written; nothing was done
     ExitInterrupted = 130, ///< by convention 128 + SIGINT
 };
 

@@ -56,8 +56,8 @@ std::string RangeAndHelp(const OptionRow& row) {
 }
 
 std::string ExitStatusHelp() {
-    return "0 all done; 1 a picture failed, the others were written; 2 the command line is wrong, nothing was done; "
-           "130 interrupted";
+    return "0 all done; 1 a picture failed, the others were written; 2 the command line is wrong or an output cannot "
+           "be written, nothing was done; 130 interrupted";
 }
 
 std::string ManPage() {
