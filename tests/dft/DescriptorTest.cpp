@@ -1,7 +1,7 @@
 // Statuses of the operations on a descriptor, and its fields after creation and commit.
 #include "dft/DescriptorFixture.h"
-#include "dft/descriptor/general_slots.h"
 #include "dft/plans/dft_plan.h"
+#include "dft/plans/general_routines.h"
 #include "dft/pow2/pow2.h"
 
 #include <gtest/gtest.h>

@@ -3,8 +3,8 @@
 
 #include "common/GuardedBuffer.h"
 #include "dft/TestJob.h"
+#include "dft/base/record_fields.h"
 #include "dft/driver/drivers.h"
-#include "dft/driver/record_fields.h"
 #include "reference/dft_slow.h"
 
 #include <gtest/gtest.h>

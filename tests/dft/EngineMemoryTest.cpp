@@ -2,7 +2,7 @@
 #include "dft/memory/engine_memory.h"
 
 #include "dft/TestSurroundings.h"
-#include "dft/driver/parallel_chunks.h"
+#include "dft/base/chunks.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include "common/GuardedBuffer.h"
 #include "common/VectorClassTest.h"
 #include "dft/TestSurroundings.h"
-#include "dft/plans/active_runs.h"
+#include "dft/plans/plan_runs.h"
 #include "dft/real/real_plan.h"
 #include "reference/dft_slow.h"
 

@@ -6,7 +6,7 @@
 #include "common/VectorClassTest.h"
 #include "dft/TestJob.h"
 #include "dft/TestSurroundings.h"
-#include "dft/driver/record_fields.h"
+#include "dft/base/record_fields.h"
 #include "dft/pow2/bit_reversal.h"
 #include "dft/pow2/commit_table.h"
 #include "dft/pow2/pow2_form.h"

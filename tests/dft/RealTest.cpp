@@ -3,7 +3,7 @@
 #include "common/GuardedBuffer.h"
 #include "dft/TestJob.h"
 #include "dft/TestSurroundings.h"
-#include "dft/driver/record_fields.h"
+#include "dft/base/record_fields.h"
 #include "dft/real/real_plan.h"
 #include "reference/dft_slow.h"
 

@@ -3,7 +3,7 @@
 
 #include "dft/TestJob.h"
 #include "dft/TestSurroundings.h"
-#include "dft/driver/parallel_chunks.h"
+#include "dft/base/chunks.h"
 #include "reference/dft_slow.h"
 
 #include <gtest/gtest.h>

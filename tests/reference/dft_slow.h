@@ -3,7 +3,7 @@
 // of it.
 #pragma once
 
-#include "dft/complex.h"
+#include "dft/base/complex.h"
 
 #include <cmath>
 #include <complex>

@@ -1,11 +1,11 @@
 #include "dft/descriptor/descriptor_routines.h"
 
-#include "dft/descriptor/general_slots.h"
-#include "dft/descriptor/plan_status.h"
-#include "dft/dispatch/dft_dispatch.h"
+#include "dft/base/plan_status.h"
+#include "dft/base/variant.h"
 #include "dft/memory/engine_memory.h"
+#include "dft/plans/general_routines.h"
 #include "dft/pow2/pow2.h"
-#include "dft/real/real_slots.h"
+#include "dft/real/real_routines.h"
 
 #include <algorithm>
 #include <bit>

@@ -2,9 +2,9 @@
 // and backward.
 #pragma once
 
+#include "dft/base/record_fields.h"
 #include "dft/descriptor/descriptor_routines.h"
 #include "dft/driver/drivers.h"
-#include "dft/driver/record_fields.h"
 #include "dft/memory/work_memory.h"
 
 #include <algorithm>

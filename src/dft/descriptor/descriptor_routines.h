@@ -2,7 +2,7 @@
 // address. compute_routines.h has those that compute.
 #pragma once
 
-#include "dft/dft.h"
+#include "dft/base/record.h"
 
 #include <cstring>
 

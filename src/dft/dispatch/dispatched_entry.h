@@ -1,8 +1,8 @@
 // What stands between a front entry and the routine of the variant in force.
 #pragma once
 
+#include "dft/base/variant.h"
 #include "dft/dispatch/control_word.h"
-#include "dft/dispatch/dft_dispatch.h"
 
 #include <atomic>
 

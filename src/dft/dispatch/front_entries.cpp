@@ -1,9 +1,9 @@
 #include "dft/dft.h"
 
+#include "dft/base/scale_vector.h"
 #include "dft/descriptor/compute_routines.h"
 #include "dft/descriptor/descriptor_routines.h"
 #include "dft/dispatch/dispatched_entry.h"
-#include "dft/dispatch/scale_vector.h"
 
 #include <cstdarg>
 

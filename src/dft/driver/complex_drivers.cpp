@@ -1,9 +1,8 @@
-#include "dft/dispatch/dft_dispatch.h"
+#include "dft/base/chunks.h"
+#include "dft/base/variant.h"
 #include "dft/driver/copy_strided.h"
 #include "dft/driver/drivers.h"
-#include "dft/driver/parallel_chunks.h"
 #include "dft/driver/serial_passes.h"
-#include "dft/driver/shared_status.h"
 #include "dft/memory/work_memory.h"
 
 #include <algorithm>

@@ -7,7 +7,7 @@
 // status of a routine slot.
 #pragma once
 
-#include "dft/dft.h"
+#include "dft/base/record.h"
 #include "dft/plans/plan_runs.h"
 
 #include <cstdint>

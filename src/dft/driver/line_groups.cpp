@@ -1,10 +1,10 @@
 #include "dft/driver/line_groups.h"
 
-#include "dft/descriptor/general_slots.h"
+#include "dft/base/record_fields.h"
 #include "dft/driver/copy_strided.h"
-#include "dft/driver/record_fields.h"
 #include "dft/memory/work_memory.h"
-#include "dft/plans/active_runs.h"
+#include "dft/plans/general_routines.h"
+#include "dft/plans/plan_runs.h"
 #include "dft/pow2/pow2.h"
 #include "dft/pow2/pow2_runs.h"
 
@@ -20,23 +20,6 @@ constexpr std::ptrdiff_t kColumnGroup = 4;
 
 /// Batches beyond this go line by line: their memory would be out of proportion to the job's.
 constexpr std::uint64_t kLargestBatchBytes = std::uint64_t{64} << 20;
-
-template <typename Real>
-const Pow2Runs<Real>& ActivePow2Runs() {
-    if constexpr (kPrecision<Real> == 0) {
-        return ActivePow2RunsSingle();
-    } else {
-        return ActivePow2RunsDouble();
-    }
-}
-template <typename Real>
-const LineTransport<Real>& ActiveLineTransport() {
-    if constexpr (kPrecision<Real> == 0) {
-        return ActiveLineTransportSingle();
-    } else {
-        return ActiveLineTransportDouble();
-    }
-}
 
 /// The engine's own routines, indexed by precision and direction.
 constexpr DftRoutine kGeneralSlots[2][2] = {{general_forward_single, general_backward_single},
@@ -117,24 +100,6 @@ private:
     std::uint64_t m_LineBytes = 0;
     std::uint64_t m_WorkBytes = 0; ///< of one line
 };
-
-/// Whether no two lines share an element, as far as blocks of lines and interleaved lines go.
-template <typename Real>
-bool AreApart(const Lines<Real>& lines) {
-    const auto span = [](std::ptrdiff_t count, std::ptrdiff_t stride) {
-        return (static_cast<std::int64_t>(count) - 1) * std::abs(static_cast<std::int64_t>(stride));
-    };
-    return std::abs(lines.lineStride) > span(lines.length, lines.elementStride) ||
-           (lines.lineStride != 0 && std::abs(lines.elementStride) > span(lines.count, lines.lineStride));
-}
-
-template <typename Real>
-Lines<Real> Part(const Lines<Real>& lines, std::ptrdiff_t first, std::ptrdiff_t count) {
-    Lines<Real> part = lines;
-    part.base += first * lines.lineStride;
-    part.count = std::min(count, lines.count - first);
-    return part;
-}
 
 /// Columns before the first that starts a cache line, in all rows or in every other: groups that begin there touch the
 /// fewest lines. 0 where no group size gains anything.

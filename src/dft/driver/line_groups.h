@@ -2,7 +2,7 @@
 // engine's own.
 #pragma once
 
-#include "dft/dft.h"
+#include "dft/base/record.h"
 #include "dft/driver/line_transport.h"
 #include "dft/plans/plan_runs.h"
 

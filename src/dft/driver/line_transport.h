@@ -1,22 +1,12 @@
 // Lines of an array, and their way into batches (plans/plan_runs.h) and back: one form a vector class.
 #pragma once
 
-#include "dft/complex.h"
-#include "simd/VectorClass.h"
+#include "dft/base/kernels.h"
+#include "dft/base/lines.h"
 
 #include <cstddef>
 
 namespace dft {
-
-/// `count` lines of `length` elements: element k of line j is base[j * lineStride + k * elementStride].
-template <typename Real>
-struct Lines {
-    Complex<Real>* base;
-    std::ptrdiff_t elementStride;
-    std::ptrdiff_t lineStride;
-    std::ptrdiff_t count;
-    std::ptrdiff_t length;
-};
 
 /// No member touches an element that is not of the lines it is given.
 template <typename Real>
@@ -31,7 +21,6 @@ struct LineTransport {
     void (*exchange)(Real* batch, const Lines<Real>& done, const Lines<Real>& next, Real scale);
 };
 
-CLARIBOX_VECTOR_VARIANTS(LineTransport<float>, kLineTransportSingle, ActiveLineTransportSingle)
-CLARIBOX_VECTOR_VARIANTS(LineTransport<double>, kLineTransportDouble, ActiveLineTransportDouble)
+CLARIBOX_DFT_KERNELS(LineTransport, kLineTransport, ActiveLineTransport)
 
 } // namespace dft

@@ -1,7 +1,7 @@
 #include "dft/driver/line_transport.h"
 
-#include "dft/driver/register_transpose.h"
-#include "dft/lane_complex.h"
+#include "dft/base/lane_complex.h"
+#include "dft/base/register_transpose.h"
 #include "simd/Vector.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {

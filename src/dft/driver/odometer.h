@@ -1,27 +1,13 @@
 // Walks the positions of several records of a job.
 #pragma once
 
-#include "dft/dft.h"
-#include "dft/driver/record_fields.h"
+#include "dft/base/chunks.h"
+#include "dft/base/record.h"
+#include "dft/base/record_fields.h"
 
 #include <cstddef>
 
 namespace dft {
-
-/// A run of positions of one record, to which a pass is confined.
-struct Slice {
-    int record;
-    std::ptrdiff_t first;
-    std::ptrdiff_t count;
-};
-
-/// The slice of `record` that chunk `chunk` of `chunks` takes: runs of ceil(length / chunks) positions, the last cut at
-/// the end; surplus chunks get none.
-inline Slice ChunkOf(int record, std::ptrdiff_t length, int chunks, int chunk) {
-    const std::ptrdiff_t size = length / chunks + (length % chunks != 0 ? 1 : 0);
-    const std::ptrdiff_t first = chunk * size < length ? chunk * size : length;
-    return {record, first, size < length - first ? size : length - first};
-}
 
 /// Positions of chosen records, the one added first turning fastest.
 class Odometer {

@@ -1,9 +1,8 @@
+#include "dft/base/chunks.h"
+#include "dft/base/record_fields.h"
 #include "dft/driver/copy_strided.h"
 #include "dft/driver/drivers.h"
 #include "dft/driver/odometer.h"
-#include "dft/driver/parallel_chunks.h"
-#include "dft/driver/record_fields.h"
-#include "dft/driver/shared_status.h"
 #include "dft/memory/work_memory.h"
 
 #include <algorithm>

@@ -3,9 +3,9 @@
 // the serial road meet here, so that they give the same bytes.
 #pragma once
 
-#include "dft/dft.h"
+#include "dft/base/record.h"
+#include "dft/base/record_fields.h"
 #include "dft/driver/odometer.h"
-#include "dft/driver/record_fields.h"
 #include "dft/plans/plan_runs.h"
 
 #include <cstddef>

@@ -1,7 +1,7 @@
 // The Bluestein method: a transform of any length as a circular convolution. For vector sources only.
 #pragma once
 
-#include "dft/lane_complex.h"
+#include "dft/base/lane_complex.h"
 #include "dft/pow2/fft_passes.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {

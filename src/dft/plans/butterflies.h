@@ -4,7 +4,7 @@
 // places.
 #pragma once
 
-#include "dft/lane_complex.h"
+#include "dft/base/lane_complex.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {
 

@@ -2,9 +2,9 @@
 
 #include "dft/memory/engine_memory.h"
 #include "dft/memory/work_memory.h"
-#include "dft/plans/active_runs.h"
+#include "dft/plans/plan_runs.h"
 #include "dft/plans/plan_tables.h"
-#include "dft/plans/root_table.h"
+#include "dft/pow2/roots.h"
 
 namespace dft {
 namespace {
@@ -42,22 +42,11 @@ std::int32_t BuildMethod(BasicDftPlan<Real>& plan, int length, int hint) {
 template <typename Real>
 std::int32_t Run(Direction direction, const Complex<Real>* input, Complex<Real>* output, const BasicDftPlan<Real>* plan,
                  void* work) {
-    if (plan == nullptr) {
-        return kPlanNullPointer;
-    }
-    if (plan->tag != kDftPlanTag) {
-        return kPlanBadTag;
-    }
-    if (input == nullptr || output == nullptr) {
-        return kPlanNullPointer;
-    }
-    const WorkMemory own(work == nullptr ? static_cast<std::size_t>(plan->work_bytes) : 0);
-    if (own.data() == nullptr) {
-        return kPlanNoMemory;
-    }
-    ActivePlanRuns<Real>().line[direction](*plan, input, output, AlignedWork(work == nullptr ? own.data() : work));
-    ScaleResult(*plan, direction, output, plan->length);
-    return kPlanOk;
+    return RunPlan(plan, kDftPlanTag, input, output, work, [=](void* aligned) -> std::int32_t {
+        ActivePlanRuns<Real>().line[direction](*plan, input, output, aligned);
+        ScaleResult(*plan, direction, output, plan->length);
+        return kPlanOk;
+    });
 }
 
 } // namespace
@@ -82,14 +71,7 @@ std::int32_t dft_plan_create(BasicDftPlan<Real>** plan, int length, int norm_fla
 
 template <typename Real>
 std::int32_t dft_plan_work_size(const BasicDftPlan<Real>* plan, int* bytes) {
-    if (plan == nullptr || bytes == nullptr) {
-        return kPlanNullPointer;
-    }
-    if (plan->tag != kDftPlanTag) {
-        return kPlanBadTag;
-    }
-    *bytes = plan->work_bytes;
-    return kPlanOk;
+    return WorkSize(plan, kDftPlanTag, bytes);
 }
 
 template <typename Real>

@@ -4,33 +4,14 @@
 // Plans are immutable after creation and may be shared by threads; each run has its own work memory.
 #pragma once
 
-#include "dft/complex.h"
+#include "dft/base/plan_status.h"
+#include "dft/pow2/fft_plan.h"
 
 #include <cstdint>
 
 namespace dft {
 
-/// Status codes of this layer.
-enum PlanStatus : std::int32_t {
-    kPlanOk = 0,
-    kPlanBadLength = -6,
-    kPlanNullPointer = -8,
-    kPlanNoMemory = -9,
-    kPlanBadOrder = -15, ///< `order` of an FFT plan outside 0 to 30
-    kPlanBadNormalisation = -16,
-    kPlanBadTag = -17,
-};
-
-/// Values of `norm_flag`.
-enum PlanNormalisation : std::int32_t {
-    kForwardByLength = 1,  ///< the forward run multiplies by 1/n
-    kBackwardByLength = 2, ///< the backward run multiplies by 1/n
-    kBothBySquareRoot = 4, ///< both multiply by 1/sqrt(n)
-    kUnscaled = 8,
-};
-
 inline constexpr int kDftPlanTag = 13;
-inline constexpr int kFftPlanTag = 4;
 inline constexpr int kRealPlanTag = 15;
 inline constexpr int kMaximumStages = 20;
 inline constexpr int kLargestFactor = 150; ///< no prime above it enters the mixed-radix method
@@ -48,23 +29,6 @@ struct StageRecord {
     /// For each j below span: root^(i * j * stride) for i from 0 (radix above 5) or from 1 (others) to radix - 1.
     Complex<Real>* twiddles;
     Complex<Real>* tail_matrix; ///< last stage only: the like of radix_matrix for a tail span above 5
-};
-
-/// Plan for 2^order elements.
-template <typename Real>
-struct BasicFftPlan {
-    std::int32_t tag; ///< kFftPlanTag
-    std::int32_t order;
-    std::int32_t scale_forward;
-    std::int32_t scale_backward;
-    Real scale;
-    std::int32_t hint;
-    std::int32_t work_bytes;
-    std::int32_t* bit_reversal; ///< order 4 and above: see pow2/fft_plan_layout.h
-    /// Radix-4 twiddles W^j, W^2j, W^3j of each stage of 2^k points, k from 4 (even order) or 5 (odd) by twos, j below
-    /// 2^k / 4, in groups of four j: four re W^j, four im W^j, then the same of W^2j and of W^3j.
-    Real* stage_tables;
-    Real* large_tables; ///< the stages beyond 2^15, of the same layout; null below order 16
 };
 
 /// Plan for `length` elements.
@@ -93,8 +57,6 @@ struct BasicDftPlan {
 
 using DftPlan = BasicDftPlan<float>;
 using DftPlanDouble = BasicDftPlan<double>;
-using FftPlan = BasicFftPlan<float>;
-using FftPlanDouble = BasicFftPlan<double>;
 
 /// Builds a plan for `length` elements; `*plan` is null unless kPlanOk is returned. `hint` is carried, no run looks at
 /// it. kPlanNullPointer, kPlanBadLength, kPlanBadNormalisation, kPlanNoMemory.
@@ -118,17 +80,5 @@ std::int32_t dft_plan_backward(const Complex<Real>* input, Complex<Real>* output
 /// Releases a plan and all it owns; null is ignored.
 template <typename Real>
 void dft_plan_free(BasicDftPlan<Real>* plan);
-
-/// The same five for 2^order elements, `order` 0 to 30 (kPlanBadOrder).
-template <typename Real>
-std::int32_t fft_plan_create(BasicFftPlan<Real>** plan, int order, int norm_flag, int hint);
-template <typename Real>
-std::int32_t fft_plan_forward(const Complex<Real>* input, Complex<Real>* output, const BasicFftPlan<Real>* plan,
-                              void* work);
-template <typename Real>
-std::int32_t fft_plan_backward(const Complex<Real>* input, Complex<Real>* output, const BasicFftPlan<Real>* plan,
-                               void* work);
-template <typename Real>
-void fft_plan_free(BasicFftPlan<Real>* plan);
 
 } // namespace dft

@@ -1,13 +1,10 @@
 // How the methods of a general plan run: one form a vector class, each for one line and for several side by side.
 #pragma once
 
+#include "dft/base/kernels.h"
 #include "dft/plans/dft_plan.h"
-#include "simd/VectorClass.h"
 
 namespace dft {
-
-/// Direction of a transform, and index of the members below.
-enum Direction { kForward = 0, kBackward = 1 };
 
 /// Lines side by side ("a batch"): element k of all lines stands together, `lanes` real parts, then `lanes` imaginary
 /// parts, so that a batch of one line is an ordinary array of complex elements. A batch run gives each line the very
@@ -23,7 +20,6 @@ struct PlanRuns {
     void (*batch[2])(const BasicDftPlan<Real>& plan, const Real* input, Real* output, void* work);
 };
 
-CLARIBOX_VECTOR_VARIANTS(PlanRuns<float>, kPlanRunsSingle, ActivePlanRunsSingle)
-CLARIBOX_VECTOR_VARIANTS(PlanRuns<double>, kPlanRunsDouble, ActivePlanRunsDouble)
+CLARIBOX_DFT_KERNELS(PlanRuns, kPlanRuns, ActivePlanRuns)
 
 } // namespace dft

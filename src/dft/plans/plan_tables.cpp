@@ -1,7 +1,7 @@
 #include "dft/plans/plan_tables.h"
 
 #include "dft/memory/engine_memory.h"
-#include "dft/plans/root_table.h"
+#include "dft/pow2/roots.h"
 
 #include <algorithm>
 

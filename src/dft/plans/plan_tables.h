@@ -2,9 +2,9 @@
 // leaves what it allocated to `ReleaseTables`, also where it fails.
 #pragma once
 
+#include "dft/memory/plan_life.h"
 #include "dft/plans/dft_plan.h"
 #include "dft/plans/factors.h"
-#include "dft/plans/plan_parts.h"
 
 namespace dft {
 

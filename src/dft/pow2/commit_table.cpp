@@ -1,6 +1,6 @@
 #include "dft/pow2/commit_table.h"
 
-#include "dft/driver/record_fields.h"
+#include "dft/base/record_fields.h"
 #include "dft/pow2/bit_reversal.h"
 #include "dft/pow2/pow2.h"
 #include "dft/pow2/static_tables.h"

@@ -18,8 +18,8 @@
 //              the index pairs of the elements that swap within blocks.
 #pragma once
 
-#include "dft/complex.h"
-#include "dft/dispatch/dft_dispatch.h"
+#include "dft/base/complex.h"
+#include "dft/base/variant.h"
 
 #include <cstddef>
 #include <cstdint>

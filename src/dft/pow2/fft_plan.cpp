@@ -1,13 +1,12 @@
-#include "dft/plans/dft_plan.h"
+#include "dft/pow2/fft_plan.h"
 
 #include "dft/memory/engine_memory.h"
+#include "dft/memory/plan_life.h"
 #include "dft/memory/work_memory.h"
-#include "dft/plans/active_runs.h"
-#include "dft/plans/plan_parts.h"
-#include "dft/plans/root_table.h"
 #include "dft/pow2/bit_reversal.h"
 #include "dft/pow2/fft_plan_layout.h"
 #include "dft/pow2/fft_runs.h"
+#include "dft/pow2/roots.h"
 
 #include <cmath>
 
@@ -101,23 +100,11 @@ std::int32_t BuildTables(BasicFftPlan<Real>& plan) {
 template <typename Real>
 std::int32_t Run(Direction direction, const Complex<Real>* input, Complex<Real>* output, const BasicFftPlan<Real>* plan,
                  void* work) {
-    if (plan == nullptr) {
-        return kPlanNullPointer;
-    }
-    if (plan->tag != kFftPlanTag) {
-        return kPlanBadTag;
-    }
-    if (input == nullptr || output == nullptr) {
-        return kPlanNullPointer;
-    }
-    const WorkMemory own(work == nullptr ? static_cast<std::size_t>(plan->work_bytes) : 0);
-    if (own.data() == nullptr) {
-        return kPlanNoMemory;
-    }
-    void* const scratch = AlignedWork(work == nullptr ? own.data() : work);
-    ActiveFftRuns(*plan).line[direction](*plan, input, output, static_cast<Complex<Real>*>(scratch));
-    ScaleResult(*plan, direction, output, std::int64_t{1} << plan->order);
-    return kPlanOk;
+    return RunPlan(plan, kFftPlanTag, input, output, work, [=](void* scratch) -> std::int32_t {
+        ActiveFftRuns<Real>().line[direction](*plan, input, output, static_cast<Complex<Real>*>(scratch));
+        ScaleResult(*plan, direction, output, std::int64_t{1} << plan->order);
+        return kPlanOk;
+    });
 }
 
 } // namespace

@@ -1,9 +1,8 @@
 // How one line runs through a power-of-two plan: one form a vector class.
 #pragma once
 
-#include "dft/plans/dft_plan.h"
-#include "dft/plans/plan_runs.h"
-#include "simd/VectorClass.h"
+#include "dft/base/kernels.h"
+#include "dft/pow2/fft_plan.h"
 
 namespace dft {
 
@@ -15,15 +14,6 @@ struct FftRuns {
                     Complex<Real>* scratch);
 };
 
-CLARIBOX_VECTOR_VARIANTS(FftRuns<float>, kFftRunsSingle, ActiveFftRunsSingle)
-CLARIBOX_VECTOR_VARIANTS(FftRuns<double>, kFftRunsDouble, ActiveFftRunsDouble)
-
-/// The one in force for the precision of a plan.
-inline const FftRuns<float>& ActiveFftRuns(const FftPlan&) {
-    return ActiveFftRunsSingle();
-}
-inline const FftRuns<double>& ActiveFftRuns(const FftPlanDouble&) {
-    return ActiveFftRunsDouble();
-}
+CLARIBOX_DFT_KERNELS(FftRuns, kFftRuns, ActiveFftRuns)
 
 } // namespace dft

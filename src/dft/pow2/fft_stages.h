@@ -4,7 +4,7 @@
 // so that all passes but the last few run in the first-level cache.
 #pragma once
 
-#include "dft/plans/dft_plan.h"
+#include "dft/pow2/fft_plan.h"
 #include "dft/pow2/fft_plan_layout.h"
 #include "dft/pow2/ways.h"
 

@@ -2,7 +2,7 @@
 // stands in a lane, several beside each other. For vector sources only.
 #pragma once
 
-#include "dft/driver/register_transpose.h"
+#include "dft/base/register_transpose.h"
 #include "dft/pow2/ways.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {

@@ -1,7 +1,7 @@
 // Between natural and bit-reversed order, in place.
 #pragma once
 
-#include "dft/complex.h"
+#include "dft/base/complex.h"
 #include "dft/pow2/commit_table.h"
 
 namespace dft {

@@ -5,7 +5,7 @@
 // order. Results are multiplied by the record's scale factor of the direction and precision.
 #pragma once
 
-#include "dft/dft.h"
+#include "dft/base/record.h"
 
 namespace dft {
 

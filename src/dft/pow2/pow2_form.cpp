@@ -1,6 +1,6 @@
 #include "dft/pow2/pow2_form.h"
 
-#include "dft/driver/record_fields.h"
+#include "dft/base/record_fields.h"
 #include "dft/pow2/static_tables.h"
 
 #include <bit>

@@ -1,8 +1,7 @@
 // The plan of one power-of-two transform: how it falls into levels, and where its twiddles are.
 #pragma once
 
-#include "dft/dft.h"
-#include "dft/plans/plan_runs.h"
+#include "dft/base/record.h"
 #include "dft/pow2/commit_table.h"
 
 #include <cstdint>

@@ -1,8 +1,8 @@
 // How the threaded forms run the parts of one line: one form a vector class.
 #pragma once
 
+#include "dft/base/kernels.h"
 #include "dft/pow2/pow2_form.h"
-#include "simd/VectorClass.h"
 
 namespace dft {
 
@@ -17,7 +17,6 @@ struct Pow2Pieces {
     void (*piece[2])(const Pow2Form<Real>& form, Complex<Real>* data, Complex<Real>* scratch, int levels, int piece);
 };
 
-CLARIBOX_VECTOR_VARIANTS(Pow2Pieces<float>, kPow2PiecesSingle, ActivePow2PiecesSingle)
-CLARIBOX_VECTOR_VARIANTS(Pow2Pieces<double>, kPow2PiecesDouble, ActivePow2PiecesDouble)
+CLARIBOX_DFT_KERNELS(Pow2Pieces, kPow2Pieces, ActivePow2Pieces)
 
 } // namespace dft

@@ -1,10 +1,9 @@
 // How power-of-two transforms run: one form a vector class, each for one line and for several side by side.
 #pragma once
 
-#include "dft/dft.h"
-#include "dft/driver/line_transport.h"
-#include "dft/plans/plan_runs.h"
-#include "simd/VectorClass.h"
+#include "dft/base/kernels.h"
+#include "dft/base/lines.h"
+#include "dft/base/record.h"
 
 namespace dft {
 
@@ -25,7 +24,6 @@ struct Pow2Runs {
     void (*columns[2])(const DftDescriptor& record, const Lines<Real>& columns, Real* scratch);
 };
 
-CLARIBOX_VECTOR_VARIANTS(Pow2Runs<float>, kPow2RunsSingle, ActivePow2RunsSingle)
-CLARIBOX_VECTOR_VARIANTS(Pow2Runs<double>, kPow2RunsDouble, ActivePow2RunsDouble)
+CLARIBOX_DFT_KERNELS(Pow2Runs, kPow2Runs, ActivePow2Runs)
 
 } // namespace dft

@@ -7,13 +7,6 @@
 namespace dft {
 namespace {
 
-const Pow2Runs<float>& ActiveRuns(const Complex<float>*) {
-    return ActivePow2RunsSingle();
-}
-const Pow2Runs<double>& ActiveRuns(const Complex<double>*) {
-    return ActivePow2RunsDouble();
-}
-
 template <typename Real>
 std::int32_t Run(Direction direction, void* input, const DftDescriptor& record) {
     auto* const data = static_cast<Complex<Real>*>(input);
@@ -21,7 +14,7 @@ std::int32_t Run(Direction direction, void* input, const DftDescriptor& record) 
     if (scratch.data() == nullptr) {
         return DFT_NO_MEMORY;
     }
-    ActiveRuns(data).line[direction](record, data, scratch.data());
+    ActivePow2Runs<Real>().line[direction](record, data, scratch.data());
     return DFT_OK;
 }
 

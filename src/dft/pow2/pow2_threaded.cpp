@@ -1,6 +1,6 @@
 #include "dft/pow2/pow2.h"
 
-#include "dft/driver/parallel_chunks.h"
+#include "dft/base/chunks.h"
 #include "dft/memory/work_memory.h"
 #include "dft/pow2/permutation.h"
 #include "dft/pow2/pow2_pieces.h"
@@ -10,13 +10,6 @@ namespace dft {
 namespace {
 
 constexpr int kShortestPieceBits = 4;
-
-const Pow2Pieces<float>& ActivePieces(const Complex<float>*) {
-    return ActivePow2PiecesSingle();
-}
-const Pow2Pieces<double>& ActivePieces(const Complex<double>*) {
-    return ActivePow2PiecesDouble();
-}
 
 /// Log2 of the number of pieces: as many as threads, rounded down to a power of two.
 int LevelsFor(std::int32_t threads, int log2_length) {
@@ -39,7 +32,7 @@ std::int32_t Run(Direction direction, void* line, std::int32_t threads, DftDescr
         return DFT_NO_MEMORY;
     }
     const Pow2Form<Real> form = FormOf<Real>(record, direction);
-    const Pow2Pieces<Real>& runs = ActivePieces(data);
+    const Pow2Pieces<Real>& runs = ActivePow2Pieces<Real>();
     const auto runPieces = [&] {
         RunChunks(1 << levels, 1 << levels,
                   [&](int piece) { runs.piece[direction](form, data, scratch.data(), levels, piece); });

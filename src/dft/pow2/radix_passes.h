@@ -7,7 +7,7 @@
 // transforms for fun and profit", 1966.
 #pragma once
 
-#include "dft/lane_complex.h"
+#include "dft/base/lane_complex.h"
 
 #include <cstddef>
 #include <type_traits>

@@ -1,6 +1,6 @@
 #include "dft/pow2/static_tables.h"
 
-#include "dft/plans/root_table.h"
+#include "dft/pow2/roots.h"
 
 namespace dft {
 namespace {

@@ -13,7 +13,7 @@
 // All methods of a real plan give and take the native layout; the others are a shuffle of it.
 #pragma once
 
-#include "dft/dft.h"
+#include "dft/base/record.h"
 
 #include <algorithm>
 

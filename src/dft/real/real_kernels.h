@@ -2,7 +2,7 @@
 // whole, and the definition for an odd length.
 #pragma once
 
-#include "dft/complex.h"
+#include "dft/base/complex.h"
 #include "dft/plans/plan_runs.h"
 
 namespace dft {

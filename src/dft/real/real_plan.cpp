@@ -2,10 +2,9 @@
 
 #include "dft/memory/engine_memory.h"
 #include "dft/plans/plan_tables.h"
-#include "dft/plans/root_table.h"
+#include "dft/pow2/roots.h"
 
 #include <bit>
-#include <new>
 
 namespace dft {
 namespace {
@@ -96,36 +95,18 @@ std::int32_t real_plan_create(BasicRealDftPlan<Real>** plan, int length, int nor
     if (length < 1) {
         return kPlanBadLength;
     }
-    void* const block = plan_alloc(sizeof(BasicRealDftPlan<Real>));
-    if (block == nullptr) {
-        return kPlanNoMemory;
-    }
-    BasicRealDftPlan<Real>* const built = new (block) BasicRealDftPlan<Real>{};
-    built->tag = kRealPlanTag;
-    built->length = length;
-    built->norm_flag = norm_flag;
-    std::int32_t status = StoreNormalisation(*built, length, norm_flag);
-    if (status == kPlanOk) {
-        status = BuildMethod(*built, hint);
-    }
-    if (status == kPlanOk) {
-        *plan = built;
-    } else {
-        real_plan_free(built);
-    }
-    return status;
+    const auto build = [=](BasicRealDftPlan<Real>& built) {
+        built.tag = kRealPlanTag;
+        built.length = length;
+        built.norm_flag = norm_flag;
+        return BuildMethod(built, hint);
+    };
+    return CreatePlan(plan, length, norm_flag, build, real_plan_free<Real>);
 }
 
 template <typename Real>
 std::int32_t real_plan_work_size(const BasicRealDftPlan<Real>* plan, int* bytes) {
-    if (plan == nullptr || bytes == nullptr) {
-        return kPlanNullPointer;
-    }
-    if (plan->tag != kRealPlanTag) {
-        return kPlanBadTag;
-    }
-    *bytes = plan->work_bytes;
-    return kPlanOk;
+    return WorkSize(plan, kRealPlanTag, bytes);
 }
 
 template <typename Real>

@@ -6,7 +6,7 @@
 // imaginary parts are zero.
 #pragma once
 
-#include "dft/dft.h"
+#include "dft/base/record.h"
 #include "dft/plans/dft_plan.h"
 
 namespace dft {

@@ -1,6 +1,6 @@
 // The runs of a real plan.
-#include "dft/memory/work_memory.h"
-#include "dft/plans/active_runs.h"
+#include "dft/memory/plan_life.h"
+#include "dft/plans/plan_runs.h"
 #include "dft/real/packed_formats.h"
 #include "dft/real/real_kernels.h"
 #include "dft/real/real_plan.h"
@@ -86,12 +86,7 @@ std::int32_t RunMethod(const BasicRealDftPlan<Real>& plan, const Real* input, Re
 /// Between real elements and the native layout, scaled where the plan's flag asks for it.
 template <Direction direction, typename Real>
 std::int32_t RunNative(const BasicRealDftPlan<Real>& plan, const Real* input, Real* output, void* work) {
-    const WorkMemory own(work == nullptr ? static_cast<std::size_t>(plan.work_bytes) : 0);
-    if (own.data() == nullptr) {
-        return kPlanNoMemory;
-    }
-    const std::int32_t status =
-        RunMethod<direction>(plan, input, output, AlignedWork(work == nullptr ? own.data() : work));
+    const std::int32_t status = RunMethod<direction>(plan, input, output, work);
     if (status == kPlanOk && (direction == kForward ? plan.scale_forward : plan.scale_backward) != 0) {
         for (int k = 0; k < plan.length; ++k) {
             output[k] *= plan.scale;
@@ -100,46 +95,32 @@ std::int32_t RunNative(const BasicRealDftPlan<Real>& plan, const Real* input, Re
     return status;
 }
 
-template <typename Real>
-std::int32_t Check(const Real* input, const Real* output, const BasicRealDftPlan<Real>* plan) {
-    if (plan == nullptr) {
-        return kPlanNullPointer;
-    }
-    if (plan->tag != kRealPlanTag) {
-        return kPlanBadTag;
-    }
-    return input == nullptr || output == nullptr ? kPlanNullPointer : kPlanOk;
-}
-
 } // namespace
 
 template <DftCode format, typename Real>
 std::int32_t real_pack_forward(const Real* input, Real* output, const BasicRealDftPlan<Real>* plan, void* work) {
-    std::int32_t status = Check(input, output, plan);
-    if (status == kPlanOk) {
-        status = RunNative<kForward>(*plan, input, output, work);
-    }
-    if (status == kPlanOk) {
-        ShuffleFromNative<format>(output, plan->length);
-    }
-    return status;
+    return RunPlan(plan, kRealPlanTag, input, output, work, [=](void* aligned) {
+        const std::int32_t status = RunNative<kForward>(*plan, input, output, aligned);
+        if (status == kPlanOk) {
+            ShuffleFromNative<format>(output, plan->length);
+        }
+        return status;
+    });
 }
 
 template <DftCode format, typename Real>
 std::int32_t real_pack_backward(const Real* input, Real* output, const BasicRealDftPlan<Real>* plan, void* work) {
-    const std::int32_t status = Check(input, output, plan);
-    if (status != kPlanOk) {
-        return status;
-    }
-    if (!NeedsShuffle(format, plan->length)) {
-        return RunNative<kBackward>(*plan, input, output, work);
-    }
-    const LineBuffer<Real> native(static_cast<std::size_t>(plan->length));
-    if (native.data() == nullptr) {
-        return kPlanNoMemory;
-    }
-    CopyToNative<format>(input, native.data(), plan->length);
-    return RunNative<kBackward, Real>(*plan, native.data(), output, work);
+    return RunPlan(plan, kRealPlanTag, input, output, work, [=](void* aligned) -> std::int32_t {
+        if (!NeedsShuffle(format, plan->length)) {
+            return RunNative<kBackward>(*plan, input, output, aligned);
+        }
+        const LineBuffer<Real> native(static_cast<std::size_t>(plan->length));
+        if (native.data() == nullptr) {
+            return kPlanNoMemory;
+        }
+        CopyToNative<format>(input, native.data(), plan->length);
+        return RunNative<kBackward, Real>(*plan, native.data(), output, aligned);
+    });
 }
 
 #define CLARIBOX_INSTANTIATE(format, Real)                                                                             \

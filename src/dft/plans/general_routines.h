@@ -1,7 +1,7 @@
 // Routine slots of a complex dimension that a general plan serves.
 #pragma once
 
-#include "dft/dft.h"
+#include "dft/base/record.h"
 
 namespace dft {
 

@@ -1,8 +1,7 @@
 // Fields of a record chosen by precision, by direction and by the side of the job.
 #pragma once
 
-#include "dft/dft.h"
-#include "dft/plans/plan_runs.h"
+#include "dft/base/record.h"
 
 #include <cstddef>
 #include <type_traits>
@@ -26,10 +25,6 @@ inline std::ptrdiff_t Distance(const DftDescriptor& head, Side side) {
 inline std::size_t WorkBytes(const DftDescriptor& head) {
     return head.workspace_bytes > 0 ? static_cast<std::size_t>(head.workspace_bytes) : 0;
 }
-
-/// Index of a precision in DftTuning.
-template <typename Real>
-inline constexpr int kPrecision = std::is_same_v<Real, float> ? 0 : 1;
 
 /// The one-dimensional routine of a record.
 template <typename Real>

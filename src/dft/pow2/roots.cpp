@@ -1,4 +1,4 @@
-#include "dft/plans/root_table.h"
+#include "dft/pow2/roots.h"
 
 #include <cmath>
 #include <type_traits>

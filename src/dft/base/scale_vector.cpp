@@ -1,4 +1,4 @@
-#include "dft/dispatch/scale_vector.h"
+#include "dft/base/scale_vector.h"
 
 extern "C" void sscal_(const int* count, const float* scale, float* x, const int* increment);
 

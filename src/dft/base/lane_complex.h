@@ -3,8 +3,7 @@
 // sources only.
 #pragma once
 
-#include "dft/complex.h"
-#include "dft/plans/plan_runs.h"
+#include "dft/base/complex.h"
 #include "simd/Vector.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {

@@ -1,7 +1,7 @@
 // Squares of numbers turned about their diagonal in registers. For vector sources only.
 #pragma once
 
-#include "dft/lane_complex.h"
+#include "dft/base/lane_complex.h"
 #include "simd/Vector.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {

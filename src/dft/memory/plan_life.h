@@ -1,14 +1,16 @@
-// What plans of any length and plans of powers of two share.
+// The life of a plan of any kind: its creation, the memory of its tables, and how each of its runs begins and ends.
 #pragma once
 
+#include "dft/base/plan_status.h"
 #include "dft/memory/engine_memory.h"
-#include "dft/plans/plan_runs.h"
+#include "dft/memory/work_memory.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <memory>
 
 namespace dft {
 
@@ -89,6 +91,42 @@ std::int32_t CreatePlan(Plan** plan, double length, int norm_flag, Build build, 
         release(built);
     }
     return status;
+}
+
+/// Stores the bytes of work memory of one run. kPlanNullPointer, kPlanBadTag.
+template <typename Plan>
+std::int32_t WorkSize(const Plan* plan, std::int32_t tag, int* bytes) {
+    if (plan == nullptr || bytes == nullptr) {
+        return kPlanNullPointer;
+    }
+    if (plan->tag != tag) {
+        return kPlanBadTag;
+    }
+    *bytes = plan->work_bytes;
+    return kPlanOk;
+}
+
+/// Calls run(work) if the arguments of a run are good, with the caller's work memory or, where that is null, its own.
+/// `work` begins on a multiple of 16 bytes, as the methods want it. The status of `run`, kPlanNullPointer, kPlanBadTag
+/// or kPlanNoMemory.
+template <typename Plan, typename Run>
+std::int32_t RunPlan(const Plan* plan, std::int32_t tag, const void* input, const void* output, void* work, Run run) {
+    if (plan == nullptr) {
+        return kPlanNullPointer;
+    }
+    if (plan->tag != tag) {
+        return kPlanBadTag;
+    }
+    if (input == nullptr || output == nullptr) {
+        return kPlanNullPointer;
+    }
+    const WorkMemory own(work == nullptr ? static_cast<std::size_t>(plan->work_bytes) : 0);
+    void* block = work == nullptr ? own.data() : work;
+    if (block == nullptr) {
+        return kPlanNoMemory;
+    }
+    std::size_t space = 32;
+    return run(std::align(16, 16, block, space));
 }
 
 } // namespace dft

@@ -1,7 +1,7 @@
-#include "dft/descriptor/general_slots.h"
+#include "dft/plans/general_routines.h"
 
-#include "dft/descriptor/plan_status.h"
-#include "dft/driver/record_fields.h"
+#include "dft/base/record_fields.h"
+#include "dft/plans/dft_plan.h"
 
 namespace dft {
 

@@ -1,4 +1,4 @@
-#include "dft/dispatch/dft_dispatch.h"
+#include "dft/base/variant.h"
 
 #include <cstddef>
 

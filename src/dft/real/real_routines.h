@@ -1,7 +1,7 @@
 // What commit and free need of the real domain: the routine slots of a record, and the making of its plan.
 #pragma once
 
-#include "dft/dft.h"
+#include "dft/base/record.h"
 #include "dft/real/real_plan.h"
 
 namespace dft {

@@ -1,7 +1,8 @@
-#include "dft/real/real_slots.h"
+#include "dft/real/real_routines.h"
 
-#include "dft/descriptor/plan_status.h"
-#include "dft/driver/record_fields.h"
+#include "dft/base/plan_status.h"
+#include "dft/base/record_fields.h"
+#include "dft/base/scale_vector.h"
 
 namespace dft {
 namespace {
@@ -32,7 +33,7 @@ std::int32_t Pack(const void* input, void* output, const void* plan, void* work)
 
 void Scale(float* line, int count, float scale) {
     const int increment = 1;
-    SSCAL(&count, &scale, line, &increment);
+    ScaleVector(&count, &scale, line, &increment);
 }
 
 void Scale(double* line, int count, double scale) {

@@ -1,7 +1,7 @@
 // The roots of unity that all tables of a plan are cut from.
 #pragma once
 
-#include "dft/complex.h"
+#include "dft/base/complex.h"
 
 namespace dft {
 

@@ -1,4 +1,4 @@
-#include "dft/driver/parallel_chunks.h"
+#include "dft/base/chunks.h"
 
 #include <atomic>
 
