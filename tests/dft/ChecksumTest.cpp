@@ -4,7 +4,6 @@
 // tables hold; a change that is meant to alter last digits takes them anew.
 #include "common/VectorClassTest.h"
 #include "dft/DriverFixture.h"
-#include "dft/TestSurroundings.h"
 
 #include <cstdio>
 
@@ -59,23 +58,6 @@ std::vector<Layout> PowersOfTwo() {
     return layouts;
 }
 
-const std::vector<Layout> kStridedJobs = {
-    {"strided line", {60}, {{3}, 5}, {{2}, 1}},
-    {"strided power of two", {4096}, {{2}, 1}, {{3}, 0}},
-    {"lines", {60}, {{}, 2, 61}, {{}, 0, 60}, 19},
-    {"interleaved lines", {34}, {{20}, 1, 1}, {{20}, 0, 1}, 20},
-    {"powers of two", {64}, {{}, 0, 70}, {{}, 0, 64}, 37},
-    {"plane", {34, 17}, {{20, 1}, 3}, {{18, 1}, 0}},
-    {"upside down", {20, 17}, {{-17, 1}, 323}, {{20, -1}, 16}},
-    {"columns before rows", {20, 18}, {{1, 21}, 2}, {{1, 20}, 0}},
-    {"plane of powers of two", {256, 128}, {}, {}},
-    {"picture", {200, 141}, {}, {}},
-    {"Bluestein and direct method", {151, 149}, {}, {}},
-    {"planes", {12, 10}, {{12, 1}, 2, 150}, {{10, 1}, 0, 121}, 5},
-    {"volume", {5, 6, 18}, {}, {}},
-    {"seven dimensions", {2, 3, 1, 2, 3, 2, 5}, {}, {}},
-};
-
 const std::vector<Layout> kAwkwardLines = {{"prime", {2003}, {}, {}},
                                            {"square of a prime", {151 * 151}, {}, {}},
                                            {"primes and twos", {8 * 3 * 5 * 7 * 11 * 13}, {}, {}},
@@ -96,7 +78,7 @@ std::string SumOf(const Group& group, int threads) {
     using Element = dft::Complex<Real>;
     Checksum sum;
     for (const Layout& layout : group.layouts) {
-        for (const std::int32_t placement : {dft::DFT_INPLACE, dft::DFT_NOT_INPLACE}) {
+        for (const std::int32_t placement : kPlacements) {
             const bool isReal = group.domain == dft::DFT_REAL;
             const Job job(kPrecisionOf<Real>, group.domain, layout.lengths, placement);
             job->ordering = group.ordering;
@@ -110,13 +92,11 @@ std::string SumOf(const Group& group, int threads) {
                 job.Commit();
             }
             const auto x = dft_slow::RandomLine<Element>(isReal ? layout.AllElements() / 2 + 2 : RoomFor(layout), 7);
-            for (const dft::Direction direction : {dft::kForward, dft::kBackward}) {
+            for (const int sign : kSigns) {
                 std::vector<Element> input = x;
                 std::vector<Element> output(x.size());
-                const auto compute =
-                    direction == dft::kForward ? dft::dfti_compute_forward : dft::dfti_compute_backward;
                 const EngineThreads fork(threads);
-                EXPECT_EQ(compute(job.handle, input.data(), output.data()), dft::DFT_OK) << layout;
+                EXPECT_EQ(job.Compute(sign, input.data(), output.data()), dft::DFT_OK) << layout;
                 sum.Add(input);
                 sum.Add(output);
             }

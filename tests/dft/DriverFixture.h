@@ -3,8 +3,7 @@
 
 #include "common/GuardedBuffer.h"
 #include "dft/TestJob.h"
-#include "dft/base/record_fields.h"
-#include "dft/driver/drivers.h"
+#include "dft/TestSurroundings.h"
 #include "reference/dft_slow.h"
 
 #include <gtest/gtest.h>
@@ -17,7 +16,6 @@
 #include <numeric>
 #include <ostream>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 /// Where one side of a job lies. Strides slowest dimension first, as the lengths; none: dense.
@@ -35,7 +33,7 @@ struct Layout {
     int transforms = 1;
 
     friend std::ostream& operator<<(std::ostream& out, const Layout& layout) {
-        return out << layout.name << ' ' << ::testing::PrintToString(layout.lengths);
+        return out << layout.name << ' ' << ::testing::PrintToString(layout.lengths) << " x " << layout.transforms;
     }
 
     std::size_t Elements() const {
@@ -78,6 +76,24 @@ struct Layout {
     }
 };
 
+/// Jobs of every rank and kind of stride, whose bytes checksums hold.
+inline const std::vector<Layout> kStridedJobs = {
+    {"strided line", {60}, {{3}, 5}, {{2}, 1}},
+    {"strided power of two", {4096}, {{2}, 1}, {{3}, 0}},
+    {"lines", {60}, {{}, 2, 61}, {{}, 0, 60}, 19},
+    {"interleaved lines", {34}, {{20}, 1, 1}, {{20}, 0, 1}, 20},
+    {"powers of two", {64}, {{}, 0, 70}, {{}, 0, 64}, 37},
+    {"plane", {34, 17}, {{20, 1}, 3}, {{18, 1}, 0}},
+    {"upside down", {20, 17}, {{-17, 1}, 323}, {{20, -1}, 16}},
+    {"columns before rows", {20, 18}, {{1, 21}, 2}, {{1, 20}, 0}},
+    {"plane of powers of two", {256, 128}, {}, {}},
+    {"picture", {200, 141}, {}, {}},
+    {"Bluestein and direct method", {151, 149}, {}, {}},
+    {"planes", {12, 10}, {{12, 1}, 2, 150}, {{10, 1}, 0, 121}, 5},
+    {"volume", {5, 6, 18}, {}, {}},
+    {"seven dimensions", {2, 3, 1, 2, 3, 2, 5}, {}, {}},
+};
+
 /// The arrays of one job, no larger than its elements reach.
 template <typename Element>
 class Arrays {
@@ -86,11 +102,11 @@ public:
     using Elements = std::vector<Element>;
 
     /// `results` lie in the input's array where the job is in place, else in the output's.
-    Arrays(const Positions& inputs, const Elements& x, const Positions& results, const Job& job,
+    Arrays(const Positions& inputs, const Elements& x, const Positions& results, bool isInPlace,
            std::size_t misalignment)
-        : m_IsInPlace(job->placement == dft::DFT_INPLACE), m_Inputs(inputs), m_Results(results), m_Elements(x),
-          m_Misalignment(misalignment), m_Input(std::max(End(inputs), m_IsInPlace ? End(results) : 0), misalignment),
-          m_Output(m_IsInPlace ? 0 : End(results), misalignment) {
+        : m_IsInPlace(isInPlace), m_Inputs(inputs), m_Results(results), m_Elements(x), m_Misalignment(misalignment),
+          m_Input(std::max(End(inputs), isInPlace ? End(results) : 0), misalignment),
+          m_Output(isInPlace ? 0 : End(results), misalignment) {
         Fill(m_Input, true);
         Fill(m_Output, false);
     }
@@ -138,36 +154,18 @@ private:
     GuardedBuffer<Element> m_Output;
 };
 
-/// A job by its driver, complex or real as the elements are; 1 thread: the serial one, 0: as the front entries choose.
-template <typename Element>
-std::int32_t RunDriver(const Job& job, dft::Direction direction, int threads, Element* input, Element* output) {
-    if (threads == 0) {
-        const auto compute = direction == dft::kForward ? dft::dfti_compute_forward : dft::dfti_compute_backward;
-        return compute(job.handle, input, output);
-    }
-    const auto run = [&](auto... data) {
-        if constexpr (std::is_floating_point_v<Element>) {
-            return threads == 1 ? dft::RunRealSerial(job.handle, direction, data...)
-                                : dft::RunRealThreaded(job.handle, direction, data..., threads);
-        } else {
-            return threads == 1 ? dft::RunSerial(job.handle, direction, data...)
-                                : dft::RunThreaded(job.handle, direction, data..., threads);
-        }
-    };
-    return job->placement == dft::DFT_INPLACE ? run(input) : run(static_cast<const Element*>(input), output);
-}
-
-/// From now on every slot of a job counts its calls, and call `failing` of a record's returns 7. Once for a job, which
-/// then runs in this direction alone; one at a time.
+/// From now on every slot of a job counts its calls, and call `failing` of a record's returns 7. No job is a single
+/// call, and none of its routines the engine's own. Once for a job, which then runs in this direction alone; one at a
+/// time.
 template <typename Real>
 class Watch {
 public:
-    Watch(const Job& job, dft::Direction direction, int failingRecord = -1, int failing = -1) {
+    Watch(const Job& job, int sign, int failingRecord = -1, int failing = -1) {
+        job->one_shot = 0;
         for (int k = 0; k < job->rank; ++k) {
-            dft::DftDescriptor& record = job.handle[k];
-            s_Before[k] = dft::Slot<Real>(record, direction);
-            record.forward_single = record.backward_single = Watched;
-            record.forward_double = record.backward_double = Watched;
+            dft::DftRoutine& slot = SlotOf<Real>(job.handle[k], sign);
+            s_Before[k] = slot;
+            slot = Watched;
             s_Calls[k] = 0;
         }
         s_FailingRecord = failingRecord;

@@ -1,11 +1,11 @@
-// Plans by themselves: structure, statuses, scaling, and the runs of every power of two. What their other runs compute,
-// and with it what their tables hold, is the matter of TransformTest.cpp.
+// Plans by themselves: structure, statuses, scaling, and where their runs write. What the runs compute, and with it
+// what their tables hold, is the matter of TransformTest.cpp and RealTest.cpp.
 #include "dft/plans/dft_plan.h"
 
 #include "common/GuardedBuffer.h"
 #include "common/VectorClassTest.h"
+#include "dft/TestJob.h"
 #include "dft/TestSurroundings.h"
-#include "dft/plans/plan_runs.h"
 #include "dft/real/real_plan.h"
 #include "reference/dft_slow.h"
 
@@ -15,48 +15,112 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <numeric>
 #include <ostream>
 #include <vector>
 
 namespace {
 
-using dft::BasicDftPlan;
-using dft::BasicFftPlan;
-using dft::Complex;
+constexpr int kMaximum = std::numeric_limits<int>::max();
 
-struct FreePlan {
-    template <typename Real>
-    void operator()(BasicDftPlan<Real>* plan) const {
-        dft::dft_plan_free(plan);
-    }
-    template <typename Real>
-    void operator()(BasicFftPlan<Real>* plan) const {
-        dft::fft_plan_free(plan);
-    }
+/// A size that is refused, and how.
+struct RefusedSize {
+    int size;
+    std::int32_t status;
 };
 
-template <typename Real>
-std::unique_ptr<BasicDftPlan<Real>, FreePlan> MakePlan(int length, int normFlag = dft::kUnscaled) {
-    BasicDftPlan<Real>* plan = nullptr;
-    EXPECT_EQ(dft::dft_plan_create(&plan, length, normFlag, 0), dft::kPlanOk) << "length " << length;
-    return std::unique_ptr<BasicDftPlan<Real>, FreePlan>(plan);
-}
-template <typename Real>
-std::unique_ptr<BasicFftPlan<Real>, FreePlan> MakeFftPlan(int order, int normFlag = dft::kUnscaled) {
-    BasicFftPlan<Real>* plan = nullptr;
-    EXPECT_EQ(dft::fft_plan_create(&plan, order, normFlag, 0), dft::kPlanOk) << "order " << order;
-    return std::unique_ptr<BasicFftPlan<Real>, FreePlan>(plan);
+// The three kinds of plans: their operations, sizes for every method, and how many elements they have.
+template <typename T>
+struct General {
+    using Real = T;
+    using Plan = dft::BasicDftPlan<T>;
+    using Element = dft::Complex<T>;
+    static constexpr auto kCreate = dft::dft_plan_create<T>;
+    static constexpr auto kFree = dft::dft_plan_free<T>;
+    static constexpr auto kForward = dft::dft_plan_forward<T>;
+    static constexpr auto kBackward = dft::dft_plan_backward<T>;
+    static std::vector<int> Sizes() { return {1, 2, 3, 4, 13, 60, 64, 302, 2100}; }
+    static std::size_t Elements(int length) { return static_cast<std::size_t>(length); }
+    static std::vector<RefusedSize> RefusedSizes() {
+        return {{0, -6}, {-1, -6}, {std::numeric_limits<int>::min(), -6}, {kMaximum, -9}};
+    }
+};
+template <typename T>
+struct PowerOfTwo {
+    using Real = T;
+    using Plan = dft::BasicFftPlan<T>;
+    using Element = dft::Complex<T>;
+    static constexpr auto kCreate = dft::fft_plan_create<T>;
+    static constexpr auto kFree = dft::fft_plan_free<T>;
+    static constexpr auto kForward = dft::fft_plan_forward<T>;
+    static constexpr auto kBackward = dft::fft_plan_backward<T>;
+    static std::vector<int> Sizes() {
+        std::vector<int> orders(18);
+        std::iota(orders.begin(), orders.end(), 0);
+        return orders;
+    }
+    static std::size_t Elements(int order) { return std::size_t{1} << order; }
+    static std::vector<RefusedSize> RefusedSizes() { return {{-1, -15}, {31, -15}, {kMaximum, -15}}; }
+};
+template <typename T>
+struct RealElements {
+    using Real = T;
+    using Plan = dft::BasicRealDftPlan<T>;
+    using Element = T;
+    static constexpr auto kCreate = dft::real_plan_create<T>;
+    static constexpr auto kFree = dft::real_plan_free<T>;
+    static constexpr auto kForward = dft::real_pack_forward<dft::DFT_PACK_NATIVE, T>;
+    static constexpr auto kBackward = dft::real_pack_backward<dft::DFT_PACK_NATIVE, T>;
+    static std::vector<int> Sizes() { return {1, 2, 3, 4, 6, 9, 64, 179, 181, 302, 360, 1001}; }
+    static std::size_t Elements(int length) { return static_cast<std::size_t>(length); }
+    static std::vector<RefusedSize> RefusedSizes() { return {{0, -6}, {-1, -6}, {kMaximum, -9}}; }
+};
+
+template <typename Check>
+void ForAllKinds(Check check) {
+    check(General<float>{});
+    check(General<double>{});
+    check(PowerOfTwo<float>{});
+    check(PowerOfTwo<double>{});
+    check(RealElements<float>{});
+    check(RealElements<double>{});
 }
 
-template <typename Real>
-class DftPlanTest : public ::testing::Test {};
-using Precisions = ::testing::Types<float, double>;
-TYPED_TEST_SUITE(DftPlanTest, Precisions);
+template <typename Kind>
+auto MakePlan(int size, int normFlag = dft::kUnscaled) {
+    typename Kind::Plan* plan = nullptr;
+    EXPECT_EQ(Kind::kCreate(&plan, size, normFlag, 0), dft::kPlanOk) << "size " << size;
+    return std::unique_ptr<typename Kind::Plan, decltype(Kind::kFree)>(plan, Kind::kFree);
+}
+
+/// The numbers of an input.
+template <typename Kind>
+std::vector<typename Kind::Real> NumbersFor(int size) {
+    std::vector<typename Kind::Real> numbers;
+    for (const auto& x : dft_slow::RandomLine<std::complex<float>>(Kind::Elements(size), 3)) {
+        numbers.push_back(x.real());
+        if (sizeof(typename Kind::Element) > sizeof(typename Kind::Real)) {
+            numbers.push_back(x.imag());
+        }
+    }
+    return numbers;
+}
+
+template <typename Kind>
+std::vector<typename Kind::Real> ResultOf(const typename Kind::Plan& plan, int sign,
+                                          const std::vector<typename Kind::Real>& x) {
+    using Element = typename Kind::Element;
+    std::vector<typename Kind::Real> result(x.size());
+    EXPECT_EQ((sign < 0 ? Kind::kForward : Kind::kBackward)(reinterpret_cast<const Element*>(x.data()),
+                                                            reinterpret_cast<Element*>(result.data()), &plan, nullptr),
+              dft::kPlanOk);
+    return result;
+}
 
 enum class Method { Unrolled, PowerOfTwo, MixedRadix, DirectSum, Bluestein };
 
 template <typename Real>
-Method MethodOf(const BasicDftPlan<Real>& plan) {
+Method MethodOf(const dft::BasicDftPlan<Real>& plan) {
     const std::vector<bool> marks = {
         plan.power_of_two == 1 && plan.fft_plan != nullptr, plan.mixed_radix == 1 && plan.digit_reversal != nullptr,
         plan.direct_matrix != nullptr, plan.bluestein_length > 0 && plan.bluestein_fft_plan != nullptr};
@@ -72,25 +136,32 @@ struct MethodRow {
     int bluesteinLength;
 };
 
-template <typename Real>
-void CheckMethod(const BasicDftPlan<Real>& plan, std::int32_t tag, int points, const MethodRow& row) {
+template <typename Kind, typename WorkSize>
+void CheckMethod(Kind, WorkSize workSize, int tag, const MethodRow& row) {
     SCOPED_TRACE(::testing::Message() << "length " << row.length << ", tag " << tag);
-    EXPECT_EQ((std::vector{plan.tag, plan.length, plan.norm_flag, plan.compact_tables, plan.bluestein_length}),
+    const auto plan = MakePlan<Kind>(row.length);
+    EXPECT_EQ((std::vector{plan->tag, plan->length, plan->norm_flag, plan->compact_tables, plan->bluestein_length}),
               (std::vector<std::int32_t>{tag, row.length, dft::kUnscaled, 0, row.bluesteinLength}));
-    ASSERT_EQ(MethodOf(plan), row.method);
-    constexpr int kReal = static_cast<int>(sizeof(Real));
+    ASSERT_EQ(MethodOf(*plan), row.method);
+    constexpr int kReal = static_cast<int>(sizeof(typename Kind::Real));
     int work = row.method == Method::Unrolled ? 0 : kReal * row.workReals + 16;
     if (row.method == Method::PowerOfTwo) {
-        work = row.workReals < 0 ? plan.fft_plan->work_bytes : work;
-        EXPECT_EQ(1 << plan.fft_plan->order, points);
+        work = row.workReals < 0 ? plan->fft_plan->work_bytes : work;
+        EXPECT_EQ(1 << plan->fft_plan->order, tag == dft::kRealPlanTag ? row.length / 2 : row.length);
     } else if (row.method == Method::Bluestein) {
-        work = kReal * 2 * row.bluesteinLength + 16 + plan.bluestein_fft_plan->work_bytes;
-        EXPECT_EQ(1 << plan.bluestein_fft_plan->order, row.bluesteinLength);
+        work = kReal * 2 * row.bluesteinLength + 16 + plan->bluestein_fft_plan->work_bytes;
+        EXPECT_EQ(1 << plan->bluestein_fft_plan->order, row.bluesteinLength);
     }
-    EXPECT_EQ(plan.work_bytes, work);
+    EXPECT_EQ(plan->work_bytes, work);
+    int bytes = -1;
+    EXPECT_EQ(workSize(plan.get(), &bytes), dft::kPlanOk);
+    EXPECT_EQ(bytes, work);
+    EXPECT_EQ(workSize(nullptr, &bytes), dft::kPlanNullPointer);
+    plan->tag = tag - 1;
+    EXPECT_EQ(workSize(plan.get(), &bytes), dft::kPlanBadTag);
 }
 
-TYPED_TEST(DftPlanTest, LengthChoosesTheMethod) {
+TEST(DftPlan, LengthChoosesTheMethod) {
     using enum Method;
     const MethodRow rows[] = {
         {1, Unrolled, 0, 0},           {4, Unrolled, 0, 0},           {5, DirectSum, 10, 0},
@@ -103,11 +174,8 @@ TYPED_TEST(DftPlanTest, LengthChoosesTheMethod) {
         {22201, MixedRadix, 44700, 0}, {22499, Bluestein, -1, 65536}, {32768, PowerOfTwo, 65536, 0},
     };
     for (const MethodRow& row : rows) {
-        const auto plan = MakePlan<TypeParam>(row.length);
-        CheckMethod(*plan, dft::kDftPlanTag, row.length, row);
-        int bytes = -1;
-        EXPECT_EQ(dft::dft_plan_work_size(plan.get(), &bytes), dft::kPlanOk);
-        EXPECT_EQ(bytes, plan->work_bytes);
+        CheckMethod(General<float>{}, dft::dft_plan_work_size<float>, dft::kDftPlanTag, row);
+        CheckMethod(General<double>{}, dft::dft_plan_work_size<double>, dft::kDftPlanTag, row);
     }
     const MethodRow realRows[] = {
         {1, Unrolled, 0, 0},         {4, Unrolled, 0, 0},       {6, DirectSum, 6, 0},        {8, PowerOfTwo, -1, 0},
@@ -116,10 +184,8 @@ TYPED_TEST(DftPlanTest, LengthChoosesTheMethod) {
         {2002, MixedRadix, 2028, 0},
     };
     for (const MethodRow& row : realRows) {
-        dft::BasicRealDftPlan<TypeParam>* plan = nullptr;
-        ASSERT_EQ(dft::real_plan_create(&plan, row.length, dft::kUnscaled, 0), dft::kPlanOk);
-        CheckMethod(*plan, dft::kRealPlanTag, row.length / 2, row);
-        dft::real_plan_free(plan);
+        CheckMethod(RealElements<float>{}, dft::real_plan_work_size<float>, dft::kRealPlanTag, row);
+        CheckMethod(RealElements<double>{}, dft::real_plan_work_size<double>, dft::kRealPlanTag, row);
     }
 }
 
@@ -131,203 +197,140 @@ struct Stage {
     }
 };
 
-TYPED_TEST(DftPlanTest, StagesAndDigitReversal) {
-    struct Case {
+TEST(DftPlan, StagesAndDigitReversal) {
+    struct Row {
         int length;
         std::vector<Stage> stages;
         std::vector<int> reversal; ///< none: not looked at
     };
-    const std::vector<Case> cases = {
+    const std::vector<Row> rows = {
         {6, {{2, 3, 1, 1}}, {0}},
         {9, {{3, 3, 1, 1}}, {}},
         {12, {{4, 3, 1, 1}}, {}},
         {24, {{2, 12, 1, 1}, {4, 3, 2, 2}}, {0, 1}},
         {96, {{2, 48, 1, 1}, {4, 12, 2, 2}, {4, 3, 8, 8}}, {0, 2, 4, 6, 1, 3, 5, 7}},
-        {612, {{4, 153, 1, 1}, {3, 51, 4, 4}, {3, 17, 12, 12}}, {}},
         {1078, {{2, 539, 1, 1}, {7, 77, 2, 2}, {7, 11, 14, 14}}, {}},
-        {1400, {{2, 700, 1, 1}, {4, 175, 2, 2}, {5, 35, 8, 8}, {5, 7, 40, 40}}, {}},
         {2000, {{4, 500, 1, 1}, {4, 125, 4, 4}, {5, 25, 16, 16}, {5, 5, 80, 80}}, {}}, // just one group
-        {2010, {{2, 1005, 1, 1}, {3, 335, 2, 1}, {5, 67, 6, 3}}, {}},                  // and just two
+        {2001, {{3, 667, 1, 1}, {23, 29, 3, 1}}, {}},                                  // and just two
         // The first radix lies outside the group and only multiplies.
         {2100,
          {{4, 525, 1, 1}, {3, 175, 4, 1}, {5, 35, 12, 3}, {5, 7, 60, 15}},
          {0, 12, 24, 36, 48, 4, 16, 28, 40, 52, 8, 20, 32, 44, 56}},
-        {4100, {{4, 1025, 1, 1}, {5, 205, 4, 1}, {5, 41, 20, 5}}, {0, 4, 8, 12, 16}},
         {22201, {{149, 149, 1, 1}}, {}},
-        {31209, {{3, 10403, 1, 1}, {101, 103, 3, 1}}, {0}},
         {44100,
          {{4, 11025, 1, 1}, {3, 3675, 4, 1}, {3, 1225, 12, 1}, {5, 245, 36, 1}, {5, 49, 180, 5}, {7, 7, 900, 25}},
          {}},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << "length " << c.length);
-        const auto plan = MakePlan<TypeParam>(c.length);
+    for (const Row& row : rows) {
+        SCOPED_TRACE(::testing::Message() << "length " << row.length);
+        const auto plan = MakePlan<General<float>>(row.length);
         std::vector<Stage> stages;
         for (int k = 0; k <= plan->last_stage; ++k) {
             const auto& s = plan->stages[k];
             stages.push_back({s.radix, s.span, s.stride, s.count});
         }
-        EXPECT_EQ(stages, c.stages);
-        if (!c.reversal.empty()) {
+        EXPECT_EQ(stages, row.stages);
+        if (!row.reversal.empty()) {
             const int count = plan->stages[plan->last_stage].count;
-            EXPECT_EQ(std::vector<int>(plan->digit_reversal, plan->digit_reversal + count), c.reversal);
+            EXPECT_EQ(std::vector<int>(plan->digit_reversal, plan->digit_reversal + count), row.reversal);
         }
     }
 }
 
-// One length for each method.
-constexpr int kMethodLengths[] = {3, 13, 60, 64, 302};
-
-struct Normalisation {
-    int flag;
-    bool forward, backward; ///< the scaled directions
-    bool isRoot;            ///< by 1 / sqrt(n), not 1 / n
-};
-constexpr Normalisation kNormalisations[] = {{dft::kForwardByLength, true, false, false},
-                                             {dft::kBackwardByLength, false, true, false},
-                                             {dft::kBothBySquareRoot, true, true, true},
-                                             {dft::kUnscaled, false, false, false}};
-
-template <typename Real, typename Run>
-void ExpectScaled(const Normalisation& row, int length, int sign, Run run) {
-    SCOPED_TRACE(::testing::Message() << "flag " << row.flag << ", length " << length << ", sign " << sign);
-    const auto x = dft_slow::RandomLine<Complex<Real>>(static_cast<std::size_t>(length), 1);
-    std::vector<Complex<Real>> result(x.size());
-    dft_slow::WideLine wide = dft_slow::Transform(x, sign);
-    const long double n = length;
-    for (dft_slow::Wide& element : wide) {
-        element /= !(sign < 0 ? row.forward : row.backward) ? 1 : row.isRoot ? std::sqrt(n) : n;
-    }
-    EXPECT_EQ(run(x.data(), result.data()), dft::kPlanOk);
-    EXPECT_LT(dft_slow::RelativeError(result, wide), 8 * std::numeric_limits<Real>::epsilon());
-}
-
-TYPED_TEST(DftPlanTest, NormalisationFlags) {
-    for (const Normalisation& row : kNormalisations) {
-        for (const int sign : {-1, 1}) {
-            for (const int length : kMethodLengths) {
-                const auto plan = MakePlan<TypeParam>(length, row.flag);
-                EXPECT_EQ(plan->norm_flag, row.flag);
-                EXPECT_EQ(plan->scale_forward != 0, row.forward);
-                EXPECT_EQ(plan->scale_backward != 0, row.backward);
-                const auto run = sign < 0 ? dft::dft_plan_forward<TypeParam> : dft::dft_plan_backward<TypeParam>;
-                ExpectScaled<TypeParam>(row, length, sign,
-                                        [&](auto x, auto y) { return run(x, y, plan.get(), nullptr); });
+TEST(DftPlan, NormalisationFlags) {
+    struct Row {
+        int flag;
+        double forward, backward; ///< powers of the number of elements
+    };
+    const Row rows[] = {{1, -1, 0}, {2, 0, -1}, {4, -0.5, -0.5}, {8, 0, 0}};
+    ForAllKinds([&](auto kind) {
+        using Kind = decltype(kind);
+        for (const int size : Kind::Sizes()) {
+            const auto unscaled = MakePlan<Kind>(size);
+            const auto x = NumbersFor<Kind>(size);
+            for (const Row& row : rows) {
+                const auto plan = MakePlan<Kind>(size, row.flag);
+                EXPECT_EQ(plan->scale_forward != 0, row.forward != 0);
+                EXPECT_EQ(plan->scale_backward != 0, row.backward != 0);
+                for (const int sign : kSigns) {
+                    const auto n = static_cast<double>(Kind::Elements(size));
+                    const double factor = std::pow(n, sign < 0 ? row.forward : row.backward);
+                    const auto expected = ResultOf<Kind>(*unscaled, sign, x);
+                    const auto result = ResultOf<Kind>(*plan, sign, x);
+                    double error = 0;
+                    for (std::size_t k = 0; k < x.size(); ++k) {
+                        error = std::max(error, std::abs(result[k] - expected[k] * factor));
+                    }
+                    EXPECT_LE(error, n * factor * std::numeric_limits<typename Kind::Real>::epsilon())
+                        << "size " << size << ", flag " << row.flag << ", sign " << sign;
+                }
             }
-            const auto plan = MakeFftPlan<TypeParam>(5, row.flag);
-            const auto run = sign < 0 ? dft::fft_plan_forward<TypeParam> : dft::fft_plan_backward<TypeParam>;
-            ExpectScaled<TypeParam>(row, 32, sign, [&](auto x, auto y) { return run(x, y, plan.get(), nullptr); });
         }
-    }
-    for (const int flag : {0, 3, 5, 9, 16, -1}) {
-        for (const int length : kMethodLengths) {
-            BasicDftPlan<TypeParam> before;
-            BasicDftPlan<TypeParam>* plan = &before;
-            EXPECT_EQ(dft::dft_plan_create(&plan, length, flag, 0), dft::kPlanBadNormalisation) << "flag " << flag;
+        for (const int flag : {0, 3, 5, 9, 16, -1}) {
+            typename Kind::Plan before;
+            typename Kind::Plan* plan = &before;
+            EXPECT_EQ(Kind::kCreate(&plan, Kind::Sizes().back(), flag, 0), dft::kPlanBadNormalisation) << flag;
             EXPECT_EQ(plan, nullptr);
         }
-    }
+    });
 }
 
-TYPED_TEST(DftPlanTest, Refusals) {
-    using Plan = BasicDftPlan<TypeParam>;
-    EXPECT_EQ(dft::dft_plan_create<TypeParam>(nullptr, 0, 0, 0), dft::kPlanNullPointer);
-    for (const int length : {0, -1, std::numeric_limits<int>::min()}) {
-        Plan* plan = nullptr;
-        EXPECT_EQ(dft::dft_plan_create(&plan, length, 0, 0), dft::kPlanBadLength) << "length " << length;
-    }
-    const TestNumber enabled(dft::fast_mm_disabled, 0);
+TEST(DftPlan, Refusals) {
+    const TestNumber disabled(dft::fast_mm_disabled, 1); // else blocks of the last run serve
     TestAllocator allocator;
-    const auto plan = MakePlan<TypeParam>(6);
-    Plan wrongTag{};
-    wrongTag.tag = dft::kRealPlanTag;
-    wrongTag.length = 3;
-    Complex<TypeParam> data[16] = {};
-    int bytes = 0;
-    EXPECT_EQ(dft::dft_plan_work_size<TypeParam>(nullptr, &bytes), dft::kPlanNullPointer);
-    EXPECT_EQ(dft::dft_plan_work_size(&wrongTag, &bytes), dft::kPlanBadTag);
-    for (const auto run : {dft::dft_plan_forward<TypeParam>, dft::dft_plan_backward<TypeParam>}) {
-        EXPECT_EQ(run(data, data, nullptr, nullptr), dft::kPlanNullPointer);
-        EXPECT_EQ(run(nullptr, data, &wrongTag, nullptr), dft::kPlanBadTag); // before the data is looked at
-        EXPECT_EQ(run(nullptr, data, plan.get(), nullptr), dft::kPlanNullPointer);
-        EXPECT_EQ(run(data, nullptr, plan.get(), nullptr), dft::kPlanNullPointer);
-        allocator.Refuse(0); // of its own work memory
-        EXPECT_EQ(run(data, data, plan.get(), nullptr), dft::kPlanNoMemory);
-    }
-    dft::dft_plan_free<TypeParam>(nullptr);
-
-    const auto fftPlan = MakeFftPlan<TypeParam>(4);
-    BasicFftPlan<TypeParam>* fft = nullptr;
-    EXPECT_EQ(dft::fft_plan_create<TypeParam>(nullptr, 4, dft::kUnscaled, 0), dft::kPlanNullPointer);
-    EXPECT_EQ(dft::fft_plan_create(&fft, -1, dft::kUnscaled, 0), dft::kPlanBadOrder);
-    EXPECT_EQ(dft::fft_plan_create(&fft, 31, dft::kUnscaled, 0), dft::kPlanBadOrder);
-    EXPECT_EQ(dft::fft_plan_create(&fft, 4, 3, 0), dft::kPlanBadNormalisation);
-    BasicFftPlan<TypeParam> otherTag{};
-    for (const auto run : {dft::fft_plan_forward<TypeParam>, dft::fft_plan_backward<TypeParam>}) {
-        EXPECT_EQ(run(data, data, nullptr, nullptr), dft::kPlanNullPointer);
-        EXPECT_EQ(run(nullptr, data, &otherTag, nullptr), dft::kPlanBadTag);
-        allocator.Refuse(0);
-        EXPECT_EQ(run(data, data, fftPlan.get(), nullptr), dft::kPlanNoMemory);
-    }
-    dft::fft_plan_free<TypeParam>(nullptr);
+    ForAllKinds([&](auto kind) {
+        using Kind = decltype(kind);
+        using Plan = typename Kind::Plan;
+        EXPECT_EQ(Kind::kCreate(nullptr, -1, 0, 0), dft::kPlanNullPointer);
+        for (const RefusedSize& refused : Kind::RefusedSizes()) {
+            Plan* plan = nullptr;
+            EXPECT_EQ(Kind::kCreate(&plan, refused.size, dft::kUnscaled, 0), refused.status) << refused.size;
+            EXPECT_EQ(plan, nullptr);
+        }
+        const auto plan = MakePlan<Kind>(6);
+        Plan otherTag{};
+        typename Kind::Element data[64] = {};
+        for (const auto run : {Kind::kForward, Kind::kBackward}) {
+            EXPECT_EQ(run(data, data, nullptr, nullptr), dft::kPlanNullPointer);
+            EXPECT_EQ(run(nullptr, data, &otherTag, nullptr), dft::kPlanBadTag); // before the data is looked at
+            EXPECT_EQ(run(nullptr, data, plan.get(), nullptr), dft::kPlanNullPointer);
+            EXPECT_EQ(run(data, nullptr, plan.get(), nullptr), dft::kPlanNullPointer);
+            allocator.Refuse(0); // of its own work memory
+            EXPECT_EQ(run(data, data, plan.get(), nullptr), dft::kPlanNoMemory);
+            allocator.Refuse(-1);
+        }
+        Kind::kFree(nullptr);
+    });
+    EXPECT_EQ(allocator.Live(), 0);
 }
 
-// The last lane of a batch of which the others hold zeros.
-template <typename Real>
-std::vector<Complex<Real>> RunInBatch(int direction, const std::vector<Complex<Real>>& x) {
-    const auto plan = MakePlan<Real>(static_cast<int>(x.size()));
-    const auto lanes = static_cast<std::size_t>(dft::ActivePlanRuns<Real>().lanes);
-    GuardedBuffer<Real> batch(2 * x.size() * lanes);
-    GuardedBuffer<unsigned char> work(static_cast<std::size_t>(plan->work_bytes) * lanes);
-    for (std::size_t k = 0; k < x.size(); ++k) {
-        batch.Write((2 * k + 1) * lanes - 1, x[k].re);
-        batch.Write((2 * k + 2) * lanes - 1, x[k].im);
-    }
-    dft::ActivePlanRuns<Real>().batch[direction](*plan, batch.data(), batch.data(), work.data());
-    std::vector<Complex<Real>> result(x.size());
-    for (std::size_t k = 0; k < x.size(); ++k) {
-        result[k] = {batch.Read((2 * k + 1) * lanes - 1), batch.Read((2 * k + 2) * lanes - 1)};
-    }
-    return result;
-}
+class PlanTest : public VectorClassTest {};
 
-template <typename Real>
-void CheckOrder(int order) {
-    SCOPED_TRACE(::testing::Message() << "order " << order << ", bytes " << sizeof(Real));
-    const std::size_t n = std::size_t{1} << order;
-    const auto plan = MakeFftPlan<Real>(order);
-    const auto x = dft_slow::RandomLine<Complex<Real>>(n, 3);
-    for (const int sign : {-1, 1}) {
-        const auto run = sign < 0 ? dft::fft_plan_forward<Real> : dft::fft_plan_backward<Real>;
-        std::vector<Complex<Real>> apart(n);
-        EXPECT_EQ(run(x.data(), apart.data(), plan.get(), nullptr), dft::kPlanOk);
-        const double bound = 0.45 * std::numeric_limits<Real>::epsilon() * std::sqrt(1.0 + order);
-        EXPECT_LE(dft_slow::RelativeError(apart, dft_slow::Transform(x, sign)), bound) << "sign " << sign;
-
-        // In place, in work memory of just the size that the plan asks for, and nothing on more than 8 bytes.
+// In place, in work memory of just the size that the plan asks for, and nothing on more than 8 bytes.
+TEST_P(PlanTest, RunsInPlaceHaveTheSameBytesAndKeepToTheirWorkMemory) {
+    ForAllKinds([](auto kind) {
+        using Kind = decltype(kind);
+        using Element = typename Kind::Element;
         constexpr std::size_t kOff = 8;
-        GuardedBuffer<unsigned char> work(static_cast<std::size_t>(plan->work_bytes), kOff);
-        GuardedBuffer<Complex<Real>> data(n, kOff);
-        std::copy(x.begin(), x.end(), data.data());
-        EXPECT_EQ(run(data.data(), data.data(), plan.get(), work.size() > 0 ? work.data() : nullptr), dft::kPlanOk);
-        EXPECT_TRUE(SameBytes(apart.data(), data.data(), n));
-        EXPECT_TRUE(data.GuardsIntact());
-        EXPECT_TRUE(work.GuardsIntact());
-
-        const auto ofBatch = RunInBatch(sign < 0 ? dft::kForward : dft::kBackward, x);
-        EXPECT_TRUE(SameBytes(apart.data(), ofBatch.data(), n));
-    }
+        for (const int size : Kind::Sizes()) {
+            const auto plan = MakePlan<Kind>(size);
+            const auto x = NumbersFor<Kind>(size);
+            for (const int sign : kSigns) {
+                GuardedBuffer<unsigned char> work(static_cast<std::size_t>(plan->work_bytes), kOff);
+                GuardedBuffer<typename Kind::Real> numbers(x.size(), kOff);
+                std::copy(x.begin(), x.end(), numbers.data());
+                auto* const data = reinterpret_cast<Element*>(numbers.data());
+                EXPECT_EQ((sign < 0 ? Kind::kForward : Kind::kBackward)(data, data, plan.get(), work.data()),
+                          dft::kPlanOk);
+                EXPECT_TRUE(SameBytes(ResultOf<Kind>(*plan, sign, x).data(), numbers.data(), x.size()))
+                    << "size " << size;
+                EXPECT_TRUE(numbers.GuardsIntact());
+                EXPECT_TRUE(work.GuardsIntact());
+            }
+        }
+    });
 }
 
-class FftPlanTest : public VectorClassTest {};
-
-TEST_P(FftPlanTest, EqualsTheDefinitionInPlaceApartAndInBatches) {
-    for (int order = 0; order <= 17; ++order) {
-        CheckOrder<float>(order);
-        CheckOrder<double>(order);
-    }
-}
-
-CLARIBOX_INSTANTIATE_FOR_VECTOR_CLASSES(FftPlanTest);
+CLARIBOX_INSTANTIATE_FOR_VECTOR_CLASSES(PlanTest);
 
 } // namespace

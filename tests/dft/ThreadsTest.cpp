@@ -17,8 +17,6 @@
 
 namespace {
 
-constexpr int kSigns[] = {-1, 1};
-
 struct JobShape {
     std::vector<int> lengths;
     int transforms = 1;
@@ -45,7 +43,7 @@ const std::vector<JobShape> kShapes = {
 
 template <typename Real>
 std::vector<dft::Complex<Real>> Transformed(const JobShape& shape) {
-    TestJob<Real> job(shape.lengths);
+    ComplexJob<Real> job(shape.lengths);
     if (shape.transforms != 1) {
         job->number_of_transforms = shape.transforms;
         job->input_distance = job->output_distance = job->running_product;
@@ -71,8 +69,7 @@ TEST_P(DftCallers, WithJobsOfTheirOwn) {
         omp_set_num_threads(GetParam()); // each thread has a number of its own
         for (std::size_t k = 0; k < kShapes.size(); ++k) {
             const std::size_t at = (k + static_cast<std::size_t>(caller) * 5) % kShapes.size();
-            EXPECT_TRUE(TestJob<float>::SameBytes(Transformed<float>(kShapes[at]), expected[at]))
-                << kShapes[at] << ", caller " << caller;
+            EXPECT_TRUE(AreSame(Transformed<float>(kShapes[at]), expected[at])) << kShapes[at] << ", caller " << caller;
         }
     });
 }
@@ -80,14 +77,14 @@ TEST_P(DftCallers, WithJobsOfTheirOwn) {
 TEST_P(DftCallers, WithOneJobAmongThem) {
     const EngineThreads engine(GetParam());
     for (const JobShape& shape : kShapes) {
-        const TestJob<double> job(shape.lengths);
+        const ComplexJob<double> job(shape.lengths);
         const auto x = dft_slow::RandomLine<dft::Complex<double>>(shape.Elements(), 7);
         const std::vector<dft::Complex<double>> expected[] = {job.Run(-1, x), job.Run(1, x)};
         OnThreads(kCallers, [&](int caller) {
             omp_set_num_threads(GetParam());
             for (int round = 0; round < kRounds; ++round) {
                 const int backward = (caller + round) % 2;
-                EXPECT_TRUE(TestJob<double>::SameBytes(job.Run(kSigns[backward], x), expected[backward]))
+                EXPECT_TRUE(AreSame(job.Run(kSigns[backward], x), expected[backward]))
                     << shape << ", caller " << caller;
             }
         });
@@ -99,9 +96,8 @@ TEST(DftThreads, InsideAParallelRegion) {
     const EngineThreads engine(2);
     const JobShape shape = {{61, 151}};
     const auto expected = Transformed<float>(shape);
-    dft::RunChunks(2, 2, [&](int chunk) {
-        EXPECT_TRUE(TestJob<float>::SameBytes(Transformed<float>(shape), expected)) << "chunk " << chunk;
-    });
+    dft::RunChunks(2, 2,
+                   [&](int chunk) { EXPECT_TRUE(AreSame(Transformed<float>(shape), expected)) << "chunk " << chunk; });
 }
 
 } // namespace

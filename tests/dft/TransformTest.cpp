@@ -20,9 +20,6 @@ namespace {
 using dft_slow::Wide;
 using dft_slow::WideLine;
 
-constexpr int kSigns[] = {-1, 1};
-constexpr std::int32_t kPlacements[] = {dft::DFT_INPLACE, dft::DFT_NOT_INPLACE};
-
 std::size_t LargestPrimeFactor(std::size_t n) {
     const std::size_t p = dft_slow::SmallestPrimeFactor(n);
     return p == n ? n : LargestPrimeFactor(n / p);
@@ -60,7 +57,7 @@ void CheckLine(int n, const WideLine& forward) {
     const auto x = RandomLine<Real>(n);
     const WideLine backward = Reversed(forward);
     for (const std::int32_t placement : kPlacements) {
-        const TestJob<Real> job({n}, placement);
+        const ComplexJob<Real> job({n}, placement);
         for (const int sign : kSigns) {
             EXPECT_LE(dft_slow::RelativeError(job.Run(sign, x), sign < 0 ? forward : backward), Bound<Real>(x.size()))
                 << "length " << n << ", placement " << placement << ", sign " << sign << ", element bytes "
