@@ -46,11 +46,11 @@ double Scale(int k, int sign) {
 }
 
 template <typename Real>
-struct LaidOutJob : ComplexJob<Real> {
-    using Elements = typename ComplexJob<Real>::Elements;
+struct LaidOutJob : TestJob<Real> {
+    using Elements = typename TestJob<Real>::Elements;
 
     LaidOutJob(const Layout& wanted, std::int32_t placement, std::int32_t ordering = dft::DFT_ORDERED)
-        : ComplexJob<Real>(wanted.lengths, placement), layout(wanted),
+        : TestJob<Real>(wanted.lengths, placement), layout(wanted),
           x(dft_slow::RandomLine<dft::Complex<Real>>(wanted.AllElements(), 3)) {
         this->handle->ordering = ordering;
         for (int k = 0; k < this->handle->rank; ++k) {

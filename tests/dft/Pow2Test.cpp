@@ -78,7 +78,7 @@ TEST(Pow2, CommitTable) {
 // give the same bytes.
 TEST(Pow2, LengthsFallIntoGroupsAndBlocks) {
     ForAllVariants(17, [](auto number, const VariantRow& row, int bits) {
-        const ComplexJob<decltype(number)> job({1 << bits});
+        const TestJob<decltype(number)> job({1 << bits});
         const auto form = dft::FormOf<decltype(number)>(*job.handle, dft::kForward);
         EXPECT_EQ(form.blockBits, BlockBits(row, bits));
         EXPECT_EQ(form.groupBits, bits <= row.twoLevelsUpTo ? BlockBits(row, bits) : row.groupBits);
@@ -95,7 +95,7 @@ TEST_P(Pow2Test, ThreadsEqualOneThread) {
         if (row.variant == 3 || (row.variant > 0 && !row.isSingle)) {
             return; // the limits of another row
         }
-        const ComplexJob<Real> job({1 << bits});
+        const TestJob<Real> job({1 << bits});
         SetScales<Real>(*job.handle, 0.1, 0.1);
         const auto x = dft_slow::RandomLine<dft::Complex<Real>>(std::size_t{1} << bits, 1);
         for (const int sign : kSigns) {

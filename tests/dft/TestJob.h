@@ -70,10 +70,10 @@ bool AreSame(const std::vector<Element>& a, const std::vector<Element>& b) {
 /// A complex job in one precision, committed; whoever changes a field afterwards commits again. A failure of any step
 /// is a failure of the test.
 template <typename Real>
-struct ComplexJob : Job {
+struct TestJob : Job {
     using Elements = std::vector<dft::Complex<Real>>;
 
-    explicit ComplexJob(const Lengths& lengths, std::int32_t placement = dft::DFT_INPLACE)
+    explicit TestJob(const Lengths& lengths, std::int32_t placement = dft::DFT_INPLACE)
         : Job(kPrecisionOf<Real>, dft::DFT_COMPLEX, lengths, placement) {
         Commit();
     }

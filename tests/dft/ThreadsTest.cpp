@@ -43,7 +43,7 @@ const std::vector<JobShape> kShapes = {
 
 template <typename Real>
 std::vector<dft::Complex<Real>> Transformed(const JobShape& shape) {
-    ComplexJob<Real> job(shape.lengths);
+    TestJob<Real> job(shape.lengths);
     if (shape.transforms != 1) {
         job->number_of_transforms = shape.transforms;
         job->input_distance = job->output_distance = job->running_product;
@@ -77,7 +77,7 @@ TEST_P(DftCallers, WithJobsOfTheirOwn) {
 TEST_P(DftCallers, WithOneJobAmongThem) {
     const EngineThreads engine(GetParam());
     for (const JobShape& shape : kShapes) {
-        const ComplexJob<double> job(shape.lengths);
+        const TestJob<double> job(shape.lengths);
         const auto x = dft_slow::RandomLine<dft::Complex<double>>(shape.Elements(), 7);
         const std::vector<dft::Complex<double>> expected[] = {job.Run(-1, x), job.Run(1, x)};
         OnThreads(kCallers, [&](int caller) {

@@ -57,7 +57,7 @@ void CheckLine(int n, const WideLine& forward) {
     const auto x = RandomLine<Real>(n);
     const WideLine backward = Reversed(forward);
     for (const std::int32_t placement : kPlacements) {
-        const ComplexJob<Real> job({n}, placement);
+        const TestJob<Real> job({n}, placement);
         for (const int sign : kSigns) {
             EXPECT_LE(dft_slow::RelativeError(job.Run(sign, x), sign < 0 ? forward : backward), Bound<Real>(x.size()))
                 << "length " << n << ", placement " << placement << ", sign " << sign << ", element bytes "

@@ -1,7 +1,6 @@
 // Jobs of the DFT engine: records of every rank, layout and format against the definition, on every road; and records
 // that are none, which are refused and touch nothing.
 #include "dft/DriverFixture.h"
-#include "dft/TestSurroundings.h"
 #include "fuzz/Input.h"
 #include "simd/VectorClass.h"
 
@@ -64,14 +63,18 @@ double Tolerance() {
 /// The job on one thread, on several, and on as many as the engine takes; all give the same bytes, but for single lines
 /// that more threads than blocks work on.
 template <typename Element>
-std::vector<Element> RunAllRoads(Input& input, const Job& job, dft::Direction direction, const Layout& inputs,
-                                 const Layout& results, const std::vector<Element>& x) {
+std::vector<Element> RunAllRoads(Input& input, const Job& job, int sign, const Layout& inputs, const Layout& results,
+                                 const std::vector<Element>& x) {
     const std::size_t misalignment = alignof(Element) * static_cast<std::size_t>(input.Number(0, 15));
-    const Place& place = job->placement == dft::DFT_INPLACE ? results.input : results.output;
+    const bool isInPlace = job->placement == dft::DFT_INPLACE;
+    const Place& place = isInPlace ? results.input : results.output;
+    const int oneShot = job->one_shot;
     std::vector<Element> serial;
     for (const int threads : {1, input.Number(2, 5), 0}) {
-        Arrays<Element> arrays(inputs.Positions(inputs.input), x, results.Positions(place), job, misalignment);
-        EXPECT_EQ(RunDriver(job, direction, threads, arrays.input(), arrays.output()), dft::DFT_OK);
+        Arrays<Element> arrays(inputs.Positions(inputs.input), x, results.Positions(place), isInPlace, misalignment);
+        const EngineThreads engine(threads == 0 ? omp_get_max_threads() : threads);
+        job->one_shot = threads == 0 ? oneShot : 0;
+        EXPECT_EQ(job.Compute(sign, arrays.input(), arrays.output()), dft::DFT_OK);
         const auto result = arrays.Result();
         serial = serial.empty() ? result : serial;
         if constexpr (!std::is_floating_point_v<Element>) {
@@ -101,7 +104,7 @@ void ComplexJob(Input& input) {
     layout.input = DrawPlace(input, layout.lengths, layout.transforms);
     layout.output = DrawPlace(input, layout.lengths, layout.transforms);
     const bool isInPlace = input.Flag();
-    const auto direction = input.Flag() ? dft::kForward : dft::kBackward;
+    const int sign = input.Flag() ? -1 : 1;
     const Job job(kPrecisionOf<Real>, dft::DFT_COMPLEX, layout.lengths,
                   isInPlace ? dft::DFT_INPLACE : dft::DFT_NOT_INPLACE);
     const double scale = input.Number(0, 3) / 2.0 + 0.5;
@@ -115,13 +118,13 @@ void ComplexJob(Input& input) {
     for (std::size_t k = 0; k < x.size(); ++k) {
         x[k] = {numbers[2 * k], numbers[2 * k + 1]};
     }
-    const auto result = RunAllRoads(input, job, direction, layout, layout, x);
+    const auto result = RunAllRoads(input, job, sign, layout, layout, x);
     for (int k = 0; k < layout.transforms && (isOrdered || job->ordering == dft::DFT_ORDERED); ++k) {
         const auto part = [&](const auto& all) {
             const auto start = all.begin() + k * static_cast<std::ptrdiff_t>(layout.Elements());
             return std::vector<dft::Complex<Real>>(start, start + static_cast<std::ptrdiff_t>(layout.Elements()));
         };
-        auto expected = dft_slow::TransformNd(part(x), layout.lengths, direction == dft::kForward ? -1 : 1);
+        auto expected = dft_slow::TransformNd(part(x), layout.lengths, sign);
         for (auto& value : expected) {
             value *= static_cast<long double>(scale);
         }
@@ -169,7 +172,7 @@ void RealJob(Input& input) {
     Layout spectra = layout;
     spectra.lengths[0] = packed;
     const auto x = DrawNumbers<Real>(input, layout.AllElements());
-    const auto result = RunAllRoads(input, job, dft::kForward, layout, spectra, x);
+    const auto result = RunAllRoads(input, job, -1, layout, spectra, x);
     dft_slow::WideLine restored;
     for (int k = 0; k < layout.transforms; ++k) {
         std::vector<dft::Complex<Real>> line;
@@ -189,7 +192,7 @@ void RealJob(Input& input) {
     // In place the full layout has the element after the line cleared.
     Layout lines = layout;
     lines.lengths[0] += isInPlace && format == dft::DFT_PACK_FULL ? 1 : 0;
-    const auto written = RunAllRoads(input, job, dft::kBackward, spectra, lines, result);
+    const auto written = RunAllRoads(input, job, 1, spectra, lines, result);
     std::vector<dft::Complex<Real>> back;
     for (std::size_t k = 0; k < written.size(); ++k) {
         if (k % lines.Elements() < layout.Elements()) {
