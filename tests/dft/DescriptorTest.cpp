@@ -1,7 +1,7 @@
 // Statuses of the operations on a descriptor, and its fields after creation and commit.
-#include "dft/DescriptorFixture.h"
+#include "dft/TestJob.h"
+#include "dft/TestSurroundings.h"
 #include "dft/plans/dft_plan.h"
-#include "dft/plans/general_routines.h"
 #include "dft/pow2/pow2.h"
 
 #include <gtest/gtest.h>
@@ -24,30 +24,28 @@ TEST_F(Descriptor, StatusesOfCreation) {
         Lengths lengths;
         int status;
     };
-    const Row rows[] = {
-        {35, 32, {16}, 0},
-        {36, 32, {5, 3}, 0},
-        {36, 33, {9}, 0},
-        {35, 32, {1, 1, 1, 1, 1, 1, 1}, 0},
-        {35, 32, {}, 3},
-        {35, 32, Lengths(8, 2), 3},
-        {35, 32, Lengths(100, 2), 3},
-        {35, 32, {0}, 3},
-        {35, 32, {-4}, 3},
-        {35, 32, {4, 0}, 3},
-        {35, 32, {0, 4}, 3},
-        {35, 32, {4, -1, 4}, 3},
-        {35, 33, {4, 4}, 6},
-        {35, 34, {4}, 6},
-        {35, 34, {4, 4}, 6},
-        {35, 99, {4}, 3},
-        {35, 31, {4, 4}, 3},
-        {34, 32, {4}, 3},
-        {37, 33, {4}, 3},
-        {99, 34, {4}, 6},
-        {99, 33, {4, 4}, 6},
-        {99, 34, {0}, 3},
-    };
+    const Row rows[] = {{35, 32, {16}, 0},
+                        {36, 32, {5, 3}, 0},
+                        {36, 33, {9}, 0},
+                        {35, 32, Lengths(7, 1), 0},
+                        {35, 32, {}, 3},
+                        {35, 32, Lengths(8, 2), 3},
+                        {35, 32, Lengths(100, 2), 3},
+                        {35, 32, {0}, 3},
+                        {35, 32, {-4}, 3},
+                        {35, 32, {4, 0}, 3},
+                        {35, 32, {0, 4}, 3},
+                        {35, 32, {4, -1, 4}, 3},
+                        {35, 33, {4, 4}, 6},
+                        {35, 34, {4}, 6},
+                        {35, 34, {4, 4}, 6},
+                        {35, 99, {4}, 3},
+                        {35, 31, {4, 4}, 3},
+                        {34, 32, {4}, 3},
+                        {37, 33, {4}, 3},
+                        {99, 34, {4}, 6},
+                        {99, 33, {4, 4}, 6},
+                        {99, 34, {0}, 3}};
     for (const Row& row : rows) {
         SCOPED_TRACE(::testing::Message() << "precision " << row.precision << ", domain " << row.domain << ", lengths "
                                           << ::testing::PrintToString(row.lengths));
@@ -170,39 +168,33 @@ TEST_F(Descriptor, PathOfAComplexDimension) {
         int length, placement, inputStride, outputStride;
         bool isGeneral; ///< else the path of powers of two
     };
-    const Row rows[] = {
-        {16, 43, 1, 1, false}, {16, 44, 1, 1, true},  {16, 44, 2, 1, false},
-        {16, 44, 1, 2, false}, {16, 43, 3, 3, false}, {6, 43, 1, 1, true},
-        {6, 44, 2, 2, true},   {1, 43, 1, 1, false},  {1, 44, 1, 1, true},
-    };
-    const auto check = [](const Row& row, bool isSingle) {
-        const Job job(isSingle ? 35 : 36, 32, {row.length}, row.placement);
-        job->input_stride = row.inputStride;
-        job->output_stride = row.outputStride;
-        job.Commit();
-        const bool general = row.isGeneral;
-        EXPECT_EQ(job->general_length, general ? 1 : 0);
-        EXPECT_EQ(job->workspace_bytes, job->workspace_need > 16 ? job->workspace_need : 0);
-        EXPECT_EQ(job->workspace_bytes > 16, general && row.length > 4);
-        EXPECT_EQ(job->plan_complex_single != nullptr, general && isSingle);
-        EXPECT_EQ(job->plan_complex_double != nullptr, general && !isSingle);
-        EXPECT_EQ(job->table_single != nullptr, !general && isSingle);
-        EXPECT_EQ(job->table_double != nullptr, !general && !isSingle);
-        if (isSingle) {
-            EXPECT_EQ(job->forward_single, general ? dft::general_forward_single : dft::c1d_forward_pow2);
-            EXPECT_EQ(job->backward_single, general ? dft::general_backward_single : dft::c1d_backward_pow2);
-            EXPECT_TRUE(general || (job->c1d_forw_dft == dft::c1d_forw_dft && job->c1d_back_dft == dft::c1d_back_dft));
-        } else {
-            EXPECT_EQ(job->forward_double, general ? dft::general_forward_double : dft::z1d_forward_pow2);
-            EXPECT_EQ(job->backward_double, general ? dft::general_backward_double : dft::z1d_backward_pow2);
-            EXPECT_TRUE(general || (job->z1d_forw_dft == dft::z1d_forw_dft && job->z1d_back_dft == dft::z1d_back_dft));
-        }
-    };
+    const Row rows[] = {{16, 43, 1, 1, false}, {16, 44, 1, 1, true},  {16, 44, 2, 1, false},
+                        {16, 44, 1, 2, false}, {16, 43, 3, 3, false}, {6, 43, 1, 1, true},
+                        {6, 44, 2, 2, true},   {1, 43, 1, 1, false},  {1, 44, 1, 1, true}};
     for (const Row& row : rows) {
-        SCOPED_TRACE(::testing::Message() << "length " << row.length << ", placement " << row.placement << ", strides "
-                                          << row.inputStride << ' ' << row.outputStride);
-        check(row, true);
-        check(row, false);
+        for (const bool isSingle : {true, false}) {
+            SCOPED_TRACE(::testing::Message() << "length " << row.length << ", placement " << row.placement
+                                              << ", strides " << row.inputStride << ' ' << row.outputStride);
+            const Job job(isSingle ? 35 : 36, 32, {row.length}, row.placement);
+            job->input_stride = row.inputStride;
+            job->output_stride = row.outputStride;
+            job.Commit();
+            EXPECT_EQ(job->general_length, row.isGeneral ? 1 : 0);
+            EXPECT_EQ(job->workspace_bytes, job->workspace_need);
+            EXPECT_EQ(job->workspace_bytes > 16, row.isGeneral && row.length > 4);
+            EXPECT_EQ(job->plan_complex_single != nullptr, row.isGeneral && isSingle);
+            EXPECT_EQ(job->plan_complex_double != nullptr, row.isGeneral && !isSingle);
+            for (const bool isSet : {job->table_single != nullptr, job->forward_single == dft::c1d_forward_pow2,
+                                     job->backward_single == dft::c1d_backward_pow2,
+                                     job->c1d_forw_dft == dft::c1d_forw_dft, job->c1d_back_dft == dft::c1d_back_dft}) {
+                EXPECT_EQ(isSet, !row.isGeneral && isSingle);
+            }
+            for (const bool isSet : {job->table_double != nullptr, job->forward_double == dft::z1d_forward_pow2,
+                                     job->backward_double == dft::z1d_backward_pow2,
+                                     job->z1d_forw_dft == dft::z1d_forw_dft, job->z1d_back_dft == dft::z1d_back_dft}) {
+                EXPECT_EQ(isSet, !row.isGeneral && !isSingle);
+            }
+        }
     }
 }
 

@@ -2,7 +2,6 @@
 #include "dft/memory/engine_memory.h"
 
 #include "dft/TestSurroundings.h"
-#include "dft/base/chunks.h"
 
 #include <gtest/gtest.h>
 
@@ -236,17 +235,6 @@ TEST(EngineThreads, SerialSwitch) {
         serial.Set(row.result == 1 ? "NO" : "YES");
         EXPECT_EQ(dft::engine_serial_switch(), row.result) << "read again";
     }
-}
-
-TEST(EngineThreads, MaximumIsOneInsideARegionAndWhereSerial) {
-    const EngineThreads engine(3);
-    EXPECT_EQ(dft::engine_maximum_threads(), 3);
-    int inside[2] = {};
-    dft::RunChunks(2, 2, [&inside](int chunk) { inside[chunk] = dft::engine_maximum_threads(); });
-    EXPECT_EQ(inside[0], 1);
-    EXPECT_EQ(inside[1], 1);
-    dft::serial_switch = 1;
-    EXPECT_EQ(dft::engine_maximum_threads(), 1);
 }
 
 TEST_F(EngineMemory, PlanMemoryIsAlignedAndKnowsItsHeapBlock) {

@@ -5,6 +5,7 @@
 #include "dft/dispatch/dft_dispatch.h"
 #include "dft/memory/engine_memory.h"
 
+#include <gtest/gtest.h>
 #include <omp.h>
 
 #include <algorithm>
@@ -108,6 +109,19 @@ public:
 private:
     TestNumber m_Switch;
     int m_Before = omp_get_max_threads();
+};
+
+/// Serial, with counted memory that must all have come back at the end.
+class Descriptor : public ::testing::Test {
+protected:
+    ~Descriptor() override {
+        dft::engine_free_buffers();
+        EXPECT_EQ(m_Allocator.Live(), 0);
+    }
+
+    TestNumber m_Enabled{dft::fast_mm_disabled, 0};
+    TestNumber m_Serial{dft::serial_switch, 1};
+    TestAllocator m_Allocator;
 };
 
 /// `work(index)` on each of so many threads at once.
