@@ -20,41 +20,34 @@ using dft::DftDescriptor;
 
 TEST_F(Descriptor, StatusesOfCreation) {
     struct Row {
-        int precision, domain;
-        Lengths lengths;
-        int status;
+        int status, precision, domain;
+        std::vector<Lengths> lengths;
     };
-    const Row rows[] = {{35, 32, {16}, 0},
-                        {36, 32, {5, 3}, 0},
-                        {36, 33, {9}, 0},
-                        {35, 32, Lengths(7, 1), 0},
-                        {35, 32, {}, 3},
-                        {35, 32, Lengths(8, 2), 3},
-                        {35, 32, Lengths(100, 2), 3},
-                        {35, 32, {0}, 3},
-                        {35, 32, {-4}, 3},
-                        {35, 32, {4, 0}, 3},
-                        {35, 32, {0, 4}, 3},
-                        {35, 32, {4, -1, 4}, 3},
-                        {35, 33, {4, 4}, 6},
-                        {35, 34, {4}, 6},
-                        {35, 34, {4, 4}, 6},
-                        {35, 99, {4}, 3},
-                        {35, 31, {4, 4}, 3},
-                        {34, 32, {4}, 3},
-                        {37, 33, {4}, 3},
-                        {99, 34, {4}, 6},
-                        {99, 33, {4, 4}, 6},
-                        {99, 34, {0}, 3}};
+    const Row rows[] = {
+        {0, 35, 32, {{16}, Lengths(7, 1)}},
+        {0, 36, 32, {{5, 3}}},
+        {0, 36, 33, {{9}}},
+        {3, 35, 32, {{}, Lengths(8, 2), Lengths(100, 2), {0}, {-4}, {4, 0}, {0, 4}, {4, -1, 4}}},
+        {3, 35, 31, {{4, 4}}},
+        {3, 35, 99, {{4}}},
+        {3, 34, 32, {{4}}},
+        {3, 37, 33, {{4}}},
+        {3, 99, 34, {{0}}},
+        {6, 35, 33, {{4, 4}}},
+        {6, 35, 34, {{4}, {4, 4}}},
+        {6, 99, 33, {{4, 4}}},
+        {6, 99, 34, {{4}}},
+    };
     for (const Row& row : rows) {
-        SCOPED_TRACE(::testing::Message() << "precision " << row.precision << ", domain " << row.domain << ", lengths "
-                                          << ::testing::PrintToString(row.lengths));
-        m_Allocator.Refuse(-1);
-        DftDescriptor* handle = nullptr;
-        ASSERT_EQ(Create(&handle, row.precision, row.domain, row.lengths), row.status);
-        EXPECT_EQ(handle != nullptr, row.status == 0);
-        EXPECT_EQ(dft::engine_block_table[0].owner_thread != 0, row.status == 0) << "a block is still held";
-        EXPECT_EQ(dft::dfti_free_descriptor(&handle), row.status == 0 ? 0 : 3);
+        for (const Lengths& lengths : row.lengths) {
+            SCOPED_TRACE(::testing::Message() << "precision " << row.precision << ", domain " << row.domain
+                                              << ", lengths " << ::testing::PrintToString(lengths));
+            DftDescriptor* handle = nullptr;
+            ASSERT_EQ(Create(&handle, row.precision, row.domain, lengths), row.status);
+            EXPECT_EQ(handle != nullptr, row.status == 0);
+            EXPECT_EQ(dft::engine_block_table[0].owner_thread != 0, row.status == 0) << "a block is still held";
+            EXPECT_EQ(dft::dfti_free_descriptor(&handle), row.status == 0 ? 0 : 3);
+        }
     }
     EXPECT_EQ(dft::dfti_create_descriptor(nullptr, 35, 32, 1, 4), 3);
     DftDescriptor* handle = nullptr;

@@ -94,65 +94,62 @@ inline const std::vector<Layout> kStridedJobs = {
     {"seven dimensions", {2, 3, 1, 2, 3, 2, 5}, {}, {}},
 };
 
-/// The arrays of one job, no larger than its elements reach.
-template <typename Element>
-class Arrays {
-public:
-    using Positions = std::vector<std::size_t>;
-    using Elements = std::vector<Element>;
-
-    /// `results` lie in the input's array where the job is in place, else in the output's.
-    Arrays(const Positions& inputs, const Elements& x, const Positions& results, bool isInPlace,
-           std::size_t misalignment)
-        : m_IsInPlace(isInPlace), m_Inputs(inputs), m_Results(results), m_Elements(x), m_Misalignment(misalignment),
-          m_Input(std::max(End(inputs), isInPlace ? End(results) : 0), misalignment),
-          m_Output(isInPlace ? 0 : End(results), misalignment) {
-        Fill(m_Input, true);
-        Fill(m_Output, false);
-    }
-    Element* input() { return m_Input.data(); }
-    Element* output() { return m_Output.data(); }
-
-    /// The results; everything but them must be as it was.
-    Elements Result() const {
-        const GuardedBuffer<Element>& array = m_IsInPlace ? m_Input : m_Output;
-        Elements result;
-        for (const std::size_t at : m_Results) {
-            result.push_back(array.Read(at));
-        }
-        for (const GuardedBuffer<Element>* const each : {&m_Input, &m_Output}) {
-            GuardedBuffer<Element> expected(each->size(), m_Misalignment);
-            Fill(expected, each == &m_Input);
-            for (std::size_t k = 0; k < result.size() && each == &array; ++k) {
-                expected.Write(m_Results[k], result[k]);
-            }
-            EXPECT_TRUE(SameBytes(expected, *each)) << (each == &array ? "outside the job" : "the input was changed");
-            EXPECT_TRUE(each->GuardsIntact());
-        }
-        return result;
-    }
-
-private:
-    static std::size_t End(const Positions& positions) {
-        return *std::max_element(positions.begin(), positions.end()) + 1;
-    }
-    void Fill(GuardedBuffer<Element>& array, bool isInput) const {
-        for (std::size_t k = 0; k < array.size_bytes(); ++k) {
-            array.bytes()[k] = static_cast<unsigned char>(k * 37 + 11);
-        }
-        for (std::size_t k = 0; k < m_Elements.size() && isInput; ++k) {
-            array.Write(m_Inputs[k], m_Elements[k]);
+/// What `run(input, output)` leaves at `results`, between arrays that are no larger than a job's elements reach.
+/// Results lie in the input's array where the job is in place, else in the output's; everything but them must be as it
+/// was.
+template <typename Element, typename Run>
+std::vector<Element> ResultsBetweenGuards(const std::vector<std::size_t>& inputs, const std::vector<Element>& x,
+                                          const std::vector<std::size_t>& results, bool isInPlace,
+                                          std::size_t misalignment, Run run) {
+    const std::size_t inputEnd = *std::max_element(inputs.begin(), inputs.end()) + 1;
+    const std::size_t resultEnd = *std::max_element(results.begin(), results.end()) + 1;
+    const std::size_t sizes[] = {isInPlace ? std::max(inputEnd, resultEnd) : inputEnd, isInPlace ? 0 : resultEnd};
+    GuardedBuffer<Element> input(sizes[0], misalignment);
+    GuardedBuffer<Element> output(sizes[1], misalignment);
+    GuardedBuffer<Element> inputAfter(sizes[0], misalignment);
+    GuardedBuffer<Element> outputAfter(sizes[1], misalignment);
+    for (auto* const array : {&input, &output, &inputAfter, &outputAfter}) {
+        for (std::size_t k = 0; k < array->size_bytes(); ++k) {
+            array->bytes()[k] = static_cast<unsigned char>(k * 37 + 11);
         }
     }
+    for (std::size_t k = 0; k < x.size(); ++k) {
+        input.Write(inputs[k], x[k]);
+        inputAfter.Write(inputs[k], x[k]);
+    }
+    run(input.data(), output.data());
+    std::vector<Element> elements;
+    for (const std::size_t at : results) {
+        elements.push_back((isInPlace ? input : output).Read(at));
+        (isInPlace ? inputAfter : outputAfter).Write(at, elements.back());
+    }
+    EXPECT_TRUE(SameBytes(inputAfter, input)) << "input, " << (isInPlace ? "outside the job" : "which was changed");
+    EXPECT_TRUE(SameBytes(outputAfter, output)) << "output, outside the job";
+    EXPECT_TRUE(input.GuardsIntact());
+    EXPECT_TRUE(output.GuardsIntact());
+    return elements;
+}
 
-    bool m_IsInPlace;
-    Positions m_Inputs;
-    Positions m_Results;
-    Elements m_Elements;
-    std::size_t m_Misalignment;
-    GuardedBuffer<Element> m_Input;
-    GuardedBuffer<Element> m_Output;
-};
+/// The packed line of a spectrum, in multiples of `scale`; `zero` stands where the definition of the layout has a zero.
+template <typename Real>
+std::vector<Real> Packed(int format, const dft_slow::WideLine& spectrum, double scale, double zero) {
+    const std::size_t n = spectrum.size();
+    std::vector<Real> parts;
+    for (std::size_t j = 0; j <= n / 2; ++j) {
+        parts.push_back(static_cast<Real>(spectrum[j].real() * scale));
+        parts.push_back(static_cast<Real>(j == 0 || 2 * j == n ? zero : spectrum[j].imag() * scale));
+    }
+    if (format != dft::DFT_PACK_FULL) {
+        parts.erase(parts.begin() + 1);
+        if (n % 2 == 0) {
+            parts.pop_back();
+        }
+        if (n % 2 == 0 && format == dft::DFT_PACK_NATIVE) {
+            std::rotate(parts.begin() + 1, parts.end() - 1, parts.end());
+        }
+    }
+    return parts;
+}
 
 /// From now on every slot of a job counts its calls, and call `failing` of a record's returns 7. No job is a single
 /// call, and none of its routines the engine's own. Once for a job, which then runs in this direction alone; one at a

@@ -7,6 +7,11 @@ namespace {
 
 using dft::DftDescriptor;
 
+// The width and the height go through every method, and the number of lines leaves every remainder of a batch.
+const Lengths kPlanes[] = {{1, 60},   {60, 1},   {2, 3},    {5, 17},  {17, 34},  {33, 20},  {18, 151}, {151, 19},
+                           {16, 64},  {64, 22},  {29, 149}, {8, 302}, {3, 1124}, {7, 2100}, {2100, 6}, {4, 4096},
+                           {1024, 5}, {66, 128}, {96, 24},  {31, 2},  {512, 15}, {14, 8192}};
+
 // Lines below, at and above the lanes of a batch; several lines only where they share no element.
 const std::vector<Layout> kOtherJobs = {
     {"one line", {100}, {{}, 4}, {{}, 1}},
@@ -16,20 +21,15 @@ const std::vector<Layout> kOtherJobs = {
     {"backward lines", {21}, {{-2}, 45, 60}, {{1}, 90, -30}, 4},
     {"single element", {1}, {{}, 1, 2}, {{}, 0, 1}, 3},
     {"strided rows", {9, 18}, {{40, 2}, 1}, {{36, 2}, 0}},
-    {"three columns", {8, 3}, {}, {{4, 1}, 1}},
     {"five columns", {6, 5}, {{6, 1}, 1}, {}},
     {"one column", {60, 1}, {{2, 1}, 1}, {}},
     {"one row", {1, 60}, {{90, 1}, 1}, {}},
     {"one element", {1, 1}, {{}, 2}, {}},
     {"powers of two at strides", {64, 33}, {{40, 1}, 0}, {{33, 1}, 5}},
-    {"plane of 2047", {23, 89}, {{90, 1}, 0}, {}},
-    {"plane of 2048", {64, 32}, {}, {}},
-    {"two columns", {1100, 2}, {}, {}},
     {"few planes", {2, 40, 30}, {}, {}},
     {"narrow planes", {40, 30, 2}, {}, {}},
     {"fewer rows than threads", {3, 700}, {{701, 1}, 0}, {}},
     {"long column", {2100, 1}, {}, {}},
-    {"long row", {1, 2100}, {}, {}},
     {"wide volume", {4, 7, 9}, {{90, 10, 1}, 4}, {{1, 4, 28}, 0}},
     {"flat volume", {3, 1, 20}, {}, {{21, 99, 1}, 0}},
     {"thin volume", {4, 5, 1}, {{6, 1, 40}, 0}, {}},
@@ -62,12 +62,11 @@ struct LaidOutJob : TestJob<Real> {
     Elements RunGuarded(int sign, int threads, std::int32_t status = dft::DFT_OK) const {
         const bool isInPlace = this->handle->placement == dft::DFT_INPLACE;
         // Within an element, and within a cache line: groups of lines begin differently.
-        Arrays<dft::Complex<Real>> arrays(layout.Positions(layout.input), x,
-                                          layout.Positions(isInPlace ? layout.input : layout.output), isInPlace,
-                                          threads == 2 || layout.transforms % 2 == 0 ? 3 * sizeof(x[0]) : sizeof(Real));
         const EngineThreads engine(threads);
-        EXPECT_EQ(this->Compute(sign, arrays.input(), arrays.output()), status);
-        return arrays.Result();
+        return ResultsBetweenGuards(
+            layout.Positions(layout.input), x, layout.Positions(isInPlace ? layout.input : layout.output), isInPlace,
+            threads == 2 || layout.transforms % 2 == 0 ? 3 * sizeof(x[0]) : sizeof(Real),
+            [&](auto* input, auto* output) { EXPECT_EQ(this->Compute(sign, input, output), status); });
     }
 
     Layout layout;
@@ -128,27 +127,16 @@ void CheckLayout(const Layout& layout, int sign, const dft_slow::WideLine& wide)
 class DriverTest : public VectorClassTest {};
 
 TEST_P(DriverTest, EveryLayoutEqualsTheDefinitionAlsoOnThreadsAndLineByLine) {
-    for (const auto* const layouts : {&kStridedJobs, &kOtherJobs}) {
-        for (const Layout& layout : *layouts) {
-            for (const int sign : kSigns) {
-                const dft_slow::WideLine wide = Definition(layout, sign);
-                CheckLayout<float>(layout, sign, wide);
-                CheckLayout<double>(layout, sign, wide);
-            }
-        }
-    }
-}
-
-// The width and the height go through every method, and the number of lines leaves every remainder of a batch.
-const Lengths kPlanes[] = {{1, 60},   {60, 1},   {2, 3},    {5, 17},  {17, 34},  {33, 20},  {18, 151}, {151, 19},
-                           {16, 64},  {64, 22},  {29, 149}, {8, 302}, {3, 1124}, {7, 2100}, {2100, 6}, {4, 4096},
-                           {1024, 5}, {66, 128}, {96, 24},  {31, 2},  {512, 15}, {14, 8192}};
-
-TEST_P(DriverTest, PlanesHaveTheBytesOfTheirLines) {
+    std::vector<Layout> layouts = kOtherJobs;
+    layouts.insert(layouts.end(), kStridedJobs.begin(), kStridedJobs.end());
     for (const Lengths& plane : kPlanes) {
+        layouts.push_back({"plane", plane, {}, {}});
+    }
+    for (const Layout& layout : layouts) {
         for (const int sign : kSigns) {
-            CheckLineByLine<float>({{"plane", plane, {}, {}}, dft::DFT_INPLACE}, sign, {});
-            CheckLineByLine<double>({{"plane", plane, {}, {}}, dft::DFT_INPLACE}, sign, {});
+            const dft_slow::WideLine wide = Definition(layout, sign);
+            CheckLayout<float>(layout, sign, wide);
+            CheckLayout<double>(layout, sign, wide);
         }
     }
 }

@@ -16,7 +16,6 @@
 #include <limits>
 #include <memory>
 #include <numeric>
-#include <ostream>
 #include <vector>
 
 namespace {
@@ -29,7 +28,7 @@ struct RefusedSize {
     std::int32_t status;
 };
 
-// The three kinds of plans: their operations, sizes for every method, and how many elements they have.
+// The three kinds of plans: their operations, sizes for every method, and how many real numbers make up an input.
 template <typename T>
 struct General {
     using Real = T;
@@ -40,7 +39,7 @@ struct General {
     static constexpr auto kForward = dft::dft_plan_forward<T>;
     static constexpr auto kBackward = dft::dft_plan_backward<T>;
     static std::vector<int> Sizes() { return {1, 2, 3, 4, 13, 60, 64, 302, 2100}; }
-    static std::size_t Elements(int length) { return static_cast<std::size_t>(length); }
+    static std::size_t Numbers(int length) { return 2 * static_cast<std::size_t>(length); }
     static std::vector<RefusedSize> RefusedSizes() {
         return {{0, -6}, {-1, -6}, {std::numeric_limits<int>::min(), -6}, {kMaximum, -9}};
     }
@@ -59,7 +58,7 @@ struct PowerOfTwo {
         std::iota(orders.begin(), orders.end(), 0);
         return orders;
     }
-    static std::size_t Elements(int order) { return std::size_t{1} << order; }
+    static std::size_t Numbers(int order) { return std::size_t{2} << order; }
     static std::vector<RefusedSize> RefusedSizes() { return {{-1, -15}, {31, -15}, {kMaximum, -15}}; }
 };
 template <typename T>
@@ -72,7 +71,7 @@ struct RealElements {
     static constexpr auto kForward = dft::real_pack_forward<dft::DFT_PACK_NATIVE, T>;
     static constexpr auto kBackward = dft::real_pack_backward<dft::DFT_PACK_NATIVE, T>;
     static std::vector<int> Sizes() { return {1, 2, 3, 4, 6, 9, 64, 179, 181, 302, 360, 1001}; }
-    static std::size_t Elements(int length) { return static_cast<std::size_t>(length); }
+    static std::size_t Numbers(int length) { return static_cast<std::size_t>(length); }
     static std::vector<RefusedSize> RefusedSizes() { return {{0, -6}, {-1, -6}, {kMaximum, -9}}; }
 };
 
@@ -93,28 +92,22 @@ auto MakePlan(int size, int normFlag = dft::kUnscaled) {
     return std::unique_ptr<typename Kind::Plan, decltype(Kind::kFree)>(plan, Kind::kFree);
 }
 
-/// The numbers of an input.
+/// The real numbers that make up an input.
 template <typename Kind>
-std::vector<typename Kind::Real> NumbersFor(int size) {
+std::vector<typename Kind::Real> InputFor(int size) {
     std::vector<typename Kind::Real> numbers;
-    for (const auto& x : dft_slow::RandomLine<std::complex<float>>(Kind::Elements(size), 3)) {
-        numbers.push_back(x.real());
-        if (sizeof(typename Kind::Element) > sizeof(typename Kind::Real)) {
-            numbers.push_back(x.imag());
-        }
+    for (const auto& x : dft_slow::RandomLine<dft::Complex<typename Kind::Real>>(Kind::Numbers(size), 3)) {
+        numbers.push_back(x.re);
     }
     return numbers;
 }
 
 template <typename Kind>
-std::vector<typename Kind::Real> ResultOf(const typename Kind::Plan& plan, int sign,
-                                          const std::vector<typename Kind::Real>& x) {
+std::int32_t RunPlan(const typename Kind::Plan* plan, int sign, const typename Kind::Real* x,
+                     typename Kind::Real* result, void* work = nullptr) {
     using Element = typename Kind::Element;
-    std::vector<typename Kind::Real> result(x.size());
-    EXPECT_EQ((sign < 0 ? Kind::kForward : Kind::kBackward)(reinterpret_cast<const Element*>(x.data()),
-                                                            reinterpret_cast<Element*>(result.data()), &plan, nullptr),
-              dft::kPlanOk);
-    return result;
+    const auto* const from = reinterpret_cast<const Element*>(x);
+    return (sign < 0 ? Kind::kForward : Kind::kBackward)(from, reinterpret_cast<Element*>(result), plan, work);
 }
 
 enum class Method { Unrolled, PowerOfTwo, MixedRadix, DirectSum, Bluestein };
@@ -189,50 +182,45 @@ TEST(DftPlan, LengthChoosesTheMethod) {
     }
 }
 
-struct Stage {
-    int radix, span, stride, count;
-    friend bool operator==(const Stage&, const Stage&) = default;
-    friend std::ostream& operator<<(std::ostream& out, const Stage& s) {
-        return out << '{' << s.radix << ", " << s.span << ", " << s.stride << ", " << s.count << '}';
-    }
-};
-
 TEST(DftPlan, StagesAndDigitReversal) {
     struct Row {
         int length;
-        std::vector<Stage> stages;
+        std::vector<int> radices;
+        std::vector<int> counts;   ///< blocks of each stage inside its group
         std::vector<int> reversal; ///< none: not looked at
     };
     const std::vector<Row> rows = {
-        {6, {{2, 3, 1, 1}}, {0}},
-        {9, {{3, 3, 1, 1}}, {}},
-        {12, {{4, 3, 1, 1}}, {}},
-        {24, {{2, 12, 1, 1}, {4, 3, 2, 2}}, {0, 1}},
-        {96, {{2, 48, 1, 1}, {4, 12, 2, 2}, {4, 3, 8, 8}}, {0, 2, 4, 6, 1, 3, 5, 7}},
-        {1078, {{2, 539, 1, 1}, {7, 77, 2, 2}, {7, 11, 14, 14}}, {}},
-        {2000, {{4, 500, 1, 1}, {4, 125, 4, 4}, {5, 25, 16, 16}, {5, 5, 80, 80}}, {}}, // just one group
-        {2001, {{3, 667, 1, 1}, {23, 29, 3, 1}}, {}},                                  // and just two
+        {6, {2}, {1}, {0}},
+        {9, {3}, {1}, {}},
+        {12, {4}, {1}, {}},
+        {24, {2, 4}, {1, 2}, {0, 1}},
+        {96, {2, 4, 4}, {1, 2, 8}, {0, 2, 4, 6, 1, 3, 5, 7}},
+        {1078, {2, 7, 7}, {1, 2, 14}, {}},
+        {2000, {4, 4, 5, 5}, {1, 4, 16, 80}, {}}, // just one group
+        {2001, {3, 23}, {1, 1}, {}},              // and just two
         // The first radix lies outside the group and only multiplies.
-        {2100,
-         {{4, 525, 1, 1}, {3, 175, 4, 1}, {5, 35, 12, 3}, {5, 7, 60, 15}},
-         {0, 12, 24, 36, 48, 4, 16, 28, 40, 52, 8, 20, 32, 44, 56}},
-        {22201, {{149, 149, 1, 1}}, {}},
-        {44100,
-         {{4, 11025, 1, 1}, {3, 3675, 4, 1}, {3, 1225, 12, 1}, {5, 245, 36, 1}, {5, 49, 180, 5}, {7, 7, 900, 25}},
-         {}},
+        {2100, {4, 3, 5, 5}, {1, 1, 3, 15}, {0, 12, 24, 36, 48, 4, 16, 28, 40, 52, 8, 20, 32, 44, 56}},
+        {22201, {149}, {1}, {}},
+        {44100, {4, 3, 3, 5, 5, 7}, {1, 1, 1, 1, 5, 25}, {}},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(::testing::Message() << "length " << row.length);
         const auto plan = MakePlan<General<float>>(row.length);
-        std::vector<Stage> stages;
+        std::vector<int> radices;
+        std::vector<int> counts;
+        int stride = 1;
         for (int k = 0; k <= plan->last_stage; ++k) {
-            const auto& s = plan->stages[k];
-            stages.push_back({s.radix, s.span, s.stride, s.count});
+            const auto& stage = plan->stages[k];
+            radices.push_back(stage.radix);
+            counts.push_back(stage.count);
+            EXPECT_EQ(stage.stride, stride);
+            stride *= stage.radix;
+            EXPECT_EQ(stage.span, row.length / stride);
         }
-        EXPECT_EQ(stages, row.stages);
+        EXPECT_EQ(radices, row.radices);
+        EXPECT_EQ(counts, row.counts);
         if (!row.reversal.empty()) {
-            const int count = plan->stages[plan->last_stage].count;
-            EXPECT_EQ(std::vector<int>(plan->digit_reversal, plan->digit_reversal + count), row.reversal);
+            EXPECT_EQ(std::vector<int>(plan->digit_reversal, plan->digit_reversal + counts.back()), row.reversal);
         }
     }
 }
@@ -247,16 +235,18 @@ TEST(DftPlan, NormalisationFlags) {
         using Kind = decltype(kind);
         for (const int size : Kind::Sizes()) {
             const auto unscaled = MakePlan<Kind>(size);
-            const auto x = NumbersFor<Kind>(size);
+            const auto x = InputFor<Kind>(size);
+            const double n = static_cast<double>(x.size() * sizeof(x[0]) / sizeof(typename Kind::Element));
             for (const Row& row : rows) {
                 const auto plan = MakePlan<Kind>(size, row.flag);
                 EXPECT_EQ(plan->scale_forward != 0, row.forward != 0);
                 EXPECT_EQ(plan->scale_backward != 0, row.backward != 0);
                 for (const int sign : kSigns) {
-                    const auto n = static_cast<double>(Kind::Elements(size));
                     const double factor = std::pow(n, sign < 0 ? row.forward : row.backward);
-                    const auto expected = ResultOf<Kind>(*unscaled, sign, x);
-                    const auto result = ResultOf<Kind>(*plan, sign, x);
+                    auto expected = x;
+                    auto result = x;
+                    EXPECT_EQ(RunPlan<Kind>(unscaled.get(), sign, x.data(), expected.data()), dft::kPlanOk);
+                    EXPECT_EQ(RunPlan<Kind>(plan.get(), sign, x.data(), result.data()), dft::kPlanOk);
                     double error = 0;
                     for (std::size_t k = 0; k < x.size(); ++k) {
                         error = std::max(error, std::abs(result[k] - expected[k] * factor));
@@ -289,14 +279,14 @@ TEST(DftPlan, Refusals) {
         }
         const auto plan = MakePlan<Kind>(6);
         Plan otherTag{};
-        typename Kind::Element data[64] = {};
-        for (const auto run : {Kind::kForward, Kind::kBackward}) {
-            EXPECT_EQ(run(data, data, nullptr, nullptr), dft::kPlanNullPointer);
-            EXPECT_EQ(run(nullptr, data, &otherTag, nullptr), dft::kPlanBadTag); // before the data is looked at
-            EXPECT_EQ(run(nullptr, data, plan.get(), nullptr), dft::kPlanNullPointer);
-            EXPECT_EQ(run(data, nullptr, plan.get(), nullptr), dft::kPlanNullPointer);
+        typename Kind::Real data[128] = {};
+        for (const int sign : kSigns) {
+            EXPECT_EQ(RunPlan<Kind>(nullptr, sign, data, data), dft::kPlanNullPointer);
+            EXPECT_EQ(RunPlan<Kind>(&otherTag, sign, nullptr, data), dft::kPlanBadTag); // before the data is looked at
+            EXPECT_EQ(RunPlan<Kind>(plan.get(), sign, nullptr, data), dft::kPlanNullPointer);
+            EXPECT_EQ(RunPlan<Kind>(plan.get(), sign, data, nullptr), dft::kPlanNullPointer);
             allocator.Refuse(0); // of its own work memory
-            EXPECT_EQ(run(data, data, plan.get(), nullptr), dft::kPlanNoMemory);
+            EXPECT_EQ(RunPlan<Kind>(plan.get(), sign, data, data), dft::kPlanNoMemory);
             allocator.Refuse(-1);
         }
         Kind::kFree(nullptr);
@@ -310,21 +300,19 @@ class PlanTest : public VectorClassTest {};
 TEST_P(PlanTest, RunsInPlaceHaveTheSameBytesAndKeepToTheirWorkMemory) {
     ForAllKinds([](auto kind) {
         using Kind = decltype(kind);
-        using Element = typename Kind::Element;
         constexpr std::size_t kOff = 8;
         for (const int size : Kind::Sizes()) {
             const auto plan = MakePlan<Kind>(size);
-            const auto x = NumbersFor<Kind>(size);
+            const auto x = InputFor<Kind>(size);
             for (const int sign : kSigns) {
+                auto expected = x;
+                EXPECT_EQ(RunPlan<Kind>(plan.get(), sign, x.data(), expected.data()), dft::kPlanOk);
                 GuardedBuffer<unsigned char> work(static_cast<std::size_t>(plan->work_bytes), kOff);
-                GuardedBuffer<typename Kind::Real> numbers(x.size(), kOff);
-                std::copy(x.begin(), x.end(), numbers.data());
-                auto* const data = reinterpret_cast<Element*>(numbers.data());
-                EXPECT_EQ((sign < 0 ? Kind::kForward : Kind::kBackward)(data, data, plan.get(), work.data()),
-                          dft::kPlanOk);
-                EXPECT_TRUE(SameBytes(ResultOf<Kind>(*plan, sign, x).data(), numbers.data(), x.size()))
-                    << "size " << size;
-                EXPECT_TRUE(numbers.GuardsIntact());
+                GuardedBuffer<typename Kind::Real> data(x.size(), kOff);
+                std::copy(x.begin(), x.end(), data.data());
+                EXPECT_EQ(RunPlan<Kind>(plan.get(), sign, data.data(), data.data(), work.data()), dft::kPlanOk);
+                EXPECT_TRUE(SameBytes(expected.data(), data.data(), x.size())) << "size " << size;
+                EXPECT_TRUE(data.GuardsIntact());
                 EXPECT_TRUE(work.GuardsIntact());
             }
         }
