@@ -87,7 +87,7 @@ std::string SumOf(const Group& group, int threads) {
                 SetScales<Real>(*job.handle, 0.3, 0.7);
             }
             if (!isReal) {
-                layout.Apply(job);
+                layout.LayOutAndCommit(job);
             } else {
                 job.Commit();
             }

@@ -1,8 +1,9 @@
-// Statuses of the operations on a descriptor, and its fields after creation and commit.
-#include "dft/TestJob.h"
-#include "dft/TestSurroundings.h"
+// Descriptors: statuses of their operations, fields after creation and commit, which jobs are one call of a routine,
+// repeated and failed commits, and memory that runs out.
+#include "dft/DriverFixture.h"
 #include "dft/plans/dft_plan.h"
 #include "dft/pow2/pow2.h"
+#include "simd/VectorClass.h"
 
 #include <gtest/gtest.h>
 
@@ -17,6 +18,7 @@
 namespace {
 
 using dft::DftDescriptor;
+using JobLife = Descriptor;
 
 TEST_F(Descriptor, StatusesOfCreation) {
     struct Row {
@@ -208,6 +210,168 @@ TEST_F(Descriptor, CommitHandsTheFieldsOfTheHeadToAllRecords) {
     }
     EXPECT_EQ(job->workspace_bytes, job->workspace_need);
     EXPECT_GT(job->workspace_need, job.handle[2].workspace_need);
+}
+
+TEST_F(JobLife, OneShotByVariant) {
+    struct Row {
+        const char* job;
+        int precision, domain, format, transforms, inputStride, outputStride;
+        int below[3]; ///< by variant: lengths up to here, exclusively; 0: none, -1: all; the fourth is as the third
+    };
+    const Row rows[] = {
+        {"c", 35, 32, 54, 1, 1, 1, {1024, 1024, 4096}},     {"z", 36, 32, 54, 1, 1, 1, {512, 512, 1024}},
+        {"two c", 35, 32, 54, 2, 1, 1, {0, 0, 0}},          {"c from stride 2", 35, 32, 54, 1, 2, 1, {0, 0, 0}},
+        {"c to stride 2", 35, 32, 54, 1, 1, 2, {0, 0, 0}},  {"s", 35, 33, 54, 1, 1, 1, {8193, 8193, 8193}},
+        {"d", 36, 33, 54, 1, 1, 1, {4097, 4097, 4097}},     {"three s", 35, 33, 54, 3, 1, 1, {8193, 8193, 8193}},
+        {"s tight", 35, 33, 55, 1, 1, 1, {-1, -1, -1}},     {"two d native", 36, 33, 56, 2, 1, 1, {-1, -1, -1}},
+        {"s from stride 2", 35, 33, 55, 1, 2, 1, {0, 0, 0}}};
+    TestNumber variant(dft::dft_variant_code, 0);
+    for (int code = 0; code < dft::kVariants; ++code) {
+        dft::dft_variant_code = code;
+        for (const Row& row : rows) {
+            for (const int length : {2, 511, 512, 1023, 1024, 4095, 4096, 4097, 8192, 8193}) {
+                const Job job(row.precision, row.domain, {length});
+                job->packed_format = row.format;
+                job->number_of_transforms = row.transforms;
+                job->input_stride = row.inputStride;
+                job->output_stride = row.outputStride;
+                ASSERT_EQ(dft::dfti_commit_descriptor(job.handle), 0);
+                const int below = row.below[std::min(code, 2)];
+                EXPECT_EQ(job->one_shot, below < 0 || length < below ? row.transforms : 0)
+                    << row.job << ", variant " << code << ", length " << length;
+            }
+        }
+    }
+    const Job plane(35, 32, {4, 4});
+    ASSERT_EQ(dft::dfti_commit_descriptor(plane.handle), 0);
+    EXPECT_EQ(plane->one_shot, 0);
+}
+
+// Every method of a plan, complex and real; lines, planes and volumes; everything that asks for memory when it runs.
+struct JobRow {
+    int precision, domain, placement;
+    Layout layout;
+};
+const JobRow kJobs[] = {
+    {36, 32, 44, {"tiny", {3}, {}, {}}},
+    {35, 32, 43, {"direct", {13}, {}, {}}},
+    {36, 32, 43, {"mixed radix", {1078}, {}, {}}},
+    {35, 32, 44, {"general power of two", {64}, {}, {}}},
+    {35, 32, 44, {"long general power of two", {65536}, {}, {}}},
+    {35, 32, 44, {"strided line", {200}, {{3}}, {{2}}}},
+    {35, 32, 43, {"lines by Bluestein", {302}, {{}, 0, 302}, {}, 9}},
+    {35, 32, 43, {"general plane", {10, 14}, {}, {}}},
+    {36, 32, 44, {"general plane out of place", {9, 151}, {}, {}}},
+    {35, 32, 43, {"large plane", {64, 49}, {}, {}}},
+    {35, 32, 43, {"power of two", {8192}, {}, {}}},
+    {35, 32, 43, {"short power of two", {4096}, {}, {}}},
+    {35, 32, 43, {"strided power of two", {8192}, {{3}}, {{2}}}},
+    {36, 32, 43, {"power-of-two plane", {64, 32}, {}, {}}},
+    {35, 32, 43, {"rank 3", {6, 8, 157}, {}, {}}},
+    {36, 32, 44, {"rank 3, double", {4, 150, 7}, {}, {}}},
+    {35, 33, 43, {"real, tiny", {3}, {}, {}}},
+    {36, 33, 43, {"real, direct", {179}, {}, {}}},
+    {35, 33, 43, {"real by Bluestein", {181}, {}, {}}},
+    {35, 33, 43, {"real by Bluestein, even", {302}, {}, {}}},
+    {36, 33, 44, {"real, mixed radix", {1001}, {}, {}}},
+    {35, 33, 44, {"real, mixed radix, even", {360}, {}, {}}},
+    {36, 33, 44, {"real power of two", {64}, {}, {}}},
+    {36, 33, 43, {"real lines", {60}, {{2}, 0, 124}, {{2}, 0, 124}, 3}},
+};
+
+/// Input and output of any of them; taken as double precision, the numbers are small ones.
+const auto kData = dft_slow::RandomLine<dft::Complex<float>>(140000, 5);
+
+TEST_F(JobLife, CommitMayBeRepeated) {
+    for (const JobRow& row : kJobs) {
+        SCOPED_TRACE(row.layout);
+        const Job job(row.precision, row.domain, row.layout.lengths);
+        row.layout.LayOut(job.handle);
+        std::vector<std::vector<dft::Complex<float>>> results;
+        std::vector<int> live;
+        for (int round = 0; round < 2; ++round) {
+            // The other placement in between leaves nothing behind.
+            for (const int placement : {87 - row.placement, row.placement}) {
+                job->placement = placement;
+                job.Commit();
+            }
+            results.push_back(kData);
+            EXPECT_EQ(job.Compute(-1, &results.back()[0], &results.back()[70000]), 0);
+            live.push_back(m_Allocator.Live());
+        }
+        EXPECT_TRUE(AreSame(results[0], results[1]));
+        EXPECT_EQ(live[0], live[1]);
+    }
+}
+
+// Steps of a life, cut where a status is not 0.
+std::int32_t Live(const JobRow& row, DftDescriptor** handle) {
+    auto data = kData;
+    std::int32_t status = Create(handle, row.precision, row.domain, row.layout.lengths);
+    if (status == 0) {
+        (*handle)->placement = row.placement;
+        row.layout.LayOut(*handle);
+        status = dft::dfti_commit_descriptor(*handle);
+    }
+    for (const auto compute : {dft::dfti_compute_forward, dft::dfti_compute_backward}) {
+        if (status == 0) {
+            status = compute(*handle, &data[0], &data[70000]);
+        }
+    }
+    return status;
+}
+
+// Without cached blocks, each request of each thread comes to the allocator; cells of refused blocks stay in use until
+// all are released.
+TEST_F(JobLife, EveryRefusedAllocationIsStatus1AndLeaksNothing) {
+    struct Surroundings {
+        int threads;
+        bool disabled;
+        simd::VectorClass vectors; ///< the portable one takes lines one by one
+    };
+    const simd::VectorClass usual = simd::ActiveVectorClass();
+    const Surroundings surroundings[] = {
+        {1, true, usual}, {3, true, usual}, {1, true, simd::VectorClass::Portable}, {1, false, usual}};
+    for (const auto& [threads, disabled, vectors] : surroundings) {
+        simd::ForceVectorClass(vectors);
+        const TestNumber uncached(dft::fast_mm_disabled, disabled);
+        const EngineThreads engine(threads);
+        for (const JobRow& row : kJobs) {
+            int refused = 0;
+            for (std::int32_t status = 1; status != 0; ++refused) {
+                SCOPED_TRACE(::testing::Message() << row.layout << ", threads " << threads << ", uncached " << disabled
+                                                  << ", request " << refused << " refused");
+                dft::engine_free_buffers();
+                ASSERT_EQ(m_Allocator.Live(), 0);
+                DftDescriptor* handle = nullptr;
+                m_Allocator.Refuse(refused);
+                status = Live(row, &handle);
+                ASSERT_EQ(status, m_Allocator.Requests() > refused ? 1 : 0);
+                m_Allocator.Refuse(-1);
+                EXPECT_EQ(handle == nullptr, refused == 0);
+                EXPECT_EQ(dft::dfti_free_descriptor(&handle), refused == 0 ? 3 : 0);
+                if (!disabled) { // the thread's next job has the other cells
+                    EXPECT_EQ(Live(row, &handle), 0);
+                    EXPECT_EQ(dft::dfti_free_descriptor(&handle), 0);
+                }
+            }
+            EXPECT_GT(refused, 2) << row.layout;
+        }
+    }
+    simd::ForceVectorClass(usual);
+}
+
+TEST_F(JobLife, AFailedCommitCutsTheChainBehindTheRecord) {
+    const Job job(35, 32, {7, 11, 13});
+    ASSERT_EQ(dft::dfti_commit_descriptor(job.handle), 0);
+    job->next->length = 0; // no plan has it
+    EXPECT_EQ(dft::dfti_commit_descriptor(job.handle), 7);
+    EXPECT_EQ(job->next, job.handle + 1);
+    EXPECT_EQ(job->next->next, nullptr);
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_EQ(job.handle[i].plan_complex_single, nullptr);
+    }
+    EXPECT_EQ(job->next->commit_state, dft::DFT_COMMITTED);
 }
 
 } // namespace

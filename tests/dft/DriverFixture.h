@@ -60,18 +60,21 @@ struct Layout {
         }
         return positions;
     }
-    /// Lays out a job of these lengths and commits it.
-    void Apply(const Job& job) const {
-        for (int k = 0; k < job->rank; ++k) {
+    /// Lays out a job of these lengths.
+    void LayOut(dft::DftDescriptor* records) const {
+        for (int k = 0; k < records->rank; ++k) {
             const auto dimension = lengths.size() - 1 - static_cast<std::size_t>(k);
-            job.handle[k].input_stride = Stride(input, dimension);
-            job.handle[k].output_stride = Stride(output, dimension);
+            records[k].input_stride = Stride(input, dimension);
+            records[k].output_stride = Stride(output, dimension);
         }
-        job->number_of_transforms = transforms;
-        job->input_offset = input.offset;
-        job->output_offset = output.offset;
-        job->input_distance = input.distance;
-        job->output_distance = output.distance;
+        records->number_of_transforms = transforms;
+        records->input_offset = input.offset;
+        records->output_offset = output.offset;
+        records->input_distance = input.distance;
+        records->output_distance = output.distance;
+    }
+    void LayOutAndCommit(const Job& job) const {
+        LayOut(job.handle);
         job.Commit();
     }
 };

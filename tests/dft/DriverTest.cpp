@@ -56,7 +56,7 @@ struct LaidOutJob : TestJob<Real> {
         for (int k = 0; k < this->handle->rank; ++k) {
             SetScales<Real>(this->handle[k], Scale(k, -1), Scale(k, 1));
         }
-        layout.Apply(*this);
+        layout.LayOutAndCommit(*this);
     }
 
     Elements RunGuarded(int sign, int threads, std::int32_t status = dft::DFT_OK) const {
@@ -279,7 +279,7 @@ TEST(Driver, RegionsFromLimitsOfElements) {
         layout.input.distance = static_cast<int>(layout.Elements());
         const Job job(dft::DFT_SINGLE, row.domain, row.lengths);
         job->packed_format = dft::DFT_PACK_NATIVE;
-        layout.Apply(job);
+        layout.LayOutAndCommit(job);
         const Watch<float> watch(job, -1);
         std::vector<dft::Complex<float>> data(20000);
         EXPECT_EQ(job.Compute(-1, data.data(), nullptr), dft::DFT_OK);

@@ -85,7 +85,7 @@ void CheckRun(const Layout& layout, const Lines& lines, DftCode format, DftCode 
     const Job job(kPrecisionOf<Real>, DFT_REAL, layout.lengths, placement);
     job->packed_format = format;
     SetScales<Real>(*job.handle, sign < 0 ? scale : 7, sign < 0 ? 7 : scale);
-    layout.Apply(job);
+    layout.LayOutAndCommit(job);
     for (const int threads : {1, 2}) {
         const EngineThreads engine(threads);
         const std::vector<Real> result = ResultsBetweenGuards(

@@ -111,7 +111,7 @@ void ComplexJob(Input& input) {
     SetScales<Real>(*job.handle, scale, scale);
     const bool isOrdered = input.Number(0, 3) < 3;
     job->ordering = isOrdered ? dft::DFT_ORDERED : input.Number(INT_MIN, INT_MAX);
-    layout.Apply(job);
+    layout.LayOutAndCommit(job);
 
     std::vector<dft::Complex<Real>> x(layout.AllElements());
     const auto numbers = DrawNumbers<Real>(input, 2 * x.size());
@@ -145,7 +145,7 @@ void RealJob(Input& input) {
     const Job job(kPrecisionOf<Real>, dft::DFT_REAL, layout.lengths,
                   isInPlace ? dft::DFT_INPLACE : dft::DFT_NOT_INPLACE);
     job->packed_format = format;
-    layout.Apply(job);
+    layout.LayOutAndCommit(job);
 
     Layout spectra = layout;
     spectra.lengths[0] = packed;
