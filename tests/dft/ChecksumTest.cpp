@@ -86,11 +86,7 @@ std::string SumOf(const Group& group, int threads) {
             if (group.scaled) {
                 SetScales<Real>(*job.handle, 0.3, 0.7);
             }
-            if (!isReal) {
-                layout.LayOutAndCommit(job);
-            } else {
-                job.Commit();
-            }
+            layout.LayOutAndCommit(job);
             const auto x = dft_slow::RandomLine<Element>(isReal ? layout.AllElements() / 2 + 2 : RoomFor(layout), 7);
             for (const int sign : kSigns) {
                 std::vector<Element> input = x;

@@ -133,14 +133,15 @@ std::vector<Element> ResultsBetweenGuards(const std::vector<std::size_t>& inputs
     return elements;
 }
 
-/// The packed line of a spectrum, in multiples of `scale`; `zero` stands where the definition of the layout has a zero.
+/// The packed line of a spectrum, in multiples of `scale`. `zero` stands where the definition of the layout has a zero;
+/// the last one is not scaled.
 template <typename Real>
 std::vector<Real> Packed(int format, const dft_slow::WideLine& spectrum, double scale, double zero) {
     const std::size_t n = spectrum.size();
     std::vector<Real> parts;
     for (std::size_t j = 0; j <= n / 2; ++j) {
         parts.push_back(static_cast<Real>(spectrum[j].real() * scale));
-        parts.push_back(static_cast<Real>(j == 0 || 2 * j == n ? zero : spectrum[j].imag() * scale));
+        parts.push_back(static_cast<Real>(j == 0 ? zero : 2 * j == n ? std::abs(zero) : spectrum[j].imag() * scale));
     }
     if (format != dft::DFT_PACK_FULL) {
         parts.erase(parts.begin() + 1);

@@ -80,7 +80,7 @@ void CheckRun(const Layout& layout, const Lines& lines, DftCode format, DftCode 
             restored.push_back(0); // the element behind the line is cleared
         }
         input.Append(sign < 0 ? line : Packed<Real>(format, lines.spectra[t], 1, kNotLooked));
-        expected.Append(sign < 0 ? Packed<Real>(format, lines.spectra[t], scale, 0) : restored);
+        expected.Append(sign < 0 ? Packed<Real>(format, lines.spectra[t], scale, 0 * scale) : restored);
     }
     const Job job(kPrecisionOf<Real>, DFT_REAL, layout.lengths, placement);
     job->packed_format = format;
@@ -95,7 +95,9 @@ void CheckRun(const Layout& layout, const Lines& lines, DftCode format, DftCode 
         double difference = 0;
         double norm = 0;
         for (std::size_t k = 0; k < result.size(); ++k) {
-            EXPECT_TRUE(expected.elements[k] != 0 || result[k] == 0) << "no zero at " << k;
+            const bool isZero = expected.elements[k] == 0;
+            EXPECT_TRUE(!isZero || (result[k] == 0 && std::signbit(result[k]) == std::signbit(expected.elements[k])))
+                << "at " << k;
             difference = std::hypot(difference, result[k] - expected.elements[k]);
             norm = std::hypot(norm, expected.elements[k]);
         }
@@ -117,27 +119,6 @@ TEST(RealTransform, EqualsTheDefinitionInEveryLayout) {
                 }
             }
         }
-    }
-}
-
-// The scaling of the full layout takes n + 1 elements: a negative factor shows on which zeros.
-template <typename Real>
-void CheckScaleCount(int length) {
-    const Job job(kPrecisionOf<Real>, DFT_REAL, {length});
-    SetScales<Real>(*job.handle, -1, 1);
-    job.Commit();
-    std::vector<Real> line(static_cast<std::size_t>(length) + 2, 1);
-    ASSERT_EQ(job.Compute(-1, line.data(), nullptr), DFT_OK);
-    EXPECT_EQ(line[0], -length);
-    EXPECT_TRUE(std::signbit(line[1])) << length;
-    EXPECT_EQ(line.back(), length % 2 == 0 ? 0 : 1) << length;
-    EXPECT_FALSE(std::signbit(line.back())) << length;
-}
-
-TEST(RealTransform, ScaleCountOfTheFullLayout) {
-    for (const int length : {1, 2, 7, 8, 362}) {
-        CheckScaleCount<float>(length);
-        CheckScaleCount<double>(length);
     }
 }
 
