@@ -30,22 +30,6 @@ std::vector<Layout> TestedLayouts() {
     return layouts;
 }
 
-/// One side of a job, transform after transform.
-template <typename Real>
-struct Side {
-    std::vector<Real> elements;
-    int each = 0; ///< of one transform
-
-    void Append(const std::vector<Real>& more) {
-        elements.insert(elements.end(), more.begin(), more.end());
-        each = static_cast<int>(more.size());
-    }
-    std::vector<std::size_t> Positions(Layout layout, const Place& place) const {
-        layout.lengths[0] = each;
-        return layout.Positions(place);
-    }
-};
-
 /// Real elements and the spectra of their lines.
 struct Lines {
     std::vector<std::vector<std::complex<float>>> elements;
@@ -67,8 +51,11 @@ void CheckRun(const Layout& layout, const Lines& lines, DftCode format, DftCode 
     SCOPED_TRACE(::testing::Message() << layout << ", format " << format << ", placement " << placement << ", scale "
                                       << scale << ", sign " << sign << ", " << sizeof(Real) << " bytes");
     const bool isInPlace = placement == DFT_INPLACE;
-    Side<Real> input;
-    Side<Real> expected;
+    std::vector<Real> input;
+    std::vector<Real> expected;
+    const auto append = [](std::vector<Real>& side, const std::vector<Real>& transform) {
+        side.insert(side.end(), transform.begin(), transform.end());
+    };
     for (std::size_t t = 0; t < lines.elements.size(); ++t) {
         std::vector<Real> line;
         std::vector<Real> restored;
@@ -79,27 +66,31 @@ void CheckRun(const Layout& layout, const Lines& lines, DftCode format, DftCode 
         if (sign > 0 && isInPlace && format == DFT_PACK_FULL) {
             restored.push_back(0); // the element behind the line is cleared
         }
-        input.Append(sign < 0 ? line : Packed<Real>(format, lines.spectra[t], 1, kNotLooked));
-        expected.Append(sign < 0 ? Packed<Real>(format, lines.spectra[t], scale, 0 * scale) : restored);
+        append(input, sign < 0 ? line : Packed<Real>(format, lines.spectra[t], 1, kNotLooked));
+        append(expected, sign < 0 ? Packed<Real>(format, lines.spectra[t], scale, 0 * scale) : restored);
     }
     const Job job(kPrecisionOf<Real>, DFT_REAL, layout.lengths, placement);
     job->packed_format = format;
     SetScales<Real>(*job.handle, sign < 0 ? scale : 7, sign < 0 ? 7 : scale);
     layout.LayOutAndCommit(job);
+    const auto positions = [&](const std::vector<Real>& side, const Place& place) {
+        Layout sized = layout;
+        sized.lengths[0] = static_cast<int>(side.size()) / layout.transforms;
+        return sized.Positions(place);
+    };
     for (const int threads : {1, 2}) {
         const EngineThreads engine(threads);
         const std::vector<Real> result = ResultsBetweenGuards(
-            input.Positions(layout, layout.input), input.elements,
-            expected.Positions(layout, isInPlace ? layout.input : layout.output), isInPlace, sizeof(Real),
-            [&](Real* from, Real* to) { EXPECT_EQ(job.Compute(sign, from, to), DFT_OK); });
+            positions(input, layout.input), input, positions(expected, isInPlace ? layout.input : layout.output),
+            isInPlace, sizeof(Real), [&](Real* from, Real* to) { EXPECT_EQ(job.Compute(sign, from, to), DFT_OK); });
         double difference = 0;
         double norm = 0;
         for (std::size_t k = 0; k < result.size(); ++k) {
-            const bool isZero = expected.elements[k] == 0;
-            EXPECT_TRUE(!isZero || (result[k] == 0 && std::signbit(result[k]) == std::signbit(expected.elements[k])))
+            const bool isZero = expected[k] == 0;
+            EXPECT_TRUE(!isZero || (result[k] == 0 && std::signbit(result[k]) == std::signbit(expected[k])))
                 << "at " << k;
-            difference = std::hypot(difference, result[k] - expected.elements[k]);
-            norm = std::hypot(norm, expected.elements[k]);
+            difference = std::hypot(difference, result[k] - expected[k]);
+            norm = std::hypot(norm, expected[k]);
         }
         // The worst rows, the direct method of 179 elements, come to 1.8 epsilon in either precision.
         EXPECT_LE(difference, 4 * norm * std::numeric_limits<Real>::epsilon()) << threads << " threads";
