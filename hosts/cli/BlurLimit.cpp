@@ -33,10 +33,6 @@ double SumOf(const std::vector<float>& weights) {
     return sum;
 }
 
-int BytesOf(const PackedPixels& pixels) {
-    return pixels.format == FoPixelFmt_BGR24 ? 3 : 4;
-}
-
 const unsigned char* RowOf(const PackedPixels& pixels, int y) {
     return pixels.data + static_cast<std::ptrdiff_t>(y) * pixels.pitch;
 }
@@ -45,8 +41,8 @@ const unsigned char* RowOf(const PackedPixels& pixels, int y) {
 class UncutSums {
 public:
     UncutSums(const PackedPixels& pixels, int radius)
-        : m_Pixels(pixels), m_Radius(radius), m_Count(static_cast<std::size_t>(pixels.width * BytesOf(pixels))),
-          m_Margin(static_cast<std::size_t>(radius * BytesOf(pixels))), m_Weights(Bell(radius)),
+        : m_Pixels(pixels), m_Radius(radius), m_Count(static_cast<std::size_t>(pixels.width * BytesPerPixel(pixels))),
+          m_Margin(static_cast<std::size_t>(radius * BytesPerPixel(pixels))), m_Weights(Bell(radius)),
           m_Column(m_Count + 2 * m_Margin), m_Sums(m_Count) {}
 
     const std::vector<float>& Row(int y) {
@@ -85,7 +81,7 @@ private:
 template <typename Judge>
 bool AnySum(const PackedPixels& pixels, int radius, Judge judge) {
     UncutSums sums(pixels, radius);
-    const auto bytes = static_cast<std::size_t>(BytesOf(pixels));
+    const auto bytes = static_cast<std::size_t>(BytesPerPixel(pixels));
     for (int y = 0; y < pixels.height; ++y) {
         const std::vector<float>& row = sums.Row(y);
         for (std::size_t k = 0; k < row.size(); ++k) {
@@ -103,7 +99,7 @@ bool BlurWraps(const PackedPixels& pixels, int radius) {
     const double side = 2.0 * radius + 1.0;
     const double weights = One * SumOf(Bell(radius)) * SumOf(Bell(radius));
     int brightest = 0;
-    ForEachPixel(pixels, [&](int r, int g, int b, std::size_t) { brightest = std::max({brightest, r, g, b}); });
+    ForEachPixel(pixels, [&](int b, int g, int r, std::size_t) { brightest = std::max({brightest, b, g, r}); });
     const double low = Limit * (1.0 - Rounding);
     if (brightest * weights < low) {
         return false;
@@ -121,9 +117,9 @@ bool BlurWraps(const PackedPixels& pixels, int radius) {
         return false;
     }
     // A sum between the two bounds that wraps is negative, and its quotient 0; one that does not is at least 3.
-    std::vector<unsigned char> copy(CountOf(pixels) * static_cast<std::size_t>(BytesOf(pixels)));
+    std::vector<unsigned char> copy(CountOf(pixels) * static_cast<std::size_t>(BytesPerPixel(pixels)));
     const PackedPixels blurred = {copy.data(), pixels.width, pixels.height, pixels.format,
-                                  pixels.width * BytesOf(pixels)};
+                                  pixels.width * BytesPerPixel(pixels)};
     for (int y = 0; y < pixels.height; ++y) {
         std::copy_n(RowOf(pixels, y), blurred.pitch, copy.data() + static_cast<std::ptrdiff_t>(y) * blurred.pitch);
     }

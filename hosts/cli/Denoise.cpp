@@ -64,7 +64,7 @@ struct Yuv {
 
 YuvPlanes ToYuv(const PackedPixels& pixels) {
     YuvPlanes planes(CountOf(pixels));
-    ForEachPixel(pixels, [&](int r, int g, int b, std::size_t k) {
+    ForEachPixel(pixels, [&](int b, int g, int r, std::size_t k) {
         const Yuv yuv(r, g, b);
         planes.y[k] = yuv.y;
         planes.u[k] = yuv.u;
@@ -74,7 +74,7 @@ YuvPlanes ToYuv(const PackedPixels& pixels) {
 }
 
 void FromYuv(const YuvPlanes& planes, const PackedPixels& pixels) {
-    ForEachPixel(pixels, [&](unsigned char& r, unsigned char& g, unsigned char& b, std::size_t k) {
+    ForEachPixel(pixels, [&](unsigned char& b, unsigned char& g, unsigned char& r, std::size_t k) {
         const int y = planes.y[k] << 16;
         const int u = planes.u[k] - 128;
         const int v = planes.v[k] - 128;
@@ -101,7 +101,7 @@ void AddChange(const YuvPlanes& denoised, double share, const std::array<std::in
     const auto add = [](unsigned char& sample, std::int64_t change, std::int64_t products) {
         sample = RoundedByte(static_cast<int>((sample << 16) + change + (products >> 16)));
     };
-    ForEachPixel(pixels, [&](unsigned char& r, unsigned char& g, unsigned char& b, std::size_t k) {
+    ForEachPixel(pixels, [&](unsigned char& b, unsigned char& g, unsigned char& r, std::size_t k) {
         const Yuv yuv(r, g, b);
         const std::int64_t y = weight * (denoised.y[k] - yuv.y);
         const std::int64_t u = weight * (denoised.u[k] - yuv.u) + lostU;
@@ -208,7 +208,7 @@ Report ShowBand(const Settings& settings, const PackedPixels& pixels) {
     YuvPlanes planes = ToYuv(pixels);
     SizedFor(pixels).ShowFreqBand(planes.y.data(), settings.band);
     ForEachPixel(pixels,
-                 [&](unsigned char& r, unsigned char& g, unsigned char& b, std::size_t k) { r = g = b = planes.y[k]; });
+                 [&](unsigned char& b, unsigned char& g, unsigned char& r, std::size_t k) { b = g = r = planes.y[k]; });
     return {};
 }
 

@@ -63,13 +63,13 @@ Report DeMotionBlurPixels(const Settings& settings, const PackedPixels& pixels) 
 
 Report ShowSpectrum(const Settings& settings, const PackedPixels& pixels) {
     std::vector<unsigned char> plane(CountOf(pixels));
-    ForEachPixel(pixels, [&](int r, int, int, std::size_t k) { plane[k] = static_cast<unsigned char>(r); });
+    ForEachPixel(pixels, [&](int b, int, int, std::size_t k) { plane[k] = static_cast<unsigned char>(b); });
     ChShowPowerSpectrum(plane.data(), pixels.width, pixels.height);
     if (settings.centred) {
         Centre(plane, pixels.width, pixels.height);
     }
     ForEachPixel(pixels,
-                 [&](unsigned char& r, unsigned char& g, unsigned char& b, std::size_t k) { r = g = b = plane[k]; });
+                 [&](unsigned char& b, unsigned char& g, unsigned char& r, std::size_t k) { b = g = r = plane[k]; });
     return {};
 }
 

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <utility>
 
 namespace cli {
 namespace {
@@ -17,11 +16,6 @@ constexpr int SmallestMeasured = 4;
 
 bool IsLookedAtInHalfSize(std::int64_t pixels) {
     return pixels >= focus::kFullSizePixels;
-}
-
-/// The guess weighs red, green and blue by the format's order, which is the reverse of ours.
-void ExchangeRedAndBlue(const PackedPixels& pixels) {
-    ForEachPixel(pixels, [](unsigned char& r, unsigned char&, unsigned char& b, std::size_t) { std::swap(r, b); });
 }
 
 Region RegionOf(const CImageFocus& focus, const PackedPixels& pixels) {
@@ -53,14 +47,12 @@ DegreeCosts CostsOf(const CImageFocus& focus, const PackedPixels& pixels) {
 MotionGuess GuessMotion(const PackedPixels& pixels, DegreeCosts* costs) {
     CImageFocus focus;
     focus.SetSize(pixels.width, pixels.height);
-    ExchangeRedAndBlue(pixels);
     const auto start = std::chrono::steady_clock::now();
     const int degree = focus.GuessMotionDegree(pixels.data, pixels.format, pixels.pitch);
     const std::chrono::duration<double, std::milli> taken = std::chrono::steady_clock::now() - start;
     if (costs) {
         *costs = CostsOf(focus, pixels);
     }
-    ExchangeRedAndBlue(pixels);
     return {degree, RegionOf(focus, pixels), taken.count()};
 }
 

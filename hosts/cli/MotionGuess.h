@@ -27,7 +27,7 @@ struct MotionGuess {
 /// The mean error in grey levels of predicting a pixel of the region along each of the 360 degrees.
 using DegreeCosts = std::array<double, 360>;
 
-/// Has the library look at the pixels, which are as before in the end. With `costs` it also fills in what the guess is
+/// Has the library look at the pixels. With `costs` it also fills in what the guess is
 /// made from, outside the time measured.
 MotionGuess GuessMotion(const PackedPixels& pixels, DegreeCosts* costs = nullptr);
 

@@ -206,24 +206,12 @@ void Picture::Decode() {
 }
 
 void Picture::Apply(const std::function<void(const PackedPixels&)>& operation) {
-    auto* samples = static_cast<unsigned char*>(const_cast<void*>(m_Image.data()));
-    const int width = m_Image.width();
-    const int height = m_Image.height();
-    const auto bands = static_cast<std::size_t>(m_Image.bands());
-    if (bands >= 3) {
-        const FoPixelFmt format = bands == 3 ? FoPixelFmt_BGR24 : FoPixelFmt_BGRX32;
-        operation({samples, width, height, format, width * m_Image.bands()});
-        return;
-    }
-    const std::size_t pixels = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-    std::vector<unsigned char> packed(3 * pixels);
-    for (std::size_t k = 0; k < pixels; ++k) {
-        packed[3 * k] = packed[3 * k + 1] = packed[3 * k + 2] = samples[bands * k];
-    }
-    operation({packed.data(), width, height, FoPixelFmt_BGR24, 3 * width});
-    for (std::size_t k = 0; k < pixels; ++k) {
-        samples[bands * k] = packed[3 * k];
-    }
+    auto* const data = static_cast<unsigned char*>(const_cast<void*>(m_Image.data()));
+    const VipsSamples samples = {data, m_Image.width(), m_Image.height(), m_Image.bands()};
+    std::vector<unsigned char> spread;
+    const PackedPixels pixels = Pack(samples, spread);
+    operation(pixels);
+    Unpack(pixels, samples);
 }
 
 } // namespace cli

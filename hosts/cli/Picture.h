@@ -35,8 +35,7 @@ public:
     /// What is wrong with the file, known after `Decode`, though it leaves a picture; empty for most.
     const std::string& Damage() const { return m_Damage; }
 
-    /// Has `operation` work on the decoded pixels. Greyscale is spread over three channels for it and taken back from
-    /// the first of them.
+    /// Has `operation` work on the decoded pixels, packed as the library takes them.
     void Apply(const std::function<void(const PackedPixels&)>& operation);
 
     /// The picture of 1 to 4 bands (grey, grey and alpha, colour, colour and alpha) with all its metadata. Its pixels

@@ -91,10 +91,10 @@ void OnThreads(std::size_t count, const Work& work) {
 void UndoMotion(const Settings& settings, int degree, const PackedPixels& pixels) {
     std::array<std::vector<unsigned char>, MostPlanes> planes;
     planes.fill(std::vector<unsigned char>(CountOf(pixels)));
-    ForEachPixel(pixels, [&](unsigned char r, unsigned char g, unsigned char b, std::size_t k) {
-        planes[0][k] = r;
+    ForEachPixel(pixels, [&](unsigned char b, unsigned char g, unsigned char r, std::size_t k) {
+        planes[0][k] = b;
         planes[1][k] = g;
-        planes[2][k] = b;
+        planes[2][k] = r;
     });
     const bool grey = planes[0] == planes[1] && planes[0] == planes[2];
     const ExtendedSize size(pixels);
@@ -105,10 +105,10 @@ void UndoMotion(const Settings& settings, int degree, const PackedPixels& pixels
         ChInverseFilter(extended.get(), size.width, size.height, inverse.Spectrum());
         ChCropBuffer(planes[k].data(), pixels.width, pixels.height, extended.get(), TransformMargin);
     });
-    ForEachPixel(pixels, [&](unsigned char& r, unsigned char& g, unsigned char& b, std::size_t k) {
-        r = planes[0][k];
+    ForEachPixel(pixels, [&](unsigned char& b, unsigned char& g, unsigned char& r, std::size_t k) {
+        b = planes[0][k];
         g = planes[grey ? 0 : 1][k];
-        b = planes[grey ? 0 : 2][k];
+        r = planes[grey ? 0 : 2][k];
     });
 }
 
