@@ -57,7 +57,7 @@ std::int32_t Transform(void* input, void* output, DftDescriptor* record, void* w
     const Real scale = ScaleFactor<Real>(*record, direction);
     if (scale != 1) {
         // Required: the zero at the end of the full layout of an even length is left alone, the one at index 1 is not.
-        // Pinned by RealTransform.ScaleCountOfTheFullLayout.
+        // Pinned by RealTransform.EqualsTheDefinitionInEveryLayout.
         Scale(line, record->length + (direction == kForward && isFull ? 1 : 0), scale);
     }
     return DFT_OK;
