@@ -61,8 +61,8 @@ struct LaidOutJob : TestJob<Real> {
 
     Elements RunGuarded(int sign, int threads, std::int32_t status = dft::DFT_OK) const {
         const bool isInPlace = this->handle->placement == dft::DFT_INPLACE;
-        // Within an element, and within a cache line: groups of lines begin differently.
         const EngineThreads engine(threads);
+        // Within an element, and within a cache line: groups of lines begin differently.
         return ResultsBetweenGuards(
             layout.Positions(layout.input), x, layout.Positions(isInPlace ? layout.input : layout.output), isInPlace,
             threads == 2 || layout.transforms % 2 == 0 ? 3 * sizeof(x[0]) : sizeof(Real),

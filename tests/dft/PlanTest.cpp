@@ -109,16 +109,6 @@ std::int32_t RunPlan(const typename Kind::Plan* plan, int sign, const typename K
 
 enum class Method { Unrolled, PowerOfTwo, MixedRadix, DirectSum, Bluestein };
 
-template <typename Real>
-Method MethodOf(const dft::BasicDftPlan<Real>& plan) {
-    const std::vector<bool> marks = {
-        plan.power_of_two == 1 && plan.fft_plan != nullptr, plan.mixed_radix == 1 && plan.digit_reversal != nullptr,
-        plan.direct_matrix != nullptr, plan.bluestein_length > 0 && plan.bluestein_fft_plan != nullptr};
-    EXPECT_LE(std::count(marks.begin(), marks.end(), true), 1);
-    const auto mark = std::find(marks.begin(), marks.end(), true);
-    return mark == marks.end() ? Method::Unrolled : static_cast<Method>(1 + (mark - marks.begin()));
-}
-
 struct MethodRow {
     int length;
     Method method;
@@ -132,7 +122,11 @@ void CheckMethod(const MethodRow& row, int tag) {
     const auto plan = MakePlan<Kind>(row.length);
     EXPECT_EQ((std::vector{plan->tag, plan->length, plan->norm_flag, plan->compact_tables, plan->bluestein_length}),
               (std::vector<std::int32_t>{tag, row.length, dft::kUnscaled, 0, row.bluesteinLength}));
-    ASSERT_EQ(MethodOf(*plan), row.method);
+    ASSERT_EQ((std::vector<bool>{plan->power_of_two == 1 && plan->fft_plan != nullptr,
+                                 plan->mixed_radix == 1 && plan->digit_reversal != nullptr,
+                                 plan->direct_matrix != nullptr, plan->bluestein_fft_plan != nullptr}),
+              (std::vector<bool>{row.method == Method::PowerOfTwo, row.method == Method::MixedRadix,
+                                 row.method == Method::DirectSum, row.method == Method::Bluestein}));
     constexpr int kReal = static_cast<int>(sizeof(typename Kind::Real));
     int work = row.method == Method::Unrolled ? 0 : kReal * row.workReals + 16;
     if (row.method == Method::PowerOfTwo) {
