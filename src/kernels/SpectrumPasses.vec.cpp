@@ -1,6 +1,6 @@
 #include "kernels/SpectrumPasses.h"
 
-#include "simd/Vector.h"
+#include "simd/Transpose.h"
 
 namespace kernels::CLARIBOX_VECTOR_CLASS {
 namespace {
@@ -17,19 +17,14 @@ struct Parts {
     F32 im;
 };
 
-template <int... k>
-Parts Separate(F32 a, F32 b, Indices<0, k...>) {
-    return {__builtin_shufflevector(a, b, (2 * k)...), __builtin_shufflevector(a, b, (2 * k + 1)...)};
-}
-
 Parts LoadParts(const ChComplex* address) {
-    return Separate(Load<F32>(address), Load<F32>(address + kStep / 2), Indices<kStep>{});
+    Parts x;
+    LoadSeparated(address, x.re, x.im);
+    return x;
 }
 
-template <int... k>
-void StoreParts(ChComplex* address, Parts x, Indices<0, k...>) {
-    Store(address, __builtin_shufflevector(x.re, x.im, (k / 2 + k % 2 * kStep)...));
-    Store(address + kStep / 2, __builtin_shufflevector(x.re, x.im, (kStep / 2 + k / 2 + k % 2 * kStep)...));
+void StoreParts(ChComplex* address, Parts x) {
+    StoreJoined(address, x.re, x.im);
 }
 
 F64Pair Widen(F32 x) {
@@ -114,7 +109,7 @@ template <typename Step, typename... Inputs>
 void ForEachStep(std::size_t count, Step step, ChComplex* data, Inputs... inputs) {
     std::size_t k = 0;
     for (; k + kStep <= count; k += kStep) {
-        StoreParts(data + k, step(LoadParts(data + k), LoadParts(inputs + k)...), Indices<kStep>{});
+        StoreParts(data + k, step(LoadParts(data + k), LoadParts(inputs + k)...));
     }
     if (k < count) {
         const std::size_t bytes = (count - k) * sizeof(ChComplex);
@@ -124,7 +119,7 @@ void ForEachStep(std::size_t count, Step step, ChComplex* data, Inputs... inputs
             return LoadParts(last);
         };
         ChComplex last[kStep];
-        StoreParts(last, step(loadLast(data), loadLast(inputs)...), Indices<kStep>{});
+        StoreParts(last, step(loadLast(data), loadLast(inputs)...));
         __builtin_memcpy(data + k, last, bytes);
     }
 }

@@ -6,7 +6,7 @@
 #include "common/VectorClassTest.h"
 #include "dft/TestJob.h"
 #include "dft/TestSurroundings.h"
-#include "dft/pow2/pow2_form.h"
+#include "dft/pow2/schedule.h"
 #include "reference/dft_slow.h"
 
 #include <gtest/gtest.h>
@@ -79,7 +79,7 @@ TEST(Pow2, CommitTable) {
 TEST(Pow2, LengthsFallIntoGroupsAndBlocks) {
     ForAllVariants(17, [](auto number, const VariantRow& row, int bits) {
         const TestJob<decltype(number)> job({1 << bits});
-        const auto form = dft::FormOf<decltype(number)>(*job.handle, dft::kForward);
+        const auto form = dft::ScheduleOf<decltype(number)>(*job.handle, dft::kForward);
         EXPECT_EQ(form.blockBits, BlockBits(row, bits));
         EXPECT_EQ(form.groupBits, bits <= row.twoLevelsUpTo ? BlockBits(row, bits) : row.groupBits);
     });

@@ -6,6 +6,9 @@
 #include "dft/base/complex.h"
 #include "simd/Vector.h"
 
+#include <type_traits>
+#include <utility>
+
 namespace dft::CLARIBOX_VECTOR_CLASS {
 
 // Without SSE the x87 unit rounds by how a compiler arranges its code: there a batch is one line, by the same code.
@@ -18,7 +21,9 @@ using BatchDouble = simd::CLARIBOX_VECTOR_CLASS::F64;
 #endif
 
 template <typename V>
-struct RealOf;
+struct RealOf {
+    using Type = std::remove_reference_t<decltype(std::declval<V&>()[0])>;
+};
 template <>
 struct RealOf<float> {
     using Type = float;
@@ -27,16 +32,6 @@ template <>
 struct RealOf<double> {
     using Type = double;
 };
-#if !defined(CLARIBOX_VECTOR_Portable)
-template <>
-struct RealOf<BatchSingle> {
-    using Type = float;
-};
-template <>
-struct RealOf<BatchDouble> {
-    using Type = double;
-};
-#endif
 
 /// The element type of V.
 template <typename V>
@@ -56,6 +51,17 @@ inline LaneComplex<V> operator+(LaneComplex<V> a, LaneComplex<V> b) {
 template <typename V>
 inline LaneComplex<V> operator-(LaneComplex<V> a, LaneComplex<V> b) {
     return {a.re - b.re, a.im - b.im};
+}
+
+template <typename V>
+inline LaneComplex<V> operator*(LaneComplex<V> x, Real<V> factor) {
+    return {x.re * factor, x.im * factor};
+}
+template <typename V>
+inline void Swap(LaneComplex<V>& a, LaneComplex<V>& b) {
+    const LaneComplex<V> x = a;
+    a = b;
+    b = x;
 }
 
 /// x * w forward, x * conj(w) backward.

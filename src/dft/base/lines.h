@@ -20,6 +20,16 @@ struct Lines {
     std::ptrdiff_t length;
 };
 
+/// Copies `count` elements, source[k * sourceStride] to destination[k * destinationStride]; none for a count below 1.
+/// The two do not overlap unless they are the same.
+template <typename Element>
+void dft_copy_strided(std::ptrdiff_t count, const Element* source, std::ptrdiff_t sourceStride, Element* destination,
+                      std::ptrdiff_t destinationStride) {
+    for (std::ptrdiff_t k = 0; k < count; ++k) {
+        destination[k * destinationStride] = source[k * sourceStride];
+    }
+}
+
 /// Whether no two lines share an element, as far as blocks of lines and interleaved lines go.
 template <typename Real>
 bool AreApart(const Lines<Real>& lines) {

@@ -4,7 +4,6 @@
 #include "dft/base/record.h"
 
 #include <cstddef>
-#include <type_traits>
 
 namespace dft {
 
@@ -26,44 +25,40 @@ inline std::size_t WorkBytes(const DftDescriptor& head) {
     return head.workspace_bytes > 0 ? static_cast<std::size_t>(head.workspace_bytes) : 0;
 }
 
-/// The one-dimensional routine of a record.
+/// The fields of one precision; arrays are indexed by direction.
 template <typename Real>
-DftRoutine Slot(const DftDescriptor& record, Direction direction) {
-    if constexpr (std::is_same_v<Real, float>) {
-        return direction == kForward ? record.forward_single : record.backward_single;
-    } else {
-        return direction == kForward ? record.forward_double : record.backward_double;
-    }
-}
+struct RecordFields;
+template <>
+struct RecordFields<float> {
+    using D = DftDescriptor;
+    static constexpr auto kTable = &D::table_single;
+    static constexpr auto kPlan = &D::plan_complex_single;
+    static constexpr auto kRealPlan = &D::plan_real_single;
+    static constexpr float D::*kScale[] = {&D::forward_scale_single, &D::backward_scale_single};
+    static constexpr DftRoutine D::*kRoutine[] = {&D::forward_single, &D::backward_single};
+    static constexpr DftThreadedRoutine D::*kThreaded[] = {&D::c1d_forw_dft, &D::c1d_back_dft};
+    static constexpr DftPackRoutine D::*kPack[] = {&D::real_pack_forward_single, &D::real_pack_backward_single};
+};
+template <>
+struct RecordFields<double> {
+    using D = DftDescriptor;
+    static constexpr auto kTable = &D::table_double;
+    static constexpr auto kPlan = &D::plan_complex_double;
+    static constexpr auto kRealPlan = &D::plan_real_double;
+    static constexpr double D::*kScale[] = {&D::forward_scale_double, &D::backward_scale_double};
+    static constexpr DftRoutine D::*kRoutine[] = {&D::forward_double, &D::backward_double};
+    static constexpr DftThreadedRoutine D::*kThreaded[] = {&D::z1d_forw_dft, &D::z1d_back_dft};
+    static constexpr DftPackRoutine D::*kPack[] = {&D::real_pack_forward_double, &D::real_pack_backward_double};
+};
 
-/// The threaded routine of a record for a power of two.
+/// The one-dimensional routine of a record, and its scale factor.
 template <typename Real>
-DftThreadedRoutine ThreadedSlot(const DftDescriptor& record, Direction direction) {
-    if constexpr (std::is_same_v<Real, float>) {
-        return direction == kForward ? record.c1d_forw_dft : record.c1d_back_dft;
-    } else {
-        return direction == kForward ? record.z1d_forw_dft : record.z1d_back_dft;
-    }
+DftRoutine RoutineOf(const DftDescriptor& record, Direction direction) {
+    return record.*RecordFields<Real>::kRoutine[direction];
 }
-
-/// The scale factor of a direction.
 template <typename Real>
 Real ScaleFactor(const DftDescriptor& record, Direction direction) {
-    if constexpr (std::is_same_v<Real, float>) {
-        return direction == kForward ? record.forward_scale_single : record.backward_scale_single;
-    } else {
-        return direction == kForward ? record.forward_scale_double : record.backward_scale_double;
-    }
-}
-
-/// The plan of a dimension of general length.
-template <typename Real>
-BasicDftPlan<Real>* GeneralPlan(const DftDescriptor& record) {
-    if constexpr (std::is_same_v<Real, float>) {
-        return record.plan_complex_single;
-    } else {
-        return record.plan_complex_double;
-    }
+    return record.*RecordFields<Real>::kScale[direction];
 }
 
 } // namespace dft

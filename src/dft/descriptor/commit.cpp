@@ -1,8 +1,9 @@
 #include "dft/descriptor/descriptor_routines.h"
 
-#include "dft/base/plan_status.h"
+#include "dft/base/record_fields.h"
 #include "dft/base/variant.h"
 #include "dft/memory/engine_memory.h"
+#include "dft/plans/dft_plan.h"
 #include "dft/plans/general_routines.h"
 #include "dft/pow2/pow2.h"
 #include "dft/real/real_routines.h"
@@ -14,10 +15,6 @@
 namespace dft {
 
 namespace {
-
-bool IsSingle(const DftDescriptor& record) {
-    return record.precision == DFT_SINGLE;
-}
 
 bool IsPowerOfTwo(const DftDescriptor& record) {
     return std::has_single_bit(static_cast<std::uint32_t>(record.length));
@@ -32,7 +29,7 @@ std::int32_t OneShot(const DftDescriptor& head) {
         return 0;
     }
     const DftTuning& tuning = dft_tuning();
-    const int precision = IsSingle(head) ? 0 : 1;
+    const int precision = head.precision == DFT_SINGLE ? 0 : 1;
     if (head.forward_domain == DFT_COMPLEX) {
         return head.number_of_transforms == 1 && head.length < tuning.one_shot_below[precision] ? 1 : 0;
     }
@@ -59,73 +56,46 @@ void CopyConfiguration(const DftDescriptor& head, DftDescriptor& record) {
 }
 
 template <typename Real>
-std::int32_t BuildGeneral(DftDescriptor& record, BasicDftPlan<Real>*& plan) {
-    std::int32_t status = dft_plan_create(&plan, record.length, kUnscaled, 0);
-    if (status == kPlanOk) {
-        int bytes = 0;
-        status = dft_plan_work_size(plan, &bytes);
-        record.workspace_need = bytes;
-    }
-    return StatusOfPlan(status);
+std::int32_t BuildGeneral(DftDescriptor& record) {
+    using Fields = RecordFields<Real>;
+    record.*Fields::kRoutine[kForward] = GeneralRoutine<kForward, Real>;
+    record.*Fields::kRoutine[kBackward] = GeneralRoutine<kBackward, Real>;
+    BasicDftPlan<Real>*& plan = record.*Fields::kPlan;
+    const std::int32_t status = dft_plan_create(&plan, record.length, kUnscaled, 0);
+    return StatusOfPlan(status == kPlanOk ? dft_plan_work_size(plan, &record.workspace_need) : status);
 }
 
-/// A twiddle table of 3/2 elements a point, and 64 more for its alignment.
+/// Stores the routines of a power of two and builds their table, of 3/2 elements a point and 64 more for alignment.
 template <typename Real>
-std::int32_t BuildPowerOfTwo(const DftDescriptor& record, Complex<Real>*& table,
-                             void (*fill)(int log2_length, void* block)) {
+std::int32_t BuildPowerOfTwo(DftDescriptor& record) {
+    constexpr bool isSingle = kPrecision<Real> == 0;
+    using Fields = RecordFields<Real>;
+    record.*Fields::kRoutine[kForward] = isSingle ? c1d_forward_pow2 : z1d_forward_pow2;
+    record.*Fields::kRoutine[kBackward] = isSingle ? c1d_backward_pow2 : z1d_backward_pow2;
+    record.*Fields::kThreaded[kForward] = isSingle ? c1d_forw_dft : z1d_forw_dft;
+    record.*Fields::kThreaded[kBackward] = isSingle ? c1d_back_dft : z1d_back_dft;
     const std::int64_t length = record.length;
-    const std::int64_t pairs = sizeof(Real) == sizeof(float) ? 3 * length / 2 + 64 : 3 * length + 64;
-    const std::int64_t bytes = pairs * 8;
+    const std::int64_t bytes = 8 * ((isSingle ? 3 * length / 2 : 3 * length) + 64);
     void* const block = std::in_range<std::ptrdiff_t>(bytes) ? plan_alloc(static_cast<std::ptrdiff_t>(bytes)) : nullptr;
     if (block == nullptr) {
         return DFT_NO_MEMORY;
     }
-    fill(record.log2_length, block);
-    table = static_cast<Complex<Real>*>(block);
+    (isSingle ? c1d_table_build : z1d_table_build)(record.log2_length, block);
+    record.*Fields::kTable = static_cast<Complex<Real>*>(block);
     return DFT_OK;
 }
 
-std::int32_t BuildComplex(DftDescriptor& record) {
-    // As in compute, whatever is not in place is out of place.
-    const bool toAnotherLine = record.placement != DFT_INPLACE && HasUnitStrides(record);
-    record.general_length = !IsPowerOfTwo(record) || toAnotherLine ? 1 : 0;
-    if (record.general_length == 1) {
-        if (IsSingle(record)) {
-            record.backward_single = general_backward_single;
-            record.forward_single = general_forward_single;
-            return BuildGeneral(record, record.plan_complex_single);
-        }
-        record.backward_double = general_backward_double;
-        record.forward_double = general_forward_double;
-        return BuildGeneral(record, record.plan_complex_double);
-    }
-    if (IsSingle(record)) {
-        record.backward_single = c1d_backward_pow2;
-        record.forward_single = c1d_forward_pow2;
-        record.c1d_back_dft = c1d_back_dft;
-        record.c1d_forw_dft = c1d_forw_dft;
-        return BuildPowerOfTwo(record, record.table_single, c1d_table_build);
-    }
-    record.backward_double = z1d_backward_pow2;
-    record.forward_double = z1d_forward_pow2;
-    record.z1d_back_dft = z1d_back_dft;
-    record.z1d_forw_dft = z1d_forw_dft;
-    return BuildPowerOfTwo(record, record.table_double, z1d_table_build);
-}
-
-std::int32_t BuildReal(DftDescriptor& record) {
-    if (IsSingle(record)) {
-        record.backward_single = real_backward_single;
-        record.forward_single = real_forward_single;
-    } else {
-        record.backward_double = real_backward_double;
-        record.forward_double = real_forward_double;
-    }
-    if (!install_pack_stages(&record)) {
-        return DFT_UNSUPPORTED;
-    }
+template <typename Real>
+std::int32_t Build(DftDescriptor& record) {
     record.general_length = IsPowerOfTwo(record) ? 0 : 1;
-    return StatusOfPlan(install_real_plan(&record));
+    if (record.forward_domain != DFT_COMPLEX) {
+        return InstallReal<Real>(record);
+    }
+    // As in compute, whatever is not in place is out of place.
+    if (record.placement != DFT_INPLACE && HasUnitStrides(record)) {
+        record.general_length = 1;
+    }
+    return record.general_length == 1 ? BuildGeneral<Real>(record) : BuildPowerOfTwo<Real>(record);
 }
 
 } // namespace
@@ -146,7 +116,7 @@ std::int32_t CommitDescriptor(DftDescriptor* const* handle) {
         record->dimension_index = index++;
         record->commit_state = DFT_COMMITTED;
         CopyConfiguration(*head, *record);
-        const std::int32_t status = head->forward_domain == DFT_COMPLEX ? BuildComplex(*record) : BuildReal(*record);
+        const std::int32_t status = head->precision == DFT_SINGLE ? Build<float>(*record) : Build<double>(*record);
         if (status != DFT_OK) {
             record->next = nullptr;
             ReleasePlans(head);

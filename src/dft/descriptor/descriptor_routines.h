@@ -1,5 +1,4 @@
-// The routines behind the front entries that create, commit and free a job: they take their numbers and the handle by
-// address. compute_routines.h has those that compute.
+// The routines behind the front entries. Creation and commit take their numbers and the handle by address.
 #pragma once
 
 #include "dft/base/record.h"
@@ -17,6 +16,10 @@ std::int32_t CommitDescriptor(DftDescriptor* const* handle);
 
 /// As dfti_free_descriptor.
 std::int32_t FreeDescriptor(DftDescriptor** handle);
+
+/// As dfti_compute_forward and dfti_compute_backward, in place or out of place, complex or real, single or double as
+/// the head's fields read: sixteen cases of one routine.
+std::int32_t Compute(DftDescriptor* head, Direction direction, void* data, void* output);
 
 /// Releases the plans and tables of all records, from the last of the chain back to the head.
 void ReleasePlans(DftDescriptor* head);

@@ -2,7 +2,7 @@
 
 #include "dft/memory/engine_memory.h"
 #include "dft/plans/dft_plan.h"
-#include "dft/real/real_routines.h"
+#include "dft/real/real_plan.h"
 
 namespace dft {
 

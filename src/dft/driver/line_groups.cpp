@@ -1,12 +1,11 @@
 #include "dft/driver/line_groups.h"
 
 #include "dft/base/record_fields.h"
-#include "dft/driver/copy_strided.h"
 #include "dft/memory/work_memory.h"
 #include "dft/plans/general_routines.h"
-#include "dft/plans/plan_runs.h"
+#include "dft/plans/methods.h"
 #include "dft/pow2/pow2.h"
-#include "dft/pow2/pow2_runs.h"
+#include "dft/pow2/record_kernels.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -21,41 +20,44 @@ constexpr std::ptrdiff_t kColumnGroup = 4;
 /// Batches beyond this go line by line: their memory would be out of proportion to the job's.
 constexpr std::uint64_t kLargestBatchBytes = std::uint64_t{64} << 20;
 
-/// The engine's own routines, indexed by precision and direction.
-constexpr DftRoutine kGeneralSlots[2][2] = {{general_forward_single, general_backward_single},
-                                            {general_forward_double, general_backward_double}};
-constexpr DftRoutine kPow2Slots[2][2] = {{c1d_forward_pow2, c1d_backward_pow2}, {z1d_forward_pow2, z1d_backward_pow2}};
-
+/// The engine's own routines: of a general plan, and of a power of two, the latter by precision and direction.
 template <typename Real>
-bool IsOwn(DftRoutine slot, Direction direction) {
-    return slot == kGeneralSlots[kPrecision<Real>][direction] || slot == kPow2Slots[kPrecision<Real>][direction];
+bool IsGeneral(DftRoutine routine, Direction direction) {
+    return routine == (direction == kForward ? GeneralRoutine<kForward, Real> : GeneralRoutine<kBackward, Real>);
+}
+template <typename Real>
+bool IsPow2(DftRoutine routine, Direction direction) {
+    constexpr DftRoutine kRoutines[2][2] = {{c1d_forward_pow2, c1d_backward_pow2},
+                                            {z1d_forward_pow2, z1d_backward_pow2}};
+    return routine == kRoutines[kPrecision<Real>][direction];
 }
 
-/// The batched twin of a record's routine. A routine that is none of the engine's own has none.
+/// A record's routine on batches of lines. A routine that is none of the engine's own has none such.
 template <typename Real>
 class BatchRoutine {
 public:
-    BatchRoutine(const DftDescriptor& record, Direction direction) : m_Record(record), m_Direction(direction) {
-        const DftRoutine slot = Slot<Real>(record, direction);
-        const BasicDftPlan<Real>* const plan = GeneralPlan<Real>(record);
+    BatchRoutine(const DftDescriptor& record, Direction direction) : m_Direction(direction) {
+        const DftRoutine routine = RoutineOf<Real>(record, direction);
+        const BasicDftPlan<Real>* const plan = record.*RecordFields<Real>::kPlan;
         const auto length = static_cast<std::uint64_t>(record.length);
-        if (slot == kGeneralSlots[kPrecision<Real>][direction]) {
+        m_LineBytes = length * sizeof(Complex<Real>);
+        if (IsGeneral<Real>(routine, direction)) {
             m_Exists = plan != nullptr && plan->tag == kDftPlanTag && plan->norm_flag == kUnscaled &&
                        plan->length == record.length;
             m_Plan = plan;
             m_Scale = ScaleFactor<Real>(record, direction);
             m_WorkBytes = m_Exists ? static_cast<std::uint64_t>(plan->work_bytes) : 0;
-        } else if (slot == kPow2Slots[kPrecision<Real>][direction]) {
+        } else if (IsPow2<Real>(routine, direction)) {
             m_Exists = true;
-            m_WorkBytes = length * sizeof(Complex<Real>);
+            m_Schedule = ScheduleOf<Real>(record, direction);
+            m_WorkBytes = m_LineBytes;
         }
-        m_LineBytes = length * sizeof(Complex<Real>);
-        const auto lanes = static_cast<std::uint64_t>(ActivePlanRuns<Real>().lanes);
+        const auto lanes = static_cast<std::uint64_t>(m_Lanes);
         m_Exists = m_Exists && lanes > 1 && lanes * (m_LineBytes + m_WorkBytes) <= kLargestBatchBytes;
     }
 
     bool Exists() const { return m_Exists; }
-    std::ptrdiff_t lanes() const { return ActivePlanRuns<Real>().lanes; }
+    std::ptrdiff_t lanes() const { return m_Lanes; }
     std::size_t BatchReals() const { return Reals(m_LineBytes); }
     std::size_t WorkReals() const { return Reals(m_WorkBytes); }
 
@@ -64,36 +66,36 @@ public:
 
     /// Whether `RunRow` or `RunColumns` may take the place of bringing lines together. The passes at the ends of
     /// columns take spectra in natural order and apply no factor.
-    bool RunsRows() const { return m_Plan == nullptr && ActivePow2Runs<Real>().has_vectors(m_Record.log2_length); }
+    bool RunsRows() const { return m_Plan == nullptr && m_Kernels.has_vectors(m_Schedule.log2_length); }
     bool RunsColumns() const {
-        return m_Plan == nullptr && m_Record.log2_length >= 4 && m_Record.ordering == DFT_ORDERED &&
-               ScaleFactor<Real>(m_Record, m_Direction) == 1;
+        return m_Plan == nullptr && m_Schedule.log2_length >= 4 && m_Schedule.ordered && m_Schedule.scaleBefore == 1 &&
+               m_Schedule.scaleAfter == 1;
     }
     /// One line of adjacent elements, where it lies. `work` holds another.
-    void RunRow(Complex<Real>* row, Complex<Real>* work) const {
-        ActivePow2Runs<Real>().line[m_Direction](m_Record, row, work);
-    }
+    void RunRow(Complex<Real>* row, Complex<Real>* work) const { m_Kernels.line[m_Direction](m_Schedule, row, work); }
     /// As many adjacent columns as a batch has lanes, where they lie.
     void RunColumns(const Lines<Real>& columns, Real* work) const {
-        ActivePow2Runs<Real>().columns[m_Direction](m_Record, columns, work);
+        m_Kernels.columns[m_Direction](m_Schedule, columns, work);
     }
 
     /// In place.
     void Run(Real* batch, Real* work) const {
         if (m_Plan != nullptr) {
-            ActivePlanRuns<Real>().batch[m_Direction](*m_Plan, batch, batch, work);
+            KernelsOf(*m_Plan).batch[m_Direction](*m_Plan, batch, batch, work);
         } else {
-            ActivePow2Runs<Real>().batch[m_Direction](m_Record, batch, work);
+            m_Kernels.batch[m_Direction](m_Schedule, batch, work);
         }
     }
 
 private:
     std::size_t Reals(std::uint64_t bytesOfLine) const {
-        return static_cast<std::size_t>(static_cast<std::uint64_t>(lanes()) * bytesOfLine / sizeof(Real));
+        return static_cast<std::size_t>(static_cast<std::uint64_t>(m_Lanes) * bytesOfLine / sizeof(Real));
     }
 
-    const DftDescriptor& m_Record;
     Direction m_Direction;
+    std::ptrdiff_t m_Lanes = BatchLanes<Real>();
+    const Pow2Kernels<Real>& m_Kernels = ActivePow2Kernels<Real>();
+    Pow2Schedule<Real> m_Schedule = {}; ///< of a power of two
     bool m_Exists = false;
     const BasicDftPlan<Real>* m_Plan = nullptr; ///< null for a power of two
     Real m_Scale = 1;
@@ -181,7 +183,7 @@ std::int32_t TransformWhereTheyLie(DftDescriptor* record, Direction direction, c
     std::int32_t status = DFT_OK;
     for (std::ptrdiff_t j = 0; j < lines.count && status == DFT_OK; ++j) {
         Complex<Real>* const line = lines.base + j * lines.lineStride;
-        status = Slot<Real>(*record, direction)(line, line, record, work);
+        status = RoutineOf<Real>(*record, direction)(line, line, record, work);
     }
     return status;
 }
@@ -208,14 +210,15 @@ std::int32_t TransformInCopies(DftDescriptor* record, Direction direction, const
     if (buffer.data() == nullptr) {
         return DFT_NO_MEMORY;
     }
-    const bool isOwn = IsOwn<Real>(Slot<Real>(*record, direction), direction);
+    const DftRoutine routine = RoutineOf<Real>(*record, direction);
+    const bool isOwn = IsGeneral<Real>(routine, direction) || IsPow2<Real>(routine, direction);
     for (std::ptrdiff_t first = 0; first < lines.count; first += perGroup) {
         const Lines<Real> group = Part(lines, first, perGroup);
         const bool isTested = rule == StatusRule::kAllTested || group.count == perGroup || isOwn;
         Gather(group, buffer.data());
         for (std::ptrdiff_t j = 0; j < group.count; ++j) {
             Complex<Real>* const line = buffer.data() + j * lines.length;
-            const std::int32_t status = Slot<Real>(*record, direction)(line, line, record, work);
+            const std::int32_t status = routine(line, line, record, work);
             if (isTested && status != DFT_OK) {
                 return status;
             }

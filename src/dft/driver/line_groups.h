@@ -4,7 +4,6 @@
 
 #include "dft/base/record.h"
 #include "dft/driver/line_transport.h"
-#include "dft/plans/plan_runs.h"
 
 #include <cstdint>
 

@@ -11,13 +11,13 @@ namespace dft {
 /// No member touches an element that is not of the lines it is given.
 template <typename Real>
 struct LineTransport {
-    int lanes; ///< of a batch, as in PlanRuns
-    /// Copies the lines, at most `lanes`, to a batch on a multiple of 64 bytes. Lanes without a line become 0.
+    /// Copies the lines, at most BatchLanes<Real>(), to a batch on a multiple of 64 bytes. Lanes without a line become
+    /// 0.
     void (*gather)(const Lines<Real>& lines, Real* batch);
     /// Copies the lines back, each part times `scale` unless that is 1.
     void (*scatter)(const Real* batch, const Lines<Real>& lines, Real scale);
     /// Scatters `done`, then gathers `next` into the same batch. Columns come and go row by row: where every row lies
-    /// in a page of its own, looking up the pages costs more than all else. The two share no element.
+    /// in a page of its own, the misses of the translation buffer cost more than all else. The two share no element.
     void (*exchange)(Real* batch, const Lines<Real>& done, const Lines<Real>& next, Real scale);
 };
 

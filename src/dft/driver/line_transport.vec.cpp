@@ -1,14 +1,12 @@
 #include "dft/driver/line_transport.h"
 
 #include "dft/base/lane_complex.h"
-#include "dft/base/register_transpose.h"
-#include "simd/Vector.h"
+#include "simd/Transpose.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {
 namespace {
 
-using simd::CLARIBOX_VECTOR_CLASS::Load;
-using simd::CLARIBOX_VECTOR_CLASS::Store;
+using namespace simd::CLARIBOX_VECTOR_CLASS;
 
 // The loops take the lines by value: through a reference they would be read anew after every store.
 
@@ -45,8 +43,8 @@ void ScatterPlain(const Real<V>* batch, Lines<Real<V>> lines, std::ptrdiff_t fir
 template <typename V>
 constexpr std::ptrdiff_t kTile = kLines<V> / 2;
 
-/// How far ahead memory is fetched: rows of columns, far enough to hide the memory and few enough for arrays whose rows
-/// all fall on the same few places of a cache; and elements of a row.
+/// How far ahead memory is prefetched: rows of columns, far enough to hide the memory and few enough for arrays whose
+/// rows all fall on the same few places of a cache; and elements of a row.
 constexpr std::ptrdiff_t kRowsAhead = 8;
 template <typename V>
 constexpr std::ptrdiff_t kElementsAhead = 256 / static_cast<std::ptrdiff_t>(sizeof(Complex<Real<V>>));
@@ -57,10 +55,10 @@ inline std::ptrdiff_t Ahead(const Lines<R>& lines, std::ptrdiff_t k, std::ptrdif
     return k + ahead < lines.length ? k + ahead : lines.length - 1;
 }
 
-/// Fetches the row of full columns that comes after row k. Always inlined: g++ 12 drops calls of a function that does
-/// nothing else.
+/// Prefetches the row of full columns that comes after row k. Always inlined: g++ 12 drops calls of a function that
+/// does nothing else.
 template <int isWrite, typename V>
-[[gnu::always_inline]] inline void FetchRowAhead(const Lines<Real<V>>& lines, std::ptrdiff_t k) {
+[[gnu::always_inline]] inline void PrefetchRowAhead(const Lines<Real<V>>& lines, std::ptrdiff_t k) {
     constexpr std::size_t bytes = 2 * sizeof(V);
     const auto* const row =
         reinterpret_cast<const char*>(lines.base + Ahead(lines, k, kRowsAhead) * lines.elementStride);
@@ -107,17 +105,14 @@ void GatherRows(Lines<Real<V>> lines, Real<V>* batch) {
     GatherPlain<V>(lines, squares.end, lines.length, batch);
 }
 
-template <typename V, bool isFull, bool isScaled>
+template <typename V, bool isFull>
 void ScatterRows(const Real<V>* batch, Lines<Real<V>> lines, Real<V> scale) {
     const Squares squares = SquaresOf<V>(lines);
     ScatterPlain<V>(batch, lines, 0, squares.begin, scale);
     for (std::ptrdiff_t k = squares.begin; k < squares.end; k += kTile<V>) {
         const std::ptrdiff_t ahead = Ahead(lines, k, kElementsAhead<V>);
         V square[kLines<V>];
-        Unrolled<kLines<V>>([&](int j) {
-            const V x = Load<V>(batch + (2 * k + j) * kLines<V>);
-            square[j] = isScaled ? x * scale : x;
-        });
+        Unrolled<kLines<V>>([&](int j) { square[j] = Load<V>(batch + (2 * k + j) * kLines<V>) * scale; });
         Transpose(square);
         Unrolled<kLines<V>>([&](int j) {
             if (isFull || j < lines.count) {
@@ -132,46 +127,40 @@ void ScatterRows(const Real<V>* batch, Lines<Real<V>> lines, Real<V> scale) {
 
 template <typename V>
 inline void GatherRowOfColumns(const Complex<Real<V>>* row, Real<V>* element) {
-    const auto x = Separate(Load<V>(row), Load<V>(row + kTile<V>), Indices<kLines<V>>{});
-    Store(element, x.re);
-    Store(element + kLines<V>, x.im);
+    V re;
+    V im;
+    LoadSeparated(row, re, im);
+    Store(element, re);
+    Store(element + kLines<V>, im);
 }
-template <typename V, bool isScaled>
+template <typename V>
 inline void ScatterRowOfColumns(const Real<V>* element, Complex<Real<V>>* row, Real<V> scale) {
-    LaneComplex<V> x = {Load<V>(element), Load<V>(element + kLines<V>)};
-    if constexpr (isScaled) {
-        x = {x.re * scale, x.im * scale};
-    }
-    V first;
-    V second;
-    Join(x, first, second, Indices<kLines<V>>{});
-    Store(row, first);
-    Store(row + kTile<V>, second);
+    StoreJoined(row, Load<V>(element) * scale, Load<V>(element + kLines<V>) * scale);
 }
 
 template <typename V>
 void GatherColumns(Lines<Real<V>> lines, Real<V>* batch) {
     for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
-        FetchRowAhead<0, V>(lines, k);
+        PrefetchRowAhead<0, V>(lines, k);
         GatherRowOfColumns<V>(lines.base + k * lines.elementStride, batch + 2 * k * kLines<V>);
     }
 }
 
-template <typename V, bool isScaled>
+template <typename V>
 void ScatterColumns(const Real<V>* batch, Lines<Real<V>> lines, Real<V> scale) {
     for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
-        FetchRowAhead<1, V>(lines, k);
-        ScatterRowOfColumns<V, isScaled>(batch + 2 * k * kLines<V>, lines.base + k * lines.elementStride, scale);
+        PrefetchRowAhead<1, V>(lines, k);
+        ScatterRowOfColumns<V>(batch + 2 * k * kLines<V>, lines.base + k * lines.elementStride, scale);
     }
 }
 
-template <typename V, bool isScaled>
+template <typename V>
 void ExchangeColumns(Real<V>* batch, Lines<Real<V>> done, Lines<Real<V>> next, Real<V> scale) {
     for (std::ptrdiff_t k = 0; k < done.length; ++k) {
-        FetchRowAhead<1, V>(done, k);
-        FetchRowAhead<0, V>(next, k);
+        PrefetchRowAhead<1, V>(done, k);
+        PrefetchRowAhead<0, V>(next, k);
         Real<V>* const element = batch + 2 * k * kLines<V>;
-        ScatterRowOfColumns<V, isScaled>(element, done.base + k * done.elementStride, scale);
+        ScatterRowOfColumns<V>(element, done.base + k * done.elementStride, scale);
         GatherRowOfColumns<V>(next.base + k * next.elementStride, element);
     }
 }
@@ -193,26 +182,30 @@ void GatherLines(const Lines<Real<V>>& lines, Real<V>* batch) {
     }
 }
 
-template <typename V, bool isScaled>
+template <typename V>
 void ScatterLines(const Real<V>* batch, const Lines<Real<V>>& lines, Real<V> scale) {
     const bool isFull = lines.count == kLines<V>;
     if (AreFullColumns<V>(lines)) {
-        ScatterColumns<V, isScaled>(batch, lines, scale);
+        ScatterColumns<V>(batch, lines, scale);
     } else if (lines.elementStride == 1) {
-        isFull ? ScatterRows<V, true, isScaled>(batch, lines, scale)
-               : ScatterRows<V, false, isScaled>(batch, lines, scale);
+        isFull ? ScatterRows<V, true>(batch, lines, scale) : ScatterRows<V, false>(batch, lines, scale);
     } else {
         ScatterPlain<V>(batch, lines, 0, lines.length, scale);
     }
 }
+
 template <typename V>
-void ScatterLines(const Real<V>* batch, const Lines<Real<V>>& lines, Real<V> scale) {
-    const bool isScaled = scale != 1;
-    isScaled ? ScatterLines<V, true>(batch, lines, scale) : ScatterLines<V, false>(batch, lines, scale);
+void ExchangeLines(Real<V>* batch, const Lines<Real<V>>& done, const Lines<Real<V>>& next, Real<V> scale) {
+    if (AreFullColumns<V>(done) && AreFullColumns<V>(next) && done.length == next.length) {
+        return ExchangeColumns<V>(batch, done, next, scale);
+    }
+    ScatterLines<V>(batch, done, scale);
+    GatherLines<V>(next, batch);
 }
 
 #else
 
+// A batch is one line.
 template <typename V>
 void GatherLines(const Lines<Real<V>>& lines, Real<V>* batch) {
     GatherPlain<V>(lines, 0, lines.length, batch);
@@ -221,27 +214,19 @@ template <typename V>
 void ScatterLines(const Real<V>* batch, const Lines<Real<V>>& lines, Real<V> scale) {
     ScatterPlain<V>(batch, lines, 0, lines.length, scale);
 }
-
-#endif
-
 template <typename V>
 void ExchangeLines(Real<V>* batch, const Lines<Real<V>>& done, const Lines<Real<V>>& next, Real<V> scale) {
-#if !defined(CLARIBOX_VECTOR_Portable)
-    if (AreFullColumns<V>(done) && AreFullColumns<V>(next) && done.length == next.length) {
-        scale != 1 ? ExchangeColumns<V, true>(batch, done, next, scale)
-                   : ExchangeColumns<V, false>(batch, done, next, scale);
-        return;
-    }
-#endif
     ScatterLines<V>(batch, done, scale);
     GatherLines<V>(next, batch);
 }
 
+#endif
+
 } // namespace
 
-const LineTransport<float> kLineTransportSingle = {kLines<BatchSingle>, GatherLines<BatchSingle>,
-                                                   ScatterLines<BatchSingle>, ExchangeLines<BatchSingle>};
-const LineTransport<double> kLineTransportDouble = {kLines<BatchDouble>, GatherLines<BatchDouble>,
-                                                    ScatterLines<BatchDouble>, ExchangeLines<BatchDouble>};
+const LineTransport<float> kLineTransportSingle = {GatherLines<BatchSingle>, ScatterLines<BatchSingle>,
+                                                   ExchangeLines<BatchSingle>};
+const LineTransport<double> kLineTransportDouble = {GatherLines<BatchDouble>, ScatterLines<BatchDouble>,
+                                                    ExchangeLines<BatchDouble>};
 
 } // namespace dft::CLARIBOX_VECTOR_CLASS

@@ -1,49 +1,16 @@
 #include "dft/plans/dft_plan.h"
 
-#include "dft/memory/engine_memory.h"
-#include "dft/memory/work_memory.h"
-#include "dft/plans/plan_runs.h"
-#include "dft/plans/plan_tables.h"
-#include "dft/pow2/roots.h"
+#include "dft/memory/plan_life.h"
+#include "dft/plans/methods.h"
 
 namespace dft {
 namespace {
-
-constexpr int kLargestTiny = 4;
-
-/// Chooses the method by the length and builds its tables.
-template <typename Real>
-std::int32_t BuildMethod(BasicDftPlan<Real>& plan, int length, int hint) {
-    if (length <= kLargestTiny) {
-        return kPlanOk;
-    }
-    if ((length & (length - 1)) == 0) {
-        int order = 0;
-        while (1 << order < length) {
-            ++order;
-        }
-        plan.power_of_two = 1;
-        const std::int32_t status = fft_plan_create(&plan.fft_plan, order, kUnscaled, hint);
-        if (status == kPlanOk) {
-            plan.work_bytes = plan.fft_plan->work_bytes;
-        }
-        return status;
-    }
-    Complex<Real>* const circle = FitsWorkMemory<Real>(length) ? AllocateTable<Complex<Real>>(length) : nullptr;
-    if (circle == nullptr) {
-        return kPlanNoMemory;
-    }
-    FillRoots(circle, length);
-    const std::int32_t status = BuildGeneral(plan, length, Roots<Real>{circle, length}, kLargestFactor);
-    plan_free(circle);
-    return status;
-}
 
 template <typename Real>
 std::int32_t Run(Direction direction, const Complex<Real>* input, Complex<Real>* output, const BasicDftPlan<Real>* plan,
                  void* work) {
     return RunPlan(plan, kDftPlanTag, input, output, work, [=](void* aligned) -> std::int32_t {
-        ActivePlanRuns<Real>().line[direction](*plan, input, output, aligned);
+        KernelsOf(*plan).line[direction](*plan, input, output, aligned);
         ScaleResult(*plan, direction, output, plan->length);
         return kPlanOk;
     });
@@ -64,7 +31,7 @@ std::int32_t dft_plan_create(BasicDftPlan<Real>** plan, int length, int norm_fla
         built.tag = kDftPlanTag;
         built.length = length;
         built.norm_flag = norm_flag;
-        return BuildMethod(built, length, hint);
+        return BuildMethod<Real>(built, {length, kLargestTiny, kLargestFactor}, {}, hint);
     };
     return CreatePlan(plan, length, norm_flag, build, dft_plan_free<Real>);
 }
@@ -89,7 +56,7 @@ std::int32_t dft_plan_backward(const Complex<Real>* input, Complex<Real>* output
 template <typename Real>
 void dft_plan_free(BasicDftPlan<Real>* plan) {
     if (plan != nullptr) {
-        ReleaseTables(*plan);
+        MethodAt<Real>(plan->method).release(*plan);
         plan->tag = 0;
         plan_free(plan);
     }

@@ -13,6 +13,7 @@ namespace dft {
 
 inline constexpr int kDftPlanTag = 13;
 inline constexpr int kRealPlanTag = 15;
+inline constexpr int kLargestTiny = 4; ///< up to it a plan needs no table
 inline constexpr int kMaximumStages = 20;
 inline constexpr int kLargestFactor = 150; ///< no prime above it enters the mixed-radix method
 inline constexpr int kGroupPoints = 2000;  ///< a block of at most so many points stays in the first-level cache
@@ -53,6 +54,7 @@ struct BasicDftPlan {
     std::int32_t last_stage; ///< index of the last record in `stages`
     std::int32_t* digit_reversal;
     StageRecord<Real> stages[kMaximumStages];
+    std::int32_t method; ///< index in the table of methods (methods.h)
 };
 
 using DftPlan = BasicDftPlan<float>;

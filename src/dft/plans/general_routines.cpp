@@ -5,13 +5,12 @@
 
 namespace dft {
 
-namespace {
-
-template <typename Real, Direction direction>
-std::int32_t Transform(void* input, void* output, DftDescriptor* record, void* work) {
+template <Direction direction, typename Real>
+std::int32_t GeneralRoutine(void* input, void* output, DftDescriptor* record, void* work) {
     const auto run = direction == kForward ? dft_plan_forward<Real> : dft_plan_backward<Real>;
     auto* const result = static_cast<Complex<Real>*>(output);
-    const std::int32_t status = run(static_cast<const Complex<Real>*>(input), result, GeneralPlan<Real>(*record), work);
+    const BasicDftPlan<Real>* const plan = record->*RecordFields<Real>::kPlan;
+    const std::int32_t status = run(static_cast<const Complex<Real>*>(input), result, plan, work);
     const Real scale = ScaleFactor<Real>(*record, direction);
     if (status == kPlanOk && scale != 1) {
         for (std::int32_t k = 0; k < record->length; ++k) {
@@ -21,22 +20,9 @@ std::int32_t Transform(void* input, void* output, DftDescriptor* record, void* w
     return StatusOfPlan(status);
 }
 
-} // namespace
-
-std::int32_t general_forward_single(void* input, void* output, DftDescriptor* record, void* work) {
-    return Transform<float, kForward>(input, output, record, work);
-}
-
-std::int32_t general_backward_single(void* input, void* output, DftDescriptor* record, void* work) {
-    return Transform<float, kBackward>(input, output, record, work);
-}
-
-std::int32_t general_forward_double(void* input, void* output, DftDescriptor* record, void* work) {
-    return Transform<double, kForward>(input, output, record, work);
-}
-
-std::int32_t general_backward_double(void* input, void* output, DftDescriptor* record, void* work) {
-    return Transform<double, kBackward>(input, output, record, work);
-}
+template std::int32_t GeneralRoutine<kForward, float>(void*, void*, DftDescriptor*, void*);
+template std::int32_t GeneralRoutine<kBackward, float>(void*, void*, DftDescriptor*, void*);
+template std::int32_t GeneralRoutine<kForward, double>(void*, void*, DftDescriptor*, void*);
+template std::int32_t GeneralRoutine<kBackward, double>(void*, void*, DftDescriptor*, void*);
 
 } // namespace dft

@@ -1,9 +1,8 @@
 #include "dft/pow2/commit_table.h"
 
-#include "dft/base/record_fields.h"
-#include "dft/pow2/bit_reversal.h"
 #include "dft/pow2/pow2.h"
-#include "dft/pow2/static_tables.h"
+#include "dft/pow2/roots.h"
+#include "dft/pow2/stage_tables.h"
 
 #include <cmath>
 #include <cstddef>
@@ -11,38 +10,12 @@
 namespace dft {
 namespace {
 
-/// exp(-i * j * 2 pi / points) for j = 0, 1, 2 .. in turn. Single precision adds the angles up in extended precision,
-/// as is required of the table. The sums drift by up to a 2^-64th of a radian a step, which would show in double
-/// precision: there each angle is a product (DftTransform.AwkwardLengths).
-template <typename Real>
-class RootSeries {
-public:
-    explicit RootSeries(std::int64_t points) : m_Step(8.0L * std::atan(1.0L) / static_cast<long double>(points)) {}
-    Complex<Real> Next() {
-        const Complex<Real> root = {static_cast<Real>(std::cos(m_Angle)), static_cast<Real>(-std::sin(m_Angle))};
-        ++m_Index;
-        m_Angle = kPrecision<Real> == 0 ? m_Angle + m_Step : m_Step * static_cast<long double>(m_Index);
-        return root;
-    }
-
-private:
-    long double m_Step;
-    long double m_Angle = 0.0L;
-    std::int64_t m_Index = 0;
-};
-
 /// The radix-2 stages.
 template <typename Real>
 void FillStages(Real* base, int log2_length) {
     for (int bits = log2_length; bits >= kLastStageBits; --bits) {
         RootSeries<Real> roots(std::int64_t{1} << bits);
-        for (int j = 0; j < 1 << (bits - 2); j += 4, base += 8) {
-            for (int k = 0; k < 4; ++k) {
-                const Complex<Real> root = roots.Next();
-                base[k] = root.re;
-                base[k + 4] = root.im;
-            }
-        }
+        base = WriteStage(base, std::int64_t{1} << (bits - 2), 1, [&](std::int64_t) { return roots.Next(); });
     }
 }
 
@@ -65,12 +38,6 @@ void FillTriples(Real* base, int log2_length) {
             *triple++ = w.im;
         }
     }
-}
-
-/// Where the lists start.
-template <typename Real>
-std::ptrdiff_t ListOffset(int log2_length) {
-    return std::ptrdiff_t{2} << log2_length;
 }
 
 void FillLists(std::int32_t* lists, int log2_length) {
@@ -118,7 +85,7 @@ std::ptrdiff_t TableOffset(const void* block, const DftTuning& tuning) {
 template <typename Real>
 BitReversalLists ListsOf(const Real* base, int log2_length) {
     BitReversalLists lists;
-    const auto* const words = reinterpret_cast<const std::int32_t*>(base + ListOffset<Real>(log2_length));
+    const auto* const words = reinterpret_cast<const std::int32_t*>(base + (std::ptrdiff_t{2} << log2_length));
     lists.reversals = words + 1;
     lists.swapCount = words[1 + words[0]];
     lists.swaps = words + words[0] + 2;
@@ -141,7 +108,7 @@ void BuildCommitTable(int log2_length, void* block, const DftTuning& tuning) {
         FillStages(base, log2_length);
     }
     if (log2_length >= kFirstListBits) {
-        FillLists(reinterpret_cast<std::int32_t*>(base + ListOffset<Real>(log2_length)), log2_length);
+        FillLists(reinterpret_cast<std::int32_t*>(base + (std::ptrdiff_t{2} << log2_length)), log2_length);
     }
 }
 

@@ -18,8 +18,8 @@
 //              the index pairs of the elements that swap within blocks.
 #pragma once
 
-#include "dft/base/complex.h"
 #include "dft/base/variant.h"
+#include "dft/pow2/bit_reversal.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -37,14 +37,7 @@ bool HasTriples(int log2_length, const DftTuning& tuning);
 /// Bytes from the block to the base, 16 or more.
 std::ptrdiff_t TableOffset(const void* block, const DftTuning& tuning);
 
-/// The three lists, without their counts. Lengths of 32 and more have them.
-struct BitReversalLists {
-    const std::int32_t* reversals;
-    const std::int32_t* swaps;
-    std::int32_t swapCount;
-    const std::int32_t* pairs;
-    std::int32_t pairCount;
-};
+/// The three lists of a table from 32 elements on.
 template <typename Real>
 BitReversalLists ListsOf(const Real* base, int log2_length);
 

@@ -1,12 +1,10 @@
 #include "dft/pow2/fft_plan.h"
 
-#include "dft/memory/engine_memory.h"
 #include "dft/memory/plan_life.h"
-#include "dft/memory/work_memory.h"
 #include "dft/pow2/bit_reversal.h"
-#include "dft/pow2/fft_plan_layout.h"
-#include "dft/pow2/fft_runs.h"
+#include "dft/pow2/fft_kernels.h"
 #include "dft/pow2/roots.h"
+#include "dft/pow2/stage_tables.h"
 
 #include <cmath>
 
@@ -15,10 +13,6 @@ namespace {
 
 constexpr int kLargestOrder = 30;
 constexpr int kLargestTinyOrder = 3;
-
-int FirstBits(int order) {
-    return order % 2 == 0 ? 2 : 3;
-}
 
 std::int32_t* MakeBitReversal(int order) {
     if (order >= kBlockedOrder) {
@@ -29,7 +23,7 @@ std::int32_t* MakeBitReversal(int order) {
         }
         return halves;
     }
-    const int bits = order - FirstBits(order);
+    const int bits = order - FirstBlockBits(order);
     // There are 2^ceil(bits / 2) palindromes, each a pair of its own.
     const std::int32_t pairs = ((1 << bits) + (1 << (bits + 1) / 2)) / 2;
     std::int32_t* const table = AllocateTable<std::int32_t>(1 + 2 * pairs);
@@ -52,19 +46,10 @@ std::int32_t* MakeBitReversal(int order) {
 template <typename Real>
 Real* MakeStages(int first, int last, const Complex<Real>* circle, int order) {
     Real* const table = AllocateTable<Real>(((std::int64_t{4} << last) - (std::int64_t{1} << first)) / 2);
-    Real* group = table;
+    Real* end = table;
     for (int stage = first; table != nullptr && stage <= last; stage += 2) {
-        const std::int64_t quarter = std::int64_t{1} << (stage - 2);
-        for (std::int64_t j = 0; j < quarter; j += 4) {
-            for (std::int64_t power = 1; power <= 3; ++power) {
-                for (std::int64_t k = j; k < j + 4; ++k, ++group) {
-                    const Complex<Real>& root = circle[power * k << (order - stage)];
-                    group[0] = root.re;
-                    group[4] = root.im;
-                }
-                group += 4;
-            }
-        }
+        end = WriteStage(end, std::int64_t{1} << (stage - 2), 3,
+                         [=](std::int64_t k) { return circle[k << (order - stage)]; });
     }
     return table;
 }
@@ -79,14 +64,13 @@ std::int32_t BuildTables(BasicFftPlan<Real>& plan) {
     constexpr auto kElementBytes = static_cast<std::int32_t>(sizeof(Complex<Real>));
     plan.work_bytes = (kElementBytes << (order < kLastSmallStage ? order : kLastSmallStage)) + 16;
 
-    Complex<Real>* const circle = AllocateTable<Complex<Real>>(std::int64_t{1} << order);
+    Complex<Real>* const circle = AllocateCircle<Real>(1 << order);
     plan.bit_reversal = MakeBitReversal(order);
     if (circle == nullptr || plan.bit_reversal == nullptr) {
         plan_free(circle);
         return kPlanNoMemory;
     }
-    FillRoots(circle, 1 << order);
-    const int first = FirstBits(order) + 2;
+    const int first = FirstBlockBits(order) + 2;
     const int lastSmall = order <= kLastSmallStage ? order : first + 10;
     plan.stage_tables = MakeStages(first, lastSmall, circle, order);
     if (order > kLastSmallStage) {
@@ -101,7 +85,7 @@ template <typename Real>
 std::int32_t Run(Direction direction, const Complex<Real>* input, Complex<Real>* output, const BasicFftPlan<Real>* plan,
                  void* work) {
     return RunPlan(plan, kFftPlanTag, input, output, work, [=](void* scratch) -> std::int32_t {
-        ActiveFftRuns<Real>().line[direction](*plan, input, output, static_cast<Complex<Real>*>(scratch));
+        ActiveFftKernels<Real>().line[direction](*plan, input, output, static_cast<Complex<Real>*>(scratch));
         ScaleResult(*plan, direction, output, std::int64_t{1} << plan->order);
         return kPlanOk;
     });

@@ -11,6 +11,14 @@ namespace dft {
 
 inline constexpr int kFftPlanTag = 4;
 
+inline constexpr int kBlockedOrder = 15;   ///< from it on the bit reversal works in place
+inline constexpr int kLastSmallStage = 15; ///< log2 of the points of the last stage in `stage_tables`
+
+/// Log2 of the elements of the blocks that the first pass makes. Always inlined: vector sources share no function.
+[[gnu::always_inline]] constexpr int FirstBlockBits(int order) {
+    return order % 2 == 0 ? 2 : 3;
+}
+
 /// Plan for 2^order elements.
 template <typename Real>
 struct BasicFftPlan {
@@ -21,9 +29,12 @@ struct BasicFftPlan {
     Real scale;
     std::int32_t hint;
     std::int32_t work_bytes;
-    std::int32_t* bit_reversal; ///< order 4 and above: see pow2/fft_plan_layout.h
+    /// From order 4 on. Below kBlockedOrder: the number of pairs, then each pair (a, b), a <= b, of blocks of the first
+    /// pass whose indices are each other's bits reversed. From it on, the second form: the reversals of the lower half,
+    /// rounded up, of the bits of an index.
+    std::int32_t* bit_reversal;
     /// Radix-4 twiddles W^j, W^2j, W^3j of each stage of 2^k points, k from 4 (even order) or 5 (odd) by twos, j below
-    /// 2^k / 4, in groups of four j: four re W^j, four im W^j, then the same of W^2j and of W^3j.
+    /// 2^k / 4, in groups of four (stage_tables.h).
     Real* stage_tables;
     Real* large_tables; ///< the stages beyond 2^15, of the same layout; null below order 16
 };
@@ -31,7 +42,7 @@ struct BasicFftPlan {
 using FftPlan = BasicFftPlan<float>;
 using FftPlanDouble = BasicFftPlan<double>;
 
-/// The same five for 2^order elements, `order` 0 to 30 (kPlanBadOrder).
+/// As the functions of plans for any length (plans/dft_plan.h), with `order` 0 to 30 (kPlanBadOrder) for the length.
 template <typename Real>
 std::int32_t fft_plan_create(BasicFftPlan<Real>** plan, int order, int norm_flag, int hint);
 template <typename Real>

@@ -1,65 +1,14 @@
-// One line in vectors along it: how its elements stand in memory, and how short blocks of it are turned so that each
-// stands in a lane, several beside each other. For vector sources only.
+// Short blocks of one line, each in a lane of its own, several of them across the lanes: how a line that has its
+// vectors within it runs the passes on fewer elements than a vector holds. For vector sources only.
 #pragma once
 
-#include "dft/base/register_transpose.h"
-#include "dft/pow2/ways.h"
+#include "dft/pow2/depth_first.h"
 
 namespace dft::CLARIBOX_VECTOR_CLASS {
 
-/// Elements in memory as the caller has them, at any address, seen as vectors.
-template <typename V, typename Number = Real<V>>
-struct Interleaved {
-    Number* at;
-    Interleaved operator+(std::ptrdiff_t vectors) const { return {at + 2 * kLines<V> * vectors}; }
-};
-template <typename V, typename Number>
-inline LaneComplex<V> Fetch(Interleaved<V, Number> from, std::ptrdiff_t k) {
-    const Real<V>* const at = (from + k).at;
-    return Separate(simd::CLARIBOX_VECTOR_CLASS::Load<V>(at), simd::CLARIBOX_VECTOR_CLASS::Load<V>(at + kLines<V>),
-                    simd::CLARIBOX_VECTOR_CLASS::Indices<kLines<V>>{});
-}
-template <typename V>
-inline void Deposit(Interleaved<V> to, std::ptrdiff_t k, LaneComplex<V> x) {
-    V a;
-    V b;
-    Join(x, a, b, simd::CLARIBOX_VECTOR_CLASS::Indices<kLines<V>>{});
-    Real<V>* const at = (to + k).at;
-    simd::CLARIBOX_VECTOR_CLASS::Store(at, a);
-    simd::CLARIBOX_VECTOR_CLASS::Store(at + kLines<V>, b);
-}
-
-/// Vectors of consecutive elements, all real parts, then all imaginary ones, at any address. A vector takes the same
-/// place as in `Interleaved`, so that one form can take the other's place.
-template <typename V>
-struct Separated {
-    Real<V>* at;
-    Separated operator+(std::ptrdiff_t vectors) const { return {at + 2 * kLines<V> * vectors}; }
-};
-template <typename V>
-inline LaneComplex<V> Fetch(Separated<V> from, std::ptrdiff_t k) {
-    const Real<V>* const at = (from + k).at;
-    return {simd::CLARIBOX_VECTOR_CLASS::Load<V>(at), simd::CLARIBOX_VECTOR_CLASS::Load<V>(at + kLines<V>)};
-}
-template <typename V>
-inline void Deposit(Separated<V> to, std::ptrdiff_t k, LaneComplex<V> x) {
-    Real<V>* const at = (to + k).at;
-    simd::CLARIBOX_VECTOR_CLASS::Store(at, x.re);
-    simd::CLARIBOX_VECTOR_CLASS::Store(at + kLines<V>, x.im);
-}
-
-/// The numbers below a power of two with their bits reversed.
-template <int count>
-struct ReversedNumbers {
-    int of[count];
-    constexpr ReversedNumbers() : of{} {
-        for (int k = 1; k < count; ++k) {
-            of[k] = of[k / 2] / 2 + k % 2 * (count / 2);
-        }
-    }
-};
-template <int count>
-inline constexpr ReversedNumbers<count> kReversed;
+/// The vector that holds consecutive elements of a line of T.
+template <typename T>
+using VectorWithin = typename simd::CLARIBOX_VECTOR_CLASS::VectorOf<T, simd::CLARIBOX_VECTOR_CLASS::kLanes<T>>::Type;
 
 /// A line of blocks of 16 or 32 elements, `groups` of them to each lane. A group is one block a lane, lane l having the
 /// one at index (l with its bits reversed) * groups + group: one frequency of all of them makes consecutive elements of
@@ -73,27 +22,27 @@ struct LaneBlocks {
 
     std::ptrdiff_t BlockOf(int lane, std::ptrdiff_t group) const { return kReversed<kLanes>.of[lane] * groups + group; }
 
-    /// The blocks of a group, from where vectors of the line are to x[point].
+    /// Point k of the blocks of a group to x[k].
     template <typename Line>
-    void Turn(Line line, std::ptrdiff_t group, LaneComplex<V>* x) const {
+    void LoadBlocks(Line line, std::ptrdiff_t group, LaneComplex<V>* x) const {
         using simd::CLARIBOX_VECTOR_CLASS::Unrolled;
         for (int part = 0; part < kVectors; ++part) {
             V re[kLanes];
             V im[kLanes];
             Unrolled<kLanes>([&](int lane) {
-                const LaneComplex<V> row = Fetch(line, BlockOf(lane, group) * kVectors + part);
+                const LaneComplex<V> row = Load(line, BlockOf(lane, group) * kVectors + part);
                 re[lane] = row.re;
                 im[lane] = row.im;
             });
-            Transpose(re);
-            Transpose(im);
+            simd::CLARIBOX_VECTOR_CLASS::Transpose(re);
+            simd::CLARIBOX_VECTOR_CLASS::Transpose(im);
             Unrolled<kLanes>([&](int k) { x[part * kLanes + k] = {re[k], im[k]}; });
         }
     }
 
     /// And back.
     template <typename Line>
-    void TurnBack(const LaneComplex<V>* x, std::ptrdiff_t group, Line line) const {
+    void StoreBlocks(const LaneComplex<V>* x, std::ptrdiff_t group, Line line) const {
         using simd::CLARIBOX_VECTOR_CLASS::Unrolled;
         for (int part = 0; part < kVectors; ++part) {
             V re[kLanes];
@@ -102,10 +51,10 @@ struct LaneBlocks {
                 re[k] = x[part * kLanes + k].re;
                 im[k] = x[part * kLanes + k].im;
             });
-            Transpose(re);
-            Transpose(im);
+            simd::CLARIBOX_VECTOR_CLASS::Transpose(re);
+            simd::CLARIBOX_VECTOR_CLASS::Transpose(im);
             Unrolled<kLanes>([&](int lane) {
-                Deposit(line, BlockOf(lane, group) * kVectors + part, LaneComplex<V>{re[lane], im[lane]});
+                Store(line, BlockOf(lane, group) * kVectors + part, LaneComplex<V>{re[lane], im[lane]});
             });
         }
     }
@@ -117,12 +66,109 @@ struct LaneBlocks {
     template <typename Line>
     void LoadNatural(Line line, std::ptrdiff_t reversedGroup, LaneComplex<V>* x) const {
         simd::CLARIBOX_VECTOR_CLASS::Unrolled<points>(
-            [&](int point) { x[point] = Fetch(line, NaturalVector(point, reversedGroup)); });
+            [&](int point) { x[point] = Load(line, NaturalVector(point, reversedGroup)); });
     }
     void StoreNatural(const LaneComplex<V>* x, std::ptrdiff_t reversedGroup, Interleaved<V> line) const {
         simd::CLARIBOX_VECTOR_CLASS::Unrolled<points>(
-            [&](int point) { Deposit(line, NaturalVector(point, reversedGroup), x[point]); });
+            [&](int point) { Store(line, NaturalVector(point, reversedGroup), x[point]); });
     }
+};
+
+/// Transforms a block of 16 or 32 elements in each lane with the twiddles of its one stage.
+template <int points, Direction direction, Order order, typename V>
+inline void TransformBlock(LaneComplex<V>* x, TripleSeries<AcrossLines<V>> twiddles) {
+    constexpr int kSmall = points / 4;
+    const auto smallBlocks = [x] {
+        simd::CLARIBOX_VECTOR_CLASS::Unrolled<4>(
+            [x](int k) { TransformSmallBlock<kSmall, direction, order>(x + kSmall * k); });
+    };
+    if constexpr (order == kToNatural) {
+        smallBlocks();
+    }
+    Pass4<direction, order, kDecimation<order, false>>(x, x, kSmall, 1, twiddles);
+    if constexpr (order == kToBitReversed) {
+        smallBlocks();
+    }
+}
+
+/// The last passes of a record's line that has its vectors within it: the blocks of 16 elements of the block of 2^bits
+/// elements that is number `block` of its size.
+template <typename V>
+class LastSixteens {
+public:
+    using T = Real<V>;
+
+    LastSixteens(const Pow2Schedule<T>& schedule, LaneComplex<V>* scratch, T* data, int bits, std::ptrdiff_t block)
+        : m_Schedule(schedule), m_Scratch(scratch), m_Data{data},
+          m_First(block << (bits - 4)), m_Blocks{(std::ptrdiff_t{1} << (bits - 4)) / kLines<V>} {}
+
+    /// Forward from scratch to data, backward from data to scratch. The data is in natural order or in bit-reversed.
+    template <Direction direction>
+    [[gnu::flatten]] void Run(bool natural) const {
+        std::ptrdiff_t reversed = 0;
+        for (std::ptrdiff_t group = 0; group < m_Blocks.groups; ++group) {
+            LaneComplex<V> x[16];
+            if constexpr (direction == kForward) {
+                m_Blocks.LoadBlocks(m_Scratch, group, x);
+                Transform<kForward, kToBitReversed>(group, x);
+                natural ? m_Blocks.StoreNatural(x, reversed, m_Data) : m_Blocks.StoreBlocks(x, group, m_Data);
+            } else {
+                natural ? m_Blocks.LoadNatural(m_Data, reversed, x) : m_Blocks.LoadBlocks(m_Data, group, x);
+                Transform<kBackward, kToNatural>(group, x);
+                m_Blocks.StoreBlocks(x, group, m_Scratch);
+            }
+            reversed = NextReversed(reversed, m_Blocks.groups / 2);
+        }
+    }
+
+private:
+    /// The triples of `count` adjacent blocks of a pass, the first of which is number count * BlockOf(lane).
+    template <int count>
+    void GatherTriples(std::ptrdiff_t group, TwiddleTriple<V>* triples) const {
+        constexpr int kLanes = kLines<V>;
+        constexpr int kNumbers = 6 * count;
+        V numbers[kNumbers < kLanes ? kLanes : kNumbers];
+        for (int first = 0; first < kNumbers; first += kLanes) {
+            // The last square overlaps the one before.
+            const int from = kNumbers >= kLanes && first + kLanes > kNumbers ? kNumbers - kLanes : first;
+            simd::CLARIBOX_VECTOR_CLASS::Unrolled<kLanes>([&](int lane) {
+                numbers[from + lane] = simd::CLARIBOX_VECTOR_CLASS::Load<V>(
+                    m_Schedule.triples + (m_First + m_Blocks.BlockOf(lane, group)) * kNumbers + from);
+            });
+            simd::CLARIBOX_VECTOR_CLASS::Transpose(numbers + from);
+        }
+        for (int k = 0; k < count; ++k) {
+            const V* const at = numbers + 6 * k;
+            triples[k] = {{at[0], at[1]}, {at[2], at[3]}, {at[4], at[5]}};
+        }
+    }
+
+    /// The two last passes, lane by lane.
+    template <Direction direction, Order order>
+    void Transform(std::ptrdiff_t group, LaneComplex<V>* x) const {
+        if (m_Schedule.triples == nullptr) {
+            return TransformBlock<16, direction, order>(x, TripleSeries<AcrossLines<V>>{SeriesOf(m_Schedule, 4)});
+        }
+        constexpr Decimation decimation = kDecimation<order, true>;
+        TwiddleTriple<V> whole;
+        TwiddleTriple<V> quarters[4];
+        GatherTriples<1>(group, &whole);
+        GatherTriples<4>(group, quarters);
+        if constexpr (order == kToBitReversed) {
+            Pass4<direction, order, decimation>(x, x, 4, 1, [&](std::ptrdiff_t) { return whole; });
+        }
+        simd::CLARIBOX_VECTOR_CLASS::Unrolled<4>(
+            [&](int k) { Radix4Butterfly<direction, order, decimation>(x + 4 * k, x + 4 * k, 0, 1, quarters[k]); });
+        if constexpr (order == kToNatural) {
+            Pass4<direction, order, decimation>(x, x, 4, 1, [&](std::ptrdiff_t) { return whole; });
+        }
+    }
+
+    const Pow2Schedule<T>& m_Schedule;
+    LaneComplex<V>* m_Scratch;
+    Interleaved<V> m_Data;
+    std::ptrdiff_t m_First;
+    LaneBlocks<V, 16> m_Blocks;
 };
 
 } // namespace dft::CLARIBOX_VECTOR_CLASS

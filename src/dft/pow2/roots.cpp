@@ -1,5 +1,7 @@
 #include "dft/pow2/roots.h"
 
+#include "dft/memory/plan_life.h"
+
 #include <cmath>
 #include <type_traits>
 
@@ -38,7 +40,29 @@ void FillRoots(Complex<Real>* roots, int count) {
     }
 }
 
-template void FillRoots(Complex<float>* roots, int count);
-template void FillRoots(Complex<double>* roots, int count);
+template <typename Real>
+Complex<Real>* AllocateCircle(int count) {
+    Complex<Real>* const circle = AllocateTable<Complex<Real>>(count);
+    if (circle != nullptr) {
+        FillRoots(circle, count);
+    }
+    return circle;
+}
+
+template <typename Real>
+Complex<Real>* AllocateTwoCircles(int length, Roots<Real> roots) {
+    Complex<Real>* const table = AllocateTable<Complex<Real>>(2 * static_cast<std::int64_t>(length));
+    for (int k = 0; table != nullptr && k < length; ++k) {
+        table[k] = table[length + k] = roots.Of(length, k);
+    }
+    return table;
+}
+
+template void FillRoots(Complex<float>*, int);
+template void FillRoots(Complex<double>*, int);
+template Complex<float>* AllocateCircle(int);
+template Complex<double>* AllocateCircle(int);
+template Complex<float>* AllocateTwoCircles(int, Roots<float>);
+template Complex<double>* AllocateTwoCircles(int, Roots<double>);
 
 } // namespace dft

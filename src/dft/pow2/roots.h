@@ -1,7 +1,11 @@
-// The roots of unity that all tables of a plan are cut from.
+// The roots of unity that all twiddles come from: a whole circle at once, or one after the other.
 #pragma once
 
 #include "dft/base/complex.h"
+
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
 
 namespace dft {
 
@@ -10,5 +14,45 @@ namespace dft {
 /// computed one precision wider than they are kept.
 template <typename Real>
 void FillRoots(Complex<Real>* roots, int count);
+
+/// The same in plan memory, which `plan_free` takes back; null if there is none.
+template <typename Real>
+Complex<Real>* AllocateCircle(int count);
+
+/// A circle of roots: circle[k] = exp(-2 pi i k / count) for k below `count`.
+template <typename Real>
+struct Roots {
+    const Complex<Real>* circle;
+    int count;
+
+    /// exp(-2 pi i k / n), where n divides `count` and k is below n.
+    Complex<Real> Of(int n, int k) const { return circle[static_cast<std::ptrdiff_t>(k) * (count / n)]; }
+};
+
+/// 2 * length roots, twice around the circle, so that an index below 2 * length needs no reduction, in plan memory;
+/// null if there is none. `length` divides the count of `roots`.
+template <typename Real>
+Complex<Real>* AllocateTwoCircles(int length, Roots<Real> roots);
+
+/// exp(-i * j * 2 pi / points) for j = 0, 1, 2 .. in turn, for the table of a commit. Single precision adds the angles
+/// up in extended precision, as is required of that table (the results of DftChecksum hold it). The sums drift by up to
+/// a 2^-64th of a radian a step, which would show in double precision: there each angle is a product
+/// (DftTransform.AwkwardLengths).
+template <typename Real>
+class RootSeries {
+public:
+    explicit RootSeries(std::int64_t points) : m_Step(8.0L * std::atan(1.0L) / static_cast<long double>(points)) {}
+    Complex<Real> Next() {
+        const Complex<Real> root = {static_cast<Real>(std::cos(m_Angle)), static_cast<Real>(-std::sin(m_Angle))};
+        ++m_Index;
+        m_Angle = kPrecision<Real> == 0 ? m_Angle + m_Step : m_Step * static_cast<long double>(m_Index);
+        return root;
+    }
+
+private:
+    long double m_Step;
+    long double m_Angle = 0.0L;
+    std::int64_t m_Index = 0;
+};
 
 } // namespace dft

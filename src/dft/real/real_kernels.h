@@ -3,7 +3,6 @@
 #pragma once
 
 #include "dft/base/complex.h"
-#include "dft/plans/plan_runs.h"
 
 namespace dft {
 

@@ -1,15 +1,10 @@
 #include "dft/real/real_plan.h"
 
-#include "dft/memory/engine_memory.h"
-#include "dft/plans/plan_tables.h"
-#include "dft/pow2/roots.h"
-
-#include <bit>
+#include "dft/memory/plan_life.h"
+#include "dft/plans/methods.h"
 
 namespace dft {
 namespace {
-
-constexpr int kLargestTiny = 4; // up to it no run needs a table
 
 /// The tables of the step between a complex line of half the length and the native layout.
 template <typename Real>
@@ -30,57 +25,37 @@ bool MakeUnpackTables(BasicRealDftPlan<Real>& plan, Roots<Real> roots) {
 }
 
 template <typename Real>
-std::int32_t BuildPowerOfTwo(BasicRealDftPlan<Real>& plan, int points, int hint) {
-    plan.power_of_two = 1;
-    const int order = std::countr_zero(static_cast<unsigned int>(points));
-    const std::int32_t status = fft_plan_create(&plan.fft_plan, order, kUnscaled, hint);
-    if (status == kPlanOk) {
-        plan.work_bytes = plan.fft_plan->work_bytes;
+std::int32_t BuildFrom(BasicRealDftPlan<Real>& plan, int hint, Roots<Real> roots) {
+    const bool isEven = plan.length % 2 == 0;
+    const int points = isEven ? plan.length / 2 : plan.length;
+    const bool isTiny = plan.length <= kLargestTiny;
+    const MethodQuery query = {points, isTiny ? kLargestTiny : 0, isEven ? kLargestFactor : kLargestRealDirect};
+    const std::int32_t status = BuildMethod<Real>(plan, query, roots, hint);
+    if (status == kPlanOk && isEven && !isTiny && !MakeUnpackTables(plan, roots)) {
+        return kPlanNoMemory;
     }
-    return status;
-}
-
-template <typename Real>
-std::int32_t BuildEven(BasicRealDftPlan<Real>& plan, int hint, Roots<Real> roots) {
-    const int half = roots.count / 2;
-    const bool isPowerOfTwo = std::has_single_bit(static_cast<unsigned int>(half));
-    const std::int32_t status =
-        isPowerOfTwo ? BuildPowerOfTwo(plan, half, hint) : BuildGeneral<Real>(plan, half, roots, kLargestFactor);
-    if (status != kPlanOk) {
-        return status;
-    }
-    return MakeUnpackTables(plan, roots) ? kPlanOk : kPlanNoMemory;
-}
-
-template <typename Real>
-std::int32_t BuildOdd(BasicRealDftPlan<Real>& plan, Roots<Real> roots) {
-    const std::int32_t status = BuildGeneral<Real>(plan, roots.count, roots, kLargestRealDirect);
-    if (plan.direct_matrix != nullptr) {
+    if (!isEven && plan.direct_matrix != nullptr) {
         // Sums and differences of real elements take half the room of complex ones.
-        plan.work_bytes = static_cast<std::int32_t>(sizeof(Real)) * roots.count + 16;
+        plan.work_bytes = static_cast<std::int32_t>(sizeof(Real)) * points + 16;
     }
+    plan.complex_run = static_cast<const BasicDftPlan<Real>&>(plan);
+    plan.complex_run.length = points;
     return status;
 }
 
 /// Chooses the method by the length and builds its tables.
 template <typename Real>
-std::int32_t BuildMethod(BasicRealDftPlan<Real>& plan, int hint) {
-    const int length = plan.length;
-    const bool isEven = length % 2 == 0;
-    const int points = isEven ? length / 2 : length;
-    std::int32_t status = kPlanOk;
-    if (length > kLargestTiny) {
-        Complex<Real>* const circle = FitsWorkMemory<Real>(points) ? AllocateTable<Complex<Real>>(length) : nullptr;
-        if (circle == nullptr) {
-            return kPlanNoMemory;
-        }
-        FillRoots(circle, length);
-        const Roots<Real> roots{circle, length};
-        status = isEven ? BuildEven(plan, hint, roots) : BuildOdd(plan, roots);
-        plan_free(circle);
+std::int32_t BuildTables(BasicRealDftPlan<Real>& plan, int hint) {
+    if (plan.length <= kLargestTiny) {
+        return BuildFrom(plan, hint, {});
     }
-    plan.complex_run = static_cast<const BasicDftPlan<Real>&>(plan);
-    plan.complex_run.length = points;
+    const bool fits = FitsWorkMemory<Real>(plan.length % 2 == 0 ? plan.length / 2 : plan.length);
+    Complex<Real>* const circle = fits ? AllocateCircle<Real>(plan.length) : nullptr;
+    if (circle == nullptr) {
+        return kPlanNoMemory;
+    }
+    const std::int32_t status = BuildFrom(plan, hint, {circle, plan.length});
+    plan_free(circle);
     return status;
 }
 
@@ -99,7 +74,7 @@ std::int32_t real_plan_create(BasicRealDftPlan<Real>** plan, int length, int nor
         built.tag = kRealPlanTag;
         built.length = length;
         built.norm_flag = norm_flag;
-        return BuildMethod(built, hint);
+        return BuildTables(built, hint);
     };
     return CreatePlan(plan, length, norm_flag, build, real_plan_free<Real>);
 }
@@ -112,7 +87,7 @@ std::int32_t real_plan_work_size(const BasicRealDftPlan<Real>* plan, int* bytes)
 template <typename Real>
 void real_plan_free(BasicRealDftPlan<Real>* plan) {
     if (plan != nullptr) {
-        ReleaseTables<Real>(*plan);
+        MethodAt<Real>(plan->method).release(*plan);
         plan_free(plan->unpack_forward);
         plan_free(plan->unpack_backward);
         plan->tag = 0;

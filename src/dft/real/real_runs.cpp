@@ -1,6 +1,6 @@
 // The runs of a real plan.
 #include "dft/memory/plan_life.h"
-#include "dft/plans/plan_runs.h"
+#include "dft/plans/methods.h"
 #include "dft/real/packed_formats.h"
 #include "dft/real/real_kernels.h"
 #include "dft/real/real_plan.h"
@@ -15,11 +15,11 @@ void RunEven(const BasicRealDftPlan<Real>& plan, const Real* input, Real* output
     auto* const to = reinterpret_cast<Complex<Real>*>(output);
     const int half = plan.length / 2;
     if constexpr (direction == kForward) {
-        ActivePlanRuns<Real>().line[kForward](plan.complex_run, from, to, work);
+        KernelsOf(plan.complex_run).line[kForward](plan.complex_run, from, to, work);
         StepBetweenHalves<kForward>(half, plan.unpack_forward, to, to);
     } else {
         StepBetweenHalves<kBackward>(half, plan.unpack_backward, from, to);
-        ActivePlanRuns<Real>().line[kBackward](plan.complex_run, to, to, work);
+        KernelsOf(plan.complex_run).line[kBackward](plan.complex_run, to, to, work);
     }
 }
 
@@ -54,7 +54,7 @@ std::int32_t RunOddAsComplex(const BasicRealDftPlan<Real>& plan, const Real* inp
             line[mirrored] = {input[2 * k - 1], -input[2 * k]};
         }
     }
-    ActivePlanRuns<Real>().line[direction](plan.complex_run, line, line, work);
+    KernelsOf(plan.complex_run).line[direction](plan.complex_run, line, line, work);
     output[0] = line[0].re;
     for (int k = 1; k <= length / 2; ++k) {
         const int mirrored = length - k;
@@ -73,7 +73,7 @@ template <Direction direction, typename Real>
 std::int32_t RunMethod(const BasicRealDftPlan<Real>& plan, const Real* input, Real* output, void* work) {
     if (plan.length % 2 == 0) {
         RunEven<direction>(plan, input, output, work);
-    } else if (plan.length < 5) {
+    } else if (plan.length <= kLargestTiny) {
         RunTinyOdd<direction>(plan.length, input, output);
     } else if (plan.direct_matrix != nullptr) {
         TransformOddDirectly<direction>(plan.length, plan.direct_matrix, input, output, static_cast<Real*>(work));
