@@ -2,6 +2,7 @@
 
 #include "Errors.h"
 #include "Memory.h"
+#include "MemoryEstimate.h"
 #include "Messages.h"
 #include "OutputFile.h"
 #include "OutputNames.h"
@@ -141,8 +142,9 @@ void Batch::Process(const Task& task) {
         throw PictureError(misfit);
     }
     const PictureWriter writer = WriterFor(task, picture.Image());
-    const std::int64_t needed = EstimateBytes(shape, m_Operation.workingBytes(m_Settings, shape), writer.Name());
-    const MemoryBudget::Share share(m_Budget, needed);
+    const MemoryEstimate estimate =
+        EstimateMemory(shape, picture.Stored(), m_Operation.workingBytes(m_Settings, shape), writer.Name());
+    const MemoryBudget::Share share(m_Budget, estimate.Peak());
     std::vector<std::string> losses = picture.Losses();
     std::ranges::move(writer.Losses(picture.Image()), std::back_inserter(losses));
     Tell(task, losses);
@@ -185,7 +187,7 @@ int Batch::Summarise() {
 
 int RunBatch(const Verb& verb, const PixelOperation& operation, const Settings& settings) {
     Plan plan = PlanOutputs(settings);
-    if (const std::string caution = operation.caution(settings); !caution.empty()) {
+    if (const std::string caution = operation.caution ? operation.caution(settings) : ""; !caution.empty()) {
         Messages(0, settings.quiet).Warning(verb.name, caution);
     }
     const int status = Batch(operation, settings, std::move(plan.tasks)).Run();

@@ -53,7 +53,7 @@ struct Store {
 /// Adds the option of one row to `app`, storing into `settings`.
 void AddOption(CLI::App& app, const OptionRow& row, Settings& settings) {
     CLI::Option* option = nullptr;
-    if (std::holds_alternative<Help>(row.target)) {
+    if (std::holds_alternative<AskForHelp>(row.target)) {
         option = app.set_help_flag(row.name, row.help);
     } else if (const auto* flag = std::get_if<bool Settings::*>(&row.target)) {
         option = app.add_flag(row.name, settings.*(*flag), row.help);

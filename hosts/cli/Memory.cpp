@@ -18,35 +18,6 @@
 namespace cli {
 namespace {
 
-constexpr std::int64_t Mebibyte = std::int64_t{1} << 20;
-
-/// The process itself, row buffers and threads: 32 MiB were measured.
-constexpr std::int64_t FixedBytes = 48 * Mebibyte;
-
-/// Bytes a pixel that a reader or writer of libvips holds beside the picture.
-struct CoderCost {
-    std::string_view name;
-    std::int64_t opaque;
-    std::int64_t withAlpha;
-};
-
-/// Measured as peak memory on 6 megapixels of noise, the costliest picture, with libvips 8.14, plus a tenth or more.
-constexpr CoderCost Coders[] = {
-    {"webpload", 10, 12}, {"heifload", 16, 20}, {"magickload", 16, 16}, {"gifload", 8, 8},      {"jxlload", 10, 44},
-    {"webpsave", 14, 44}, {"heifsave", 52, 56}, {"jxlsave", 56, 80},    {"magicksave", 16, 16}, {"gifsave", 18, 18},
-};
-
-/// The rest go row by row, but for progressive JPEG and interlaced PNG.
-constexpr std::int64_t OtherCoderCost = 8;
-
-std::int64_t CoderBytes(const std::string& name, const PictureShape& shape) {
-    const auto* row = std::ranges::find_if(Coders, [&](const CoderCost& cost) { return name.starts_with(cost.name); });
-    if (row == std::end(Coders)) {
-        return shape.Pixels() * OtherCoderCost;
-    }
-    return shape.Pixels() * (shape.bands % 2 == 0 ? row->withAlpha : row->opaque);
-}
-
 constexpr std::int64_t Unlimited = std::numeric_limits<std::int64_t>::max();
 
 /// The first number of a file, or `otherwise` where there is none.
@@ -93,25 +64,11 @@ std::int64_t AddressSpaceFreeBytes() {
     return limit == Unlimited ? Unlimited : limit - NumberIn("/proc/self/statm", 0) * sysconf(_SC_PAGESIZE);
 }
 
-/// Of a thread where the address space is limited: ample for libvips, which asks for as much.
+/// The stack of a thread where the address space is limited: as much as libvips asks for, where the system would
+/// reserve 8 MiB. SurroundingsTest.cpp has the command work under such limits.
 constexpr std::int64_t StackBytes = 2 * Mebibyte;
 
-/// Stacks take memory only as they are used, but address space at once.
-std::int64_t StacksOfOnePicture() {
-    return AddressSpaceLimit() == Unlimited ? 0 : StackBytes * ThreadsOfOnePicture();
-}
-
 } // namespace
-
-std::int64_t EstimateBytes(const PictureShape& shape, std::int64_t workingBytes, const std::string& writer) {
-    const std::int64_t picture = shape.Pixels() * shape.bands;
-    const std::int64_t decoding = std::max(CoderBytes(shape.reader, shape), shape.Pixels() * shape.storedBytesPerPixel);
-    const std::int64_t turning = shape.turned ? picture : 0;
-    // Greyscale is spread over three channels for the library.
-    const std::int64_t working = workingBytes + (shape.bands < 3 ? 3 * shape.Pixels() : 0);
-    return shape.heldBytes + picture + std::max({decoding, turning, working, CoderBytes(writer, shape)}) + FixedBytes +
-           StacksOfOnePicture();
-}
 
 std::int64_t FreeBytes() {
     return std::max<std::int64_t>(0, std::min({SystemFreeBytes(), ControlGroupFreeBytes(), AddressSpaceFreeBytes()}));
@@ -129,6 +86,10 @@ void SpareAddressSpace() {
     pthread_attr_destroy(&attributes);
 }
 
+std::int64_t StacksOfOnePicture() {
+    return AddressSpaceLimit() == Unlimited ? 0 : StackBytes * ThreadsOfOnePicture();
+}
+
 std::string Mebibytes(std::int64_t bytes) {
     return std::to_string((bytes + Mebibyte - 1) / Mebibyte) + " MiB";
 }
@@ -139,7 +100,7 @@ MemoryBudget::Share::Share(MemoryBudget& budget, std::int64_t bytes) : m_Budget(
                            " are free; free some or take a smaller picture");
     }
     std::unique_lock lock(budget.m_Mutex);
-    // A signal handler cannot notify, so the wait looks up now and then.
+    // A signal handler cannot notify, so the wait is broken off now and then to look for an interrupt.
     while (!budget.m_Freed.wait_for(lock, std::chrono::milliseconds(100), [&] { return budget.m_Left >= bytes; })) {
         StopIfInterrupted();
     }

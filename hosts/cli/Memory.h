@@ -1,8 +1,6 @@
-// What there is to know of a picture before it is decoded: its shape, how much memory it will take, how much there is,
-// and pictures waiting until enough of it is free.
+// How much memory there is, and pictures that wait until enough of it is free.
 #pragma once
 
-#include <algorithm>
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
@@ -10,23 +8,7 @@
 
 namespace cli {
 
-/// What the checks and the estimate need to know of a picture.
-struct PictureShape {
-    int width; ///< as stored: turning may exchange it with the height
-    int height;
-    int bands;               ///< as it is worked on: 1 to 4 bytes a pixel
-    int storedBytesPerPixel; ///< as it is decoded
-    bool turned;             ///< orientation has to be applied, which takes a second copy
-    std::string reader;      ///< libvips' name of it, such as "jpegload_source"
-    std::int64_t heldBytes;  ///< of the undecoded picture
-
-    int SmallerSide() const { return std::min(width, height); }
-    std::int64_t Pixels() const { return std::int64_t{width} * height; }
-};
-
-/// An upper estimate of the bytes one picture takes at its peak; `workingBytes` are the operation's own, `writer` is
-/// libvips' name, such as "jpegsave".
-std::int64_t EstimateBytes(const PictureShape& shape, std::int64_t workingBytes, const std::string& writer);
+inline constexpr std::int64_t Mebibyte = std::int64_t{1} << 20;
 
 /// Bytes this process can still take: the least of what the system has available, what the process's control group
 /// allows and what its address space limit leaves.
@@ -36,6 +18,10 @@ std::int64_t FreeBytes();
 /// memory of its own for each thread that asks for some, and stacks of 8 MiB. To be called before threads are started
 /// and after `vips_init`, which sets stacks too.
 void SpareAddressSpace();
+
+/// Bytes of address space that the stacks of one picture's threads take; 0 where it is not limited, since stacks take
+/// memory only as they are used.
+std::int64_t StacksOfOnePicture();
 
 /// "123 MiB", rounded up.
 std::string Mebibytes(std::int64_t bytes);

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <limits>
 
 namespace cli {
 namespace {
@@ -110,9 +109,8 @@ void Picture::RefuseUnfitSizes() const {
     if (pixels == 1) {
         throw PictureError("a picture of one pixel has nothing to work on; take one of at least two");
     }
-    // The library counts the bytes of packed pixels and of planes, with up to 256 bytes in front, in 32 bits.
-    const int channels = m_Image.bands() % 2 == 0 ? 4 : 3;
-    const std::int64_t largest = (std::numeric_limits<std::int32_t>::max() - 256) / channels;
+    const int channels = Shape().HasAlpha() ? 4 : 3;
+    const std::int64_t largest = FoMaxPictureBytes / channels;
     if (pixels > largest) {
         throw PictureError("too large at " + size + ": at most " + std::to_string(largest) + " pixels of " +
                            std::to_string(channels) + " channels can be counted in 32 bits");
@@ -175,9 +173,11 @@ void Picture::ConvertToRgbOrGrey() {
 }
 
 PictureShape Picture::Shape() const {
-    return {m_Image.width(),       m_Image.height(), m_Image.bands(),
-            m_StoredBytesPerPixel, m_Turned,         HeaderText(m_Image, VIPS_META_LOADER),
-            m_Reader.HeldBytes()};
+    return {m_Image.width(), m_Image.height(), m_Image.bands()};
+}
+
+StoredPicture Picture::Stored() const {
+    return {HeaderText(m_Image, VIPS_META_LOADER), m_StoredBytesPerPixel, m_Turned, m_Reader.HeldBytes()};
 }
 
 void Picture::ReduceToLuminance() {

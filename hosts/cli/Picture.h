@@ -1,9 +1,10 @@
 // One picture: read through libvips, upright and of 8 bits a sample, and worked on in place.
 #pragma once
 
-#include "Memory.h"
+#include "MemoryEstimate.h"
 #include "PackedPixels.h"
 #include "PictureReader.h"
+#include "PictureShape.h"
 #include "TryVips.h"
 
 #include <vips/vips8>
@@ -22,6 +23,7 @@ public:
     explicit Picture(const std::string& input);
 
     PictureShape Shape() const;
+    StoredPicture Stored() const;
 
     /// To be called before `Decode`: leaves the luminance of BT.601 alone, as greyscale without alpha.
     void ReduceToLuminance();

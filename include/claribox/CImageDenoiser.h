@@ -3,13 +3,21 @@
 
 #include "Export.h"
 
+/// Side in pixels of the square on which the noise is measured. The measurement of a plane with a smaller side reads
+/// beyond its end; the library does not test it.
+inline constexpr int DnEstSize = 96;
+
+/// Smallest side in pixels that three levels of wavelets can split. Below it the library says so on standard output
+/// and splits no further than it can.
+inline constexpr int DnMinSide = 9;
+
 /// Holds a plane size and the parameters of the denoiser, and no pixels.
 ///
 /// A picture is three planes of `width` * `height` bytes each, tightly packed: luminance and two chrominance planes of
 /// the same full size. Order of use: construct, `SetSize`, set parameters, call an operation; a new size may be set
-/// between calls. Nothing is tested or reported: sizes and pointers are the host's to keep right. With three levels a
-/// side of 8 pixels or less brings messages to standard output, and a plane below 96 by 96 must not be measured. One
-/// object serves one thread at a time; separate objects may work at once.
+/// between calls. Nothing is tested or reported: sizes and pointers are the host's to keep right. A side
+/// below `DnMinSide` brings messages to standard output, and a plane with a side below `DnEstSize` must not be
+/// measured. One object serves one thread at a time; separate objects may work at once.
 class CLARIBOX_API CImageDenoiser {
 public:
     /// Threshold 5, soft shrinkage, measured anew in each `Denoise_YUV`. The size is -1 by -1, which is no usable one.
@@ -38,9 +46,9 @@ public:
     /// Whether the measurement is on.
     bool IsAuto() const;
 
-    /// Reports the square of 96 by 96 pixels that the last measurement used, (0, 0, 96, 96) on a new object; right and
-    /// bottom are exclusive. It stays where it was when a picture has no square of medium brightness, or goes back to
-    /// (0, 0, 96, 96) where that would end behind the picture.
+    /// Reports the square of `DnEstSize` pixels a side that the last measurement used, (0, 0, 96, 96) on a new object;
+    /// right and bottom are exclusive. It stays where it was when a picture has no square of medium brightness, or goes
+    /// back to (0, 0, 96, 96) where that would end behind the picture.
     void GetEstRect(int& left, int& top, int& right, int& bottom) const;
 
     /// Denoises in place: the luminance plane by shrinkage of its wavelet coefficients, the chrominance planes by a

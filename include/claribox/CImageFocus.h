@@ -5,11 +5,38 @@
 #include "DFT_Buffer.h"
 #include "Export.h"
 
+#include <cstdint>
+
 /// Layout of one packed pixel. A pixel operation given any other value leaves the caller's pixels as they were.
 enum FoPixelFmt : int {
     FoPixelFmt_BGR24 = 0,  ///< 3 bytes: blue, green, red
     FoPixelFmt_BGRX32 = 1, ///< 4 bytes: blue, green, red, and one that every operation leaves alone
 };
+
+// Limits and sizes of the operations, for hosts to check against: the library itself enforces the first alone.
+
+/// The largest radius of `CImageFocus::DeBlur`, in pixels; larger ones are clamped to it. The normal equations of its
+/// kernel grow with the fourth power of the radius, and the time to solve them with the sixth.
+inline constexpr int FoMaxDeBlurRadius = 10;
+
+/// The largest radius, in pixels, at which no sum of `CImageFocus::Blur` wraps whatever the picture: 16.16 weights,
+/// the largest of them 1, times samples of 255 stay below 2^31. Above it bright areas may turn dark.
+inline constexpr int FoMaxSafeBlurRadius = 5;
+
+/// Pixels by which `CImageFocus::DeMotionBlur` extends a picture on each side before it transforms it. The motion
+/// kernel, of side 2*length+1, must fit into the extended picture; of a longer one the library uses the middle alone.
+inline constexpr int FoTransformMargin = 50;
+
+/// Side in pixels of the square that `CImageFocus::GuessMotionDegree` estimates on.
+inline constexpr int FoEstSize = 512;
+
+/// Number of pixels from which on `CImageFocus::GuessMotionDegree` looks at every second row and column only. Above
+/// it, but not at it, `GetEstRectActSize` doubles its coordinates.
+inline constexpr int FoHalfSizePixels = 1700000;
+
+/// The largest number of bytes of a packed picture, and of its three planes together: both are counted in 32 bits,
+/// and up to 256 bytes stand in front of a plane. For larger pictures the counts wrap and too little is allocated.
+inline constexpr std::int32_t FoMaxPictureBytes = INT32_MAX - 256;
 
 /// Holds a picture size and the parameters of the focus operations, and no pixels.
 ///
@@ -36,7 +63,8 @@ public:
     /// Sets the picture size in pixels.
     void SetSize(int width, int height);
 
-    /// Radius of the focus kernels in pixels: 1 or more for `Blur`; `DeBlur` clamps it to 1..10 and stores that back.
+    /// Radius of the focus kernels in pixels: 1 or more for `Blur`; `DeBlur` clamps it to
+    /// 1..`FoMaxDeBlurRadius` and stores that back.
     void SetRadius(int radius);
     int GetRadius() const;
 
@@ -46,7 +74,7 @@ public:
     double GetNoiseFactor() const;
 
     /// Length of motion in pixels, 1 or more: not above the picture's smaller side for `MotionBlur`, and at most half
-    /// of that side plus 49 for `DeMotionBlur`.
+    /// of that side plus `FoTransformMargin` - 1 for `DeMotionBlur`.
     void SetMotionLength(int length);
     int GetMotionLength() const;
 
@@ -55,39 +83,39 @@ public:
     void SetMotionDegree(int degree);
     int GetMotionDegree() const;
 
-    /// Blurs with a bell of side 2*radius+1 that falls to one half at a distance of 2*radius. From radius 6 on, bright
-    /// areas wrap at 32 bits and turn dark.
+    /// Blurs with a bell of side 2*radius+1 that falls to one half at a distance of 2*radius. Above
+    /// `FoMaxSafeBlurRadius`, bright areas wrap at 32 bits and turn dark.
     void Blur(unsigned char* pixels, FoPixelFmt format, int pitch);
 
     /// Smears along the set length and degree of motion.
     void MotionBlur(unsigned char* pixels, FoPixelFmt format, int pitch);
 
     /// Sharpens an out-of-focus picture by a spatial deconvolution kernel for a disc of 0.66*radius. Clamps the radius
-    /// to 1..10, stores it back, and stores the noise factor it used. Runs a thread a colour plane where the machine
-    /// has more than one processor; the bytes are the same either way if all three can be started.
+    /// to 1..`FoMaxDeBlurRadius`, stores it back, and stores the noise factor it used. Runs a thread a colour plane
+    /// where the machine has more than one processor; the bytes are the same either way if all three can be started.
     void DeBlur(unsigned char* pixels, FoPixelFmt format, int pitch);
 
     /// Undoes the set length and degree of motion in the frequency domain. Stores the noise factor it used. The motion
-    /// kernel, of side 2*length+1, has to fit into the picture extended by 50 pixels on each side. Runs a thread a
-    /// colour plane where the machine has more than one processor package or core; the bytes are the same either way if
-    /// all three can be started. Takes 38 bytes a pixel of the extended picture, on one thread 20. A transform that
-    /// finds no memory of its own is not reported: the picture is then undefined.
+    /// kernel, of side 2*length+1, has to fit into the picture extended by `FoTransformMargin` on each side. Runs a
+    /// thread a colour plane where the machine has more than one processor package or core; the bytes are the same
+    /// either way if all three can be started. Takes 38 bytes a pixel of the extended picture, on one thread 20. A
+    /// transform that finds no memory of its own is not reported: the picture is then undefined.
     void DeMotionBlur(unsigned char* pixels, FoPixelFmt format, int pitch);
 
-    /// Guesses the direction of motion blur inside the picture's busiest square of 512 pixels and moves the estimation
-    /// region there; where no such square fits, the region stays as an earlier picture left it. From 1700000 pixels on
-    /// it looks at every second row and column. Returns a degree from 0 to 359; does not set the motion degree. The
-    /// pixels are only read.
+    /// Guesses the direction of motion blur inside the picture's busiest square of `FoEstSize` pixels and moves the
+    /// estimation region there; where no such square fits, the region stays as an earlier picture left it. From
+    /// `FoHalfSizePixels` on it looks at every second row and column. Returns a degree from 0 to 359; does not set the
+    /// motion degree. The pixels are only read.
     int GuessMotionDegree(unsigned char* pixels, FoPixelFmt format, int pitch);
 
-    /// The estimation region in the coordinates of the plane that was looked at. `right` is left + 512 in a picture
-    /// more than 512 pixels wide, else its last column; `bottom` likewise. It may reach beyond the plane: of a picture
+    /// The estimation region in the coordinates of the plane that was looked at. `right` is left + `FoEstSize` in a
+    /// picture wider than that, else its last column; `bottom` likewise. It may reach beyond the plane: of a picture
     /// looked at in half size, with a side below 520, or with the region of an earlier one.
     void GetEstRect(int& left, int& top, int& right, int& bottom) const;
 
-    /// The same in the coordinates of the full picture: all four doubled above 1700000 pixels, with no bound by the
-    /// picture's size. A picture of exactly 1700000 pixels, already looked at in half
-    /// size, still reports the half-size coordinates: required.
+    /// The same in the coordinates of the full picture: all four doubled above `FoHalfSizePixels`, with no bound by
+    /// the picture's size. A picture of exactly so many pixels, already looked at in half size, still reports the
+    /// half-size coordinates: required.
     void GetEstRectActSize(int& left, int& top, int& right, int& bottom) const;
 
 private:
@@ -123,7 +151,7 @@ private:
     int m_MotionDegree = 30;
     int m_EstLeft = 0;
     int m_EstTop = 0;
-    int m_EstSize = 512;
+    int m_EstSize = FoEstSize;
     int m_EstBlock = 8;
     int m_GuessedDegree = 0;
 };

@@ -7,6 +7,12 @@
 #include "DFT_Buffer.h"
 #include "Export.h"
 
+#include <cstdint>
+
+/// The largest number of elements, width times height, of a spectrum: the library and its transforms count the two
+/// floats of each in 32 bits. Nothing tests it: for larger ones the counts wrap and too little is allocated.
+inline constexpr std::int32_t ChMaxTransformElements = (std::int32_t{1} << 30) - 1;
+
 /// Fills `psf`, made `rows` by `cols`, with the bell 2^-(r^2 / sigma^2), r being the distance from the middle in
 /// pixels. `sigma` is the half width at half maximum, not a standard deviation. Neither thresholds nor normalises. A
 /// sigma of 0 gives NaN on the centre and 0 elsewhere.

@@ -43,7 +43,7 @@ static void* ConvolveThreadEntry(void* job) {
 }
 
 void CImageFocus::DeBlur(unsigned char* pixels, FoPixelFmt format, int pitch) {
-    m_Radius = std::clamp(m_Radius, 1, 10);
+    m_Radius = std::clamp(m_Radius, 1, FoMaxDeBlurRadius);
     focus::FoPlaneSet planes(m_Width, m_Height);
     planes.Split(pixels, format, pitch);
     if (CensusThreadsPerCore > 1 || CensusPackages > 1 || CensusCoresPerPackage > 1) {

@@ -120,7 +120,7 @@ void CImageFocus::GetEstRect(int& left, int& top, int& right, int& bottom) const
 }
 
 void CImageFocus::GetEstRectActSize(int& left, int& top, int& right, int& bottom) const {
-    if (focus::PixelCount(m_Width, m_Height) <= focus::kFullSizePixels) {
+    if (focus::PixelCount(m_Width, m_Height) <= FoHalfSizePixels) {
         GetEstRect(left, top, right, bottom);
         return;
     }

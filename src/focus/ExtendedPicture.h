@@ -9,13 +9,11 @@
 
 namespace focus {
 
-/// Pixels on each side of the picture, whatever the kernel.
-inline constexpr int kMargin = 50;
-
 /// The sizes of a plane with its margin.
 struct ExtendedSize {
     ExtendedSize(int pictureWidth, int pictureHeight)
-        : width(kernels::WrapAdd(pictureWidth, 2 * kMargin)), height(kernels::WrapAdd(pictureHeight, 2 * kMargin)) {}
+        : width(kernels::WrapAdd(pictureWidth, 2 * FoTransformMargin)),
+          height(kernels::WrapAdd(pictureHeight, 2 * FoTransformMargin)) {}
 
     std::uint32_t Count() const { return kernels::ElementCount(width, height); }
 

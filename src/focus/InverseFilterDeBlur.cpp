@@ -9,9 +9,9 @@
 
 void CImageFocus::InvFilter(unsigned char* plane, unsigned char* scratch, DFT_Buffer& inverse) {
     const focus::ExtendedSize extended(m_Width, m_Height);
-    ChEntendBuffer(plane, m_Width, m_Height, scratch, focus::kMargin);
+    ChEntendBuffer(plane, m_Width, m_Height, scratch, FoTransformMargin);
     ChInverseFilter(scratch, extended.width, extended.height, inverse);
-    ChCropBuffer(plane, m_Width, m_Height, scratch, focus::kMargin);
+    ChCropBuffer(plane, m_Width, m_Height, scratch, FoTransformMargin);
 }
 
 // The alternative to DeBlur_Deconv in the frequency domain. DeBlur never takes it, and no other operation calls it: it

@@ -15,7 +15,7 @@ int ChGuessMotionDirection(unsigned char* plane, int width, int, int left, int t
 
 int CImageFocus::GuessMotionDegree(unsigned char* pixels, FoPixelFmt format, int pitch) {
     // Half size is picked, not filtered, and alike in both directions, so that angles stay.
-    const int step = focus::PixelCount(m_Width, m_Height) < focus::kFullSizePixels ? 1 : 2;
+    const int step = focus::PixelCount(m_Width, m_Height) < FoHalfSizePixels ? 1 : 2;
     const focus::LuminancePlane plane(pixels, format, pitch, m_Width, m_Height, step);
     Probe_Region(plane.Samples(), plane.Width(), plane.Height());
     focus::EstRect rect;

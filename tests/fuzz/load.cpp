@@ -1,6 +1,7 @@
 // The command's way from the bytes of a file to pixels: it ends with a whole picture, or with one line.
 #include "fuzz/Input.h"
 
+#include "Memory.h"
 #include "Picture.h"
 
 #include <sys/mman.h>
@@ -27,12 +28,12 @@ void Load(const std::string& path) {
     cli::MemoryBudget budget(std::int64_t{64} << 20);
     cli::Picture picture(path);
     const cli::PictureShape shape = picture.Shape();
-    const cli::MemoryBudget::Share share(budget, cli::EstimateBytes(shape, 0, "pngsave"));
+    const cli::MemoryBudget::Share share(budget, cli::EstimateMemory(shape, picture.Stored(), 0, "pngsave").Peak());
     picture.Decode();
     int calls = 0;
     picture.Apply([&](const cli::PackedPixels& pixels) {
-        cli::ForEachPixel(pixels, [](unsigned char& red, unsigned char& green, unsigned char& blue, std::size_t) {
-            red = green = blue = static_cast<unsigned char>(red ^ green ^ blue);
+        cli::ForEachPixel(pixels, [](unsigned char& blue, unsigned char& green, unsigned char& red, std::size_t) {
+            blue = green = red = static_cast<unsigned char>(blue ^ green ^ red);
         });
         EXPECT_EQ(static_cast<std::int64_t>(CountOf(pixels)), shape.Pixels());
         ++calls;

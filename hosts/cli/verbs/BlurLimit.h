@@ -5,8 +5,8 @@
 
 namespace cli {
 
-/// The largest radius at which no sum of `CImageFocus::Blur` can pass 2^31, whatever the picture.
-inline constexpr int SafeBlurRadius = 5;
+/// The command's own limit, in pixels. `BlurWraps` allows for the rounding of sums up to this radius.
+inline constexpr int LargestBlurRadius = 50;
 
 /// Whether some pixel's sum of 16.16 weights times samples passes 2^31 - 1 in a blur of this radius. Decides exactly
 /// for each picture; where it is close it blurs a copy.

@@ -6,9 +6,6 @@
 
 namespace cli {
 
-/// That the library adds on each side of the picture before it transforms it.
-inline constexpr int TransformMargin = 50;
-
 /// Undoes motion of the set length in the direction `degree` by the library's own filter, scaled so that its gain at
 /// frequency zero is 1: a flat picture stays as it is. Equal planes, as of greyscale, are filtered once. Works on
 /// several planes at a time where the machine has processors and threads for it.

@@ -1,7 +1,9 @@
-#include "GuessReport.h"
-
+// The verb `guess-motion`: a line for each picture, in their order, on standard output, and on request a plot.
 #include "CostPlot.h"
 #include "Errors.h"
+#include "EveryVerb.h"
+#include "Memory.h"
+#include "MemoryEstimate.h"
 #include "Messages.h"
 #include "MotionGuess.h"
 #include "OutputFile.h"
@@ -47,7 +49,8 @@ MotionGuess GuessAndPlot(const Settings& settings, const Task& task) {
         throw PictureError(misfit);
     }
     MemoryBudget budget(FreeBytes());
-    const MemoryBudget::Share share(budget, EstimateBytes(shape, GuessWorkingBytes(shape), "pngsave"));
+    const MemoryEstimate estimate = EstimateMemory(shape, picture.Stored(), GuessWorkingBytes(shape), "pngsave");
+    const MemoryBudget::Share share(budget, estimate.Peak());
     picture.Decode();
     if (!picture.Damage().empty()) {
         Messages(0, settings.quiet).Warning(InputName(task.input), picture.Damage());
@@ -84,8 +87,6 @@ std::string ResultLine(const Settings& settings, const Task& task) {
     return {};
 }
 
-} // namespace
-
 int PrintMotionGuesses(const Settings& settings) {
     if (!settings.output.empty() && settings.inputs.size() > 1) {
         throw UsageError("guess-motion: --plot draws one picture; give one, or leave --plot out");
@@ -103,6 +104,22 @@ int PrintMotionGuesses(const Settings& settings) {
         return ExitInterrupted;
     }
     return all ? ExitDone : ExitPictureFailed;
+}
+
+} // namespace
+
+Verb GuessMotionVerb() {
+    return {"guess-motion",
+            "guess in which direction pictures are smeared, from their busiest part",
+            {Inputs(),
+             {"--json", "", "print a JSON object a picture instead of text", &Settings::json},
+             {"--plot", "FILE.png",
+              "draw how badly each direction predicts the pixels, over the part that was looked at; for one picture",
+              FileName{&Settings::output, ".png"}},
+             {"--force", "", "replace an existing plot, though never the picture read", &Settings::force},
+             Quiet(),
+             Help()},
+            PrintMotionGuesses};
 }
 
 } // namespace cli

@@ -1,6 +1,6 @@
-#include "Info.h"
-
+// The verb `info`: the version, what the library found out about the processor, and the classes of code in force.
 #include "Errors.h"
+#include "EveryVerb.h"
 #include "StandardOutput.h"
 
 // The command is linked against the library's inner archive for this: a host sees only the exported surface.
@@ -108,12 +108,19 @@ std::string AsJson(const std::vector<InfoRow>& rows) {
     return object.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 
-} // namespace
-
 int PrintInfo(const Settings& settings) {
     const std::vector<InfoRow> rows = Rows();
     PrintOut(settings.json ? AsJson(rows) : AsText(rows));
     return ExitDone;
+}
+
+} // namespace
+
+Verb InfoVerb() {
+    return {"info",
+            "print the version and what is known of the processor",
+            {{"--json", "", "print a JSON object instead of text", &Settings::json}, Help()},
+            PrintInfo};
 }
 
 } // namespace cli

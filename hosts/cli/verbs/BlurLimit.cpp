@@ -12,8 +12,11 @@ constexpr double One = 65536.0; // of the library's weights, with 16 fractional 
 constexpr double Limit = 2147483648.0;
 constexpr double LargestSample = 255.0;
 
-/// More than single precision can lose in two passes of 101 products.
+/// Derived: more than single precision, at 2^-24 an operation, can lose in two passes of this many products and sums.
+/// BadInputTest.cpp holds the decision against sums in 64 bits.
+constexpr int MostProducts = 2 * LargestBlurRadius + 1;
 constexpr double Rounding = 3e-5;
+static_assert(Rounding > 4.0 * MostProducts * 0x1p-24);
 
 /// One side of the library's bell, which is separable but for its weights' being cut to 16 fractional bits.
 std::vector<float> Bell(int radius) {
@@ -133,7 +136,7 @@ bool BlurWraps(const PackedPixels& pixels, int radius) {
 
 // A wider bell weighs more at every distance, so that what wraps at one radius does at all larger ones.
 int LargestUnwrappedRadius(const PackedPixels& pixels, int radius) {
-    int safe = std::min(radius, SafeBlurRadius);
+    int safe = std::min(radius, FoMaxSafeBlurRadius);
     int wrapping = radius + 1;
     while (wrapping - safe > 1) {
         const int middle = (safe + wrapping) / 2;

@@ -1,8 +1,8 @@
 // The direction in which a picture was smeared, as the library guesses it, told by the picture's own coordinates.
 #pragma once
 
-#include "Memory.h"
 #include "PackedPixels.h"
+#include "PictureShape.h"
 
 #include <array>
 #include <cstdint>

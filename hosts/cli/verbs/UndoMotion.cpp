@@ -21,7 +21,7 @@ constexpr std::size_t MostPlanes = 3;
 
 struct ExtendedSize {
     explicit ExtendedSize(const PackedPixels& pixels)
-        : width(pixels.width + 2 * TransformMargin), height(pixels.height + 2 * TransformMargin) {}
+        : width(pixels.width + 2 * FoTransformMargin), height(pixels.height + 2 * FoTransformMargin) {}
 
     std::uint32_t Count() const { return static_cast<std::uint32_t>(width) * static_cast<std::uint32_t>(height); }
 
@@ -101,9 +101,9 @@ void UndoMotion(const Settings& settings, int degree, const PackedPixels& pixels
     FlatGainInverse inverse(size, settings.length, degree);
     OnThreads(grey ? 1 : MostPlanes, [&](std::size_t k) {
         const auto extended = std::make_unique_for_overwrite<unsigned char[]>(size.Count());
-        ChEntendBuffer(planes[k].data(), pixels.width, pixels.height, extended.get(), TransformMargin);
+        ChEntendBuffer(planes[k].data(), pixels.width, pixels.height, extended.get(), FoTransformMargin);
         ChInverseFilter(extended.get(), size.width, size.height, inverse.Spectrum());
-        ChCropBuffer(planes[k].data(), pixels.width, pixels.height, extended.get(), TransformMargin);
+        ChCropBuffer(planes[k].data(), pixels.width, pixels.height, extended.get(), FoTransformMargin);
     });
     ForEachPixel(pixels, [&](unsigned char& b, unsigned char& g, unsigned char& r, std::size_t k) {
         b = planes[0][k];

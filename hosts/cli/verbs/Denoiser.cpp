@@ -1,0 +1,23 @@
+#include "Denoiser.h"
+
+namespace cli {
+
+CImageDenoiser DenoiserFor(const PackedPixels& pixels) {
+    CImageDenoiser denoiser;
+    denoiser.SetSize(pixels.width, pixels.height);
+    return denoiser;
+}
+
+std::string WaveletMisfit(const PictureShape& shape) {
+    const int smallerSide = shape.SmallerSide();
+    return smallerSide >= DnMinSide ? ""
+                                    : "has a side of " + std::to_string(smallerSide) + " pixels; take a picture of " +
+                                          std::to_string(DnMinSide) + " or more on both sides";
+}
+
+std::int64_t DenoiserWorkingBytes(const Settings&, const PictureShape& shape) {
+    constexpr std::int64_t scratch = std::int64_t{2} << 20;
+    return (3 + 2 * 4) * shape.Pixels() + scratch;
+}
+
+} // namespace cli

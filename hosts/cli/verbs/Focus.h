@@ -1,0 +1,31 @@
+// What the verbs on `CImageFocus` share.
+#pragma once
+
+#include "PackedPixels.h"
+#include "PictureShape.h"
+#include "Settings.h"
+
+#include <claribox/CImageFocus.h>
+
+#include <cstdint>
+#include <string>
+
+namespace cli {
+
+/// Derived: the kernel's (2 * length + 1)^2 elements are counted in 32 bits.
+inline constexpr int LargestLength = 23169;
+static_assert((2LL * LargestLength + 1) * (2LL * LargestLength + 1) <= INT32_MAX);
+static_assert((2LL * LargestLength + 3) * (2LL * LargestLength + 3) > INT32_MAX);
+
+/// One full turn either way; the library would take more.
+inline constexpr int LargestDegree = 360;
+
+CImageFocus FocusFor(const PackedPixels& pixels);
+
+/// Why the radius does not suit a picture of this shape; empty if it does.
+std::string RadiusMisfit(const Settings& settings, const PictureShape& shape);
+
+/// Bytes of the three planes, and of a kernel of this half-size as floats and as integers.
+std::int64_t PlanesAndKernelBytes(const PictureShape& shape, std::int64_t halfSize);
+
+} // namespace cli
