@@ -3,7 +3,6 @@
 #include <cstddef>
 
 namespace dft {
-
 namespace {
 
 // Double precision runs by one set of pass limits in all variants.

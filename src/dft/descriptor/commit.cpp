@@ -13,7 +13,6 @@
 #include <utility>
 
 namespace dft {
-
 namespace {
 
 bool IsPowerOfTwo(const DftDescriptor& record) {

@@ -5,7 +5,6 @@
 #include "dft/memory/work_memory.h"
 
 namespace dft {
-
 namespace {
 
 /// `Element` is Complex<Real> for the complex domain, Real for the real one.

@@ -8,7 +8,6 @@
 #include <memory>
 
 namespace dft {
-
 namespace {
 
 /// What a domain or precision code means for the rest of creation.

@@ -1,24 +1,21 @@
 #include "dft/descriptor/descriptor_routines.h"
 
+#include "dft/base/record_fields.h"
 #include "dft/memory/engine_memory.h"
 #include "dft/plans/dft_plan.h"
 #include "dft/real/real_plan.h"
 
-namespace dft {
+#include <utility>
 
+namespace dft {
 namespace {
 
-template <typename Owned>
-void Release(Owned*& owned, void (*release)(Owned*)) {
-    if (owned != nullptr) {
-        release(owned);
-        owned = nullptr;
-    }
-}
-
-template <typename Element>
-void ReleaseTable(Element* table) {
-    plan_free(table);
+template <typename Real>
+void ReleaseFields(DftDescriptor& record) {
+    using Fields = RecordFields<Real>;
+    dft_plan_free(std::exchange(record.*Fields::kPlan, nullptr));
+    plan_free(std::exchange(record.*Fields::kTable, nullptr));
+    real_plan_free(std::exchange(record.*Fields::kRealPlan, nullptr));
 }
 
 } // namespace
@@ -29,12 +26,8 @@ void ReleasePlans(DftDescriptor* head) {
         record = record->next;
     }
     for (; record != nullptr; record = record->previous) {
-        Release(record->plan_complex_double, dft_plan_free<double>);
-        Release(record->plan_complex_single, dft_plan_free<float>);
-        Release(record->table_double, ReleaseTable<Complex<double>>);
-        Release(record->table_single, ReleaseTable<Complex<float>>);
-        Release(record->plan_real_double, real_plan_free<double>);
-        Release(record->plan_real_single, real_plan_free<float>);
+        ReleaseFields<double>(*record);
+        ReleaseFields<float>(*record);
         record->workspace_need = 0;
     }
 }

@@ -11,6 +11,7 @@ namespace dft {
 EngineBlockSlot engine_block_table[kThreadSlots] = {};
 std::atomic<std::uint32_t> engine_table_lock{0};
 std::atomic<std::int32_t> fast_mm_disabled{-1};
+SystemAllocator engine_system_allocator = {std::malloc, std::free};
 
 namespace {
 
@@ -63,23 +64,13 @@ EngineBlockSlot* ClaimSlot() {
     return slot;
 }
 
-/// The idle cell with the smallest block of at least `bytes`, or -1. The first of equals wins.
-int BestFit(const EngineBlockSlot& slot, std::size_t bytes) {
-    int best = -1;
-    for (int i = 0; i < kBlocksPerThread; ++i) {
-        const bool fits = slot.block_in_use[i] == 0 && slot.block[i] != nullptr && slot.block_size[i] >= bytes;
-        if (fits && (best < 0 || slot.block_size[i] < slot.block_size[best])) {
-            best = i;
-        }
-    }
-    return best;
-}
-
-/// The idle cell with the smallest block, a cell never used first, or -1.
-int CellToReplace(const EngineBlockSlot& slot) {
+/// The idle cell with the smallest block of at least `bytes`, the first of equals, or -1. Cells never used, of size 0,
+/// count only where `mayBeEmpty` is set.
+int SmallestIdleCell(const EngineBlockSlot& slot, std::size_t bytes, bool mayBeEmpty) {
     int smallest = -1;
     for (int i = 0; i < kBlocksPerThread; ++i) {
-        if (slot.block_in_use[i] == 0 && (smallest < 0 || slot.block_size[i] < slot.block_size[smallest])) {
+        const bool fits = slot.block_size[i] >= bytes && (mayBeEmpty || slot.block[i] != nullptr);
+        if (slot.block_in_use[i] == 0 && fits && (smallest < 0 || slot.block_size[i] < slot.block_size[smallest])) {
             smallest = i;
         }
     }
@@ -106,9 +97,9 @@ void* engine_alloc(std::size_t bytes) {
     if (slot == nullptr) {
         return nullptr;
     }
-    int cell = BestFit(*slot, bytes);
+    int cell = SmallestIdleCell(*slot, bytes, false);
     if (cell < 0) {
-        cell = CellToReplace(*slot);
+        cell = SmallestIdleCell(*slot, 0, true);
         if (cell < 0) {
             return nullptr;
         }
@@ -116,7 +107,7 @@ void* engine_alloc(std::size_t bytes) {
             engine_system_allocator.release(slot->block[cell]);
         }
         slot->block[cell] = engine_system_allocator.allocate(bytes);
-        // A larger block is told as smaller than it is, never the other way round.
+        // A block too large for the field is recorded as smaller than it is, never the other way round.
         slot->block_size[cell] =
             static_cast<std::uint32_t>(std::min<std::size_t>(bytes, std::numeric_limits<std::uint32_t>::max()));
     }

@@ -17,11 +17,9 @@ namespace dft {
 /// A cleared block for `count` elements of T from plan memory; null if there is none.
 template <typename T>
 T* AllocateTable(std::int64_t count) {
-    constexpr std::int64_t kMost = std::numeric_limits<std::ptrdiff_t>::max() / static_cast<std::int64_t>(sizeof(T));
-    T* const table =
-        count > kMost / 2
-            ? nullptr
-            : static_cast<T*>(plan_alloc(static_cast<std::ptrdiff_t>(count * static_cast<std::int64_t>(sizeof(T)))));
+    constexpr std::int64_t kSize = sizeof(T);
+    const bool fits = count <= std::numeric_limits<std::ptrdiff_t>::max() / kSize / 2;
+    T* const table = fits ? static_cast<T*>(plan_alloc(static_cast<std::ptrdiff_t>(count * kSize))) : nullptr;
     if (table != nullptr) {
         std::fill_n(table, count, T{});
     }
@@ -34,19 +32,14 @@ std::int32_t StoreNormalisation(Plan& plan, double length, int norm_flag) {
     using Scale = decltype(plan.scale);
     plan.scale_forward = norm_flag == kForwardByLength || norm_flag == kBothBySquareRoot;
     plan.scale_backward = norm_flag == kBackwardByLength || norm_flag == kBothBySquareRoot;
-    switch (norm_flag) {
-    case kForwardByLength:
-    case kBackwardByLength:
+    if (norm_flag == kForwardByLength || norm_flag == kBackwardByLength) {
         plan.scale = static_cast<Scale>(1 / length);
-        return kPlanOk;
-    case kBothBySquareRoot:
+    } else if (norm_flag == kBothBySquareRoot) {
         plan.scale = static_cast<Scale>(1 / std::sqrt(length));
-        return kPlanOk;
-    case kUnscaled:
-        return kPlanOk;
-    default:
+    } else if (norm_flag != kUnscaled) {
         return kPlanBadNormalisation;
     }
+    return kPlanOk;
 }
 
 /// Multiplies the result of a run by the plan's scale where its flag asks for it.

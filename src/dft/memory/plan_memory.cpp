@@ -3,7 +3,6 @@
 #include <cstring>
 
 namespace dft {
-
 namespace {
 constexpr std::size_t kPlanAlignment = 32;
 // Room for the word below the result and for moving it up to a multiple of the alignment.

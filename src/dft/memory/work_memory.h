@@ -44,27 +44,17 @@ public:
     static constexpr std::size_t kAlignment = 64;
 
     explicit LineBuffer(std::size_t count)
-        : m_Block(count > (SIZE_MAX - kAlignment) / sizeof(T) ? nullptr
-                                                              : engine_alloc(count * sizeof(T) + kAlignment)) {}
-    ~LineBuffer() {
-        if (m_Block != nullptr) {
-            engine_free(m_Block);
-        }
-    }
-    LineBuffer(const LineBuffer&) = delete;
-    LineBuffer& operator=(const LineBuffer&) = delete;
+        : m_Memory(count > (SIZE_MAX - kAlignment) / sizeof(T) ? SIZE_MAX : count * sizeof(T) + kAlignment) {}
 
     /// Null if there was none.
     T* data() const {
-        if (m_Block == nullptr) {
-            return nullptr;
-        }
-        const std::size_t past = reinterpret_cast<std::uintptr_t>(m_Block) % kAlignment;
-        return reinterpret_cast<T*>(static_cast<char*>(m_Block) + (kAlignment - past));
+        char* const block = static_cast<char*>(m_Memory.data());
+        const std::size_t past = reinterpret_cast<std::uintptr_t>(block) % kAlignment;
+        return block == nullptr ? nullptr : reinterpret_cast<T*>(block + (kAlignment - past));
     }
 
 private:
-    void* m_Block;
+    WorkMemory m_Memory;
 };
 
 } // namespace dft

@@ -1,5 +1,6 @@
 #include "dft/pow2/commit_table.h"
 
+#include "dft/base/variant.h"
 #include "dft/pow2/pow2.h"
 #include "dft/pow2/roots.h"
 #include "dft/pow2/stage_tables.h"
@@ -70,39 +71,27 @@ void FillLists(std::int32_t* lists, int log2_length) {
     }
 }
 
-} // namespace
-
+/// Whether the twiddles are triples by block.
 template <typename Real>
-bool HasTriples(int log2_length, const DftTuning& tuning) {
-    return log2_length >= kFirstTripleBits || 1 << log2_length > tuning.two_level_up_to[kPrecision<Real>];
+bool HasTriples(int log2_length) {
+    return log2_length >= kFirstTripleBits || 1 << log2_length > dft_tuning().two_level_up_to[kPrecision<Real>];
 }
 
-std::ptrdiff_t TableOffset(const void* block, const DftTuning& tuning) {
-    const auto alignment = static_cast<std::uintptr_t>(tuning.table_alignment);
+/// Bytes from the block to the base, 16 or more.
+std::ptrdiff_t BaseOffset(const void* block) {
+    const auto alignment = static_cast<std::uintptr_t>(dft_tuning().table_alignment);
     return static_cast<std::ptrdiff_t>(alignment - reinterpret_cast<std::uintptr_t>(block) % alignment);
 }
 
 template <typename Real>
-BitReversalLists ListsOf(const Real* base, int log2_length) {
-    BitReversalLists lists;
-    const auto* const words = reinterpret_cast<const std::int32_t*>(base + (std::ptrdiff_t{2} << log2_length));
-    lists.reversals = words + 1;
-    lists.swapCount = words[1 + words[0]];
-    lists.swaps = words + words[0] + 2;
-    lists.pairCount = lists.swaps[lists.swapCount];
-    lists.pairs = lists.swaps + lists.swapCount + 1;
-    return lists;
-}
-
-template <typename Real>
-void BuildCommitTable(int log2_length, void* block, const DftTuning& tuning) {
+void Build(int log2_length, void* block) {
     Real* const header = static_cast<Real*>(block);
     header[0] = std::ldexp(Real{1}, log2_length);
     header[1] = Real{0};
-    Real* const base = header + TableOffset(block, tuning) / static_cast<std::ptrdiff_t>(sizeof(Real));
+    Real* const base = header + BaseOffset(block) / static_cast<std::ptrdiff_t>(sizeof(Real));
     if (log2_length == 3) {
         base[4] = Real(kCosEighth);
-    } else if (HasTriples<Real>(log2_length, tuning)) {
+    } else if (HasTriples<Real>(log2_length)) {
         FillTriples(base, log2_length);
     } else if (log2_length > kStaticBits) {
         FillStages(base, log2_length);
@@ -112,19 +101,33 @@ void BuildCommitTable(int log2_length, void* block, const DftTuning& tuning) {
     }
 }
 
-#define CLARIBOX_INSTANTIATE(Real)                                                                                     \
-    template bool HasTriples<Real>(int, const DftTuning&);                                                             \
-    template BitReversalLists ListsOf(const Real*, int);                                                               \
-    template void BuildCommitTable<Real>(int, void*, const DftTuning&)
-CLARIBOX_INSTANTIATE(float);
-CLARIBOX_INSTANTIATE(double);
-#undef CLARIBOX_INSTANTIATE
+} // namespace
+
+template <typename Real>
+CommitTable<Real> ReadCommitTable(int log2_length, const void* block) {
+    const auto* const bytes = static_cast<const unsigned char*>(block);
+    const auto* const base = reinterpret_cast<const Real*>(bytes + BaseOffset(block));
+    const bool hasTriples = HasTriples<Real>(log2_length);
+    CommitTable<Real> table = {};
+    table.triples = hasTriples ? base : nullptr;
+    table.stages = !hasTriples && log2_length > kStaticBits ? base : nullptr;
+    if (log2_length >= kFirstListBits) {
+        const auto* const words = reinterpret_cast<const std::int32_t*>(base + (std::ptrdiff_t{2} << log2_length));
+        const std::int32_t* const swapCount = words + 1 + words[0];
+        const std::int32_t* const pairCount = swapCount + 1 + *swapCount;
+        table.lists = {words + 1, swapCount + 1, *swapCount, pairCount + 1, *pairCount};
+    }
+    return table;
+}
+
+template CommitTable<float> ReadCommitTable(int, const void*);
+template CommitTable<double> ReadCommitTable(int, const void*);
 
 void c1d_table_build(int log2_length, void* block) {
-    BuildCommitTable<float>(log2_length, block, dft_tuning());
+    Build<float>(log2_length, block);
 }
 void z1d_table_build(int log2_length, void* block) {
-    BuildCommitTable<double>(log2_length, block, dft_tuning());
+    Build<double>(log2_length, block);
 }
 
 } // namespace dft

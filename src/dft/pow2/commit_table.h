@@ -18,10 +18,8 @@
 //              the index pairs of the elements that swap within blocks.
 #pragma once
 
-#include "dft/base/variant.h"
 #include "dft/pow2/bit_reversal.h"
 
-#include <cstddef>
 #include <cstdint>
 
 namespace dft {
@@ -30,19 +28,16 @@ inline constexpr int kFirstListBits = 5;
 inline constexpr int kFirstTripleBits = 15;
 inline constexpr int kLastStageBits = 11; ///< log2 of the points of the shortest radix-2 stage in the table
 
-/// Whether the twiddles are triples by block.
+/// A table as its transforms read it.
 template <typename Real>
-bool HasTriples(int log2_length, const DftTuning& tuning);
+struct CommitTable {
+    const Real* stages;     ///< null where there are none
+    const Real* triples;    ///< null where there are none
+    BitReversalLists lists; ///< from 32 elements on
+};
 
-/// Bytes from the block to the base, 16 or more.
-std::ptrdiff_t TableOffset(const void* block, const DftTuning& tuning);
-
-/// The three lists of a table from 32 elements on.
+/// The table in a block that c1d_table_build or z1d_table_build has filled for the variant in force.
 template <typename Real>
-BitReversalLists ListsOf(const Real* base, int log2_length);
-
-/// Fills the table for a variant.
-template <typename Real>
-void BuildCommitTable(int log2_length, void* block, const DftTuning& tuning);
+CommitTable<Real> ReadCommitTable(int log2_length, const void* block);
 
 } // namespace dft

@@ -46,7 +46,7 @@ inline const T* SeriesOf(const BasicFftPlan<T>& plan, int bits) {
 /// The triples by block that stand in for series: long records have them, plans never.
 template <typename T>
 inline const T* TriplesOf(const Pow2Schedule<T>& schedule) {
-    return schedule.triples;
+    return schedule.table.triples;
 }
 template <typename T>
 inline const T* TriplesOf(const BasicFftPlan<T>&) {

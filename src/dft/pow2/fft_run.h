@@ -64,13 +64,8 @@ inline void GatherFirstBlocks(const BasicFftPlan<Real<V>>& plan, const LaneCompl
 }
 
 /// Whether a run over V may have vectors within a line: one line does, where there are vectors.
-#if defined(CLARIBOX_VECTOR_Portable)
 template <typename V>
-inline constexpr bool kHasVectorsWithin = false;
-#else
-template <typename V>
-inline constexpr bool kHasVectorsWithin = kLines<V> == 1;
-#endif
+inline constexpr bool kHasVectorsWithin = kLines<V> == 1 && kLines<BatchSingle> > 1;
 
 /// The lowest order, even or odd as the given one, with a block for each lane of V and a pass above the blocks.
 template <typename V>

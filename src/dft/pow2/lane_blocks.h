@@ -133,7 +133,7 @@ private:
             const int from = kNumbers >= kLanes && first + kLanes > kNumbers ? kNumbers - kLanes : first;
             simd::CLARIBOX_VECTOR_CLASS::Unrolled<kLanes>([&](int lane) {
                 numbers[from + lane] = simd::CLARIBOX_VECTOR_CLASS::Load<V>(
-                    m_Schedule.triples + (m_First + m_Blocks.BlockOf(lane, group)) * kNumbers + from);
+                    m_Schedule.table.triples + (m_First + m_Blocks.BlockOf(lane, group)) * kNumbers + from);
             });
             simd::CLARIBOX_VECTOR_CLASS::Transpose(numbers + from);
         }
@@ -146,7 +146,7 @@ private:
     /// The two last passes, lane by lane.
     template <Direction direction, Order order>
     void Transform(std::ptrdiff_t group, LaneComplex<V>* x) const {
-        if (m_Schedule.triples == nullptr) {
+        if (m_Schedule.table.triples == nullptr) {
             return TransformBlock<16, direction, order>(x, TripleSeries<AcrossLines<V>>{SeriesOf(m_Schedule, 4)});
         }
         constexpr Decimation decimation = kDecimation<order, true>;

@@ -147,42 +147,26 @@ inline void Transform2(Load load, Store store) {
 }
 template <Direction direction, typename Load, typename Store>
 inline void Transform4(Load load, Store store) {
-    auto x0 = load(0);
-    auto x1 = load(1);
-    auto x2 = load(2);
-    auto x3 = load(3);
-    Butterfly4<direction>(x0, x1, x2, x3);
-    store(0, x0);
-    store(1, x1);
-    store(2, x2);
-    store(3, x3);
+    decltype(load(0)) x[] = {load(0), load(1), load(2), load(3)};
+    Butterfly4<direction>(x[0], x[1], x[2], x[3]);
+    simd::CLARIBOX_VECTOR_CLASS::Unrolled<4>([&](int k) { store(k, x[k]); });
 }
 template <Direction direction, typename V, typename Load, typename Store>
 inline void Transform8(Load load, Store store) {
     constexpr auto kHalfRoot = Real<V>(kCosEighth);
-    LaneComplex<V> even0 = load(0);
-    LaneComplex<V> even1 = load(2);
-    LaneComplex<V> even2 = load(4);
-    LaneComplex<V> even3 = load(6);
-    LaneComplex<V> odd0 = load(1);
-    LaneComplex<V> odd1 = load(3);
-    LaneComplex<V> odd2 = load(5);
-    LaneComplex<V> odd3 = load(7);
-    Butterfly4<direction>(even0, even1, even2, even3);
-    Butterfly4<direction>(odd0, odd1, odd2, odd3);
-    const LaneComplex<V> turned1 = QuarterTurn<direction>(odd1);
-    const LaneComplex<V> turned3 = QuarterTurn<direction>(odd3);
-    odd1 = (odd1 + turned1) * kHalfRoot;
-    odd2 = QuarterTurn<direction>(odd2);
-    odd3 = (turned3 - odd3) * kHalfRoot;
-    store(0, even0 + odd0);
-    store(1, even1 + odd1);
-    store(2, even2 + odd2);
-    store(3, even3 + odd3);
-    store(4, even0 - odd0);
-    store(5, even1 - odd1);
-    store(6, even2 - odd2);
-    store(7, even3 - odd3);
+    LaneComplex<V> even[] = {load(0), load(2), load(4), load(6)};
+    LaneComplex<V> odd[] = {load(1), load(3), load(5), load(7)};
+    Butterfly4<direction>(even[0], even[1], even[2], even[3]);
+    Butterfly4<direction>(odd[0], odd[1], odd[2], odd[3]);
+    const LaneComplex<V> turned1 = QuarterTurn<direction>(odd[1]);
+    const LaneComplex<V> turned3 = QuarterTurn<direction>(odd[3]);
+    odd[1] = (odd[1] + turned1) * kHalfRoot;
+    odd[2] = QuarterTurn<direction>(odd[2]);
+    odd[3] = (turned3 - odd[3]) * kHalfRoot;
+    simd::CLARIBOX_VECTOR_CLASS::Unrolled<4>([&](int k) {
+        store(k, even[k] + odd[k]);
+        store(k + 4, even[k] - odd[k]);
+    });
 }
 
 } // namespace dft::CLARIBOX_VECTOR_CLASS

@@ -27,8 +27,8 @@ struct StageRoots {
 template <typename T>
 inline StageRoots<T> RootsOfStage(const Pow2Schedule<T>& schedule, int bits) {
     const std::ptrdiff_t points = std::ptrdiff_t{1} << bits;
-    if (schedule.stages != nullptr && bits >= kLastStageBits) {
-        return {schedule.stages + ((std::ptrdiff_t{1} << schedule.log2_length) - points), 8};
+    if (schedule.table.stages != nullptr && bits >= kLastStageBits) {
+        return {schedule.table.stages + ((std::ptrdiff_t{1} << schedule.log2_length) - points), 8};
     }
     if (bits % 2 != 0) {
         return {schedule.odd + ((1 << kStaticBits) - 2 * points) / 3, 8};
@@ -46,10 +46,10 @@ inline Complex<W> Turned(Complex<W> w) {
 template <typename Vectors, int levels, Direction direction, typename T, typename In, typename Out>
 inline void RunLevels(const Pow2Schedule<T>& schedule, In in, Out out, int bits, std::ptrdiff_t block) {
     const std::ptrdiff_t quarter = (std::ptrdiff_t{1} << (bits - 2)) / Vectors::kPoints;
-    if (schedule.triples != nullptr) {
-        const Complex<T> w = TripleAt(schedule.triples, block / 2).w1;
+    if (schedule.table.triples != nullptr) {
+        const Complex<T> w = TripleAt(schedule.table.triples, block / 2).w1;
         const Complex<T> whole = block % 2 == 0 ? w : Turned(w);
-        const Complex<T> half = TripleAt(schedule.triples, block).w1;
+        const Complex<T> half = TripleAt(schedule.table.triples, block).w1;
         const LevelTwiddles<T> twiddles = {whole, whole, half, Turned(half)};
         Pass2<levels, direction, kDecimationOf<direction, true>>(in, out, quarter, 0, quarter,
                                                                  [=](std::ptrdiff_t) { return twiddles; });
@@ -96,7 +96,7 @@ inline std::ptrdiff_t PlaceOf(const Pow2Schedule<T>& schedule, Spectrum<Layout> 
     }
     const int middleBits = schedule.log2_length - 4;
     const std::ptrdiff_t middle = block & ((std::ptrdiff_t{1} << middleBits) - 1);
-    const std::ptrdiff_t reversed = middleBits == 0 ? 0 : schedule.lists.reversals[middle];
+    const std::ptrdiff_t reversed = middleBits == 0 ? 0 : schedule.table.lists.reversals[middle];
     return reversed * 4 + kReversed<4>.of[block >> middleBits];
 }
 
@@ -122,12 +122,12 @@ inline void RunLastBlocks(const Pow2Schedule<T>& schedule, LaneComplex<V>* work,
             Prefetch(coming, place[i]);
             x[i] = direction == kForward ? at[i] : Load(four, place[i]);
         });
-        if (direction == kForward && schedule.triples != nullptr) {
-            RotateThree<direction>(x[1], x[2], x[3], TripleAt(schedule.triples, number));
+        if (direction == kForward && schedule.table.triples != nullptr) {
+            RotateThree<direction>(x[1], x[2], x[3], TripleAt(schedule.table.triples, number));
         }
         Butterfly4<direction>(x[0], x[1], x[2], x[3]);
-        if (direction == kBackward && schedule.triples != nullptr) {
-            RotateThree<direction>(x[1], x[2], x[3], TripleAt(schedule.triples, number));
+        if (direction == kBackward && schedule.table.triples != nullptr) {
+            RotateThree<direction>(x[1], x[2], x[3], TripleAt(schedule.table.triples, number));
         }
         simd::CLARIBOX_VECTOR_CLASS::Unrolled<4>([&](int i) {
             if constexpr (direction == kForward) {

@@ -25,7 +25,7 @@ void RunOnThreads(const Pow2Schedule<Real>& schedule, Direction direction, Compl
     const Pow2Kernels<Real>& kernels = ActivePow2Kernels<Real>();
     const auto reverse = [&] {
         if (schedule.ordered) {
-            ReverseOrder(data, schedule.log2_length, schedule.lists);
+            ReverseOrder(data, schedule.log2_length, schedule.table.lists);
         }
     };
     const auto subtransforms = [&] {

@@ -1,6 +1,7 @@
 #include "dft/pow2/schedule.h"
 
 #include "dft/base/record_fields.h"
+#include "dft/base/variant.h"
 #include "dft/pow2/stage_tables.h"
 
 #include <bit>
@@ -33,17 +34,7 @@ Pow2Schedule<Real> ScheduleOf(const DftDescriptor& record, Direction direction) 
     schedule.even = static_tables<Real>().even;
     schedule.odd = static_tables<Real>().odd;
 
-    const void* const block = record.*RecordFields<Real>::kTable;
-    const auto* const base =
-        reinterpret_cast<const Real*>(static_cast<const unsigned char*>(block) + TableOffset(block, tuning));
-    if (HasTriples<Real>(bits, tuning)) {
-        schedule.triples = base;
-    } else if (bits > kStaticBits) {
-        schedule.stages = base;
-    }
-    if (bits >= kFirstListBits) {
-        schedule.lists = ListsOf(base, bits);
-    }
+    schedule.table = ReadCommitTable<Real>(bits, record.*RecordFields<Real>::kTable);
 
     // Forward in double precision, and in single but for one variant, the factor goes in with the first pass.
     const bool first = direction == kForward && !(precision == 0 && tuning.scale_last_forward);
@@ -53,9 +44,7 @@ Pow2Schedule<Real> ScheduleOf(const DftDescriptor& record, Direction direction) 
     return schedule;
 }
 
-#define CLARIBOX_INSTANTIATE(Real) template Pow2Schedule<Real> ScheduleOf(const DftDescriptor&, Direction)
-CLARIBOX_INSTANTIATE(float);
-CLARIBOX_INSTANTIATE(double);
-#undef CLARIBOX_INSTANTIATE
+template Pow2Schedule<float> ScheduleOf(const DftDescriptor&, Direction);
+template Pow2Schedule<double> ScheduleOf(const DftDescriptor&, Direction);
 
 } // namespace dft

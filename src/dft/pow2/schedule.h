@@ -32,13 +32,11 @@ struct Pow2Schedule {
     int groupBits;    ///< log2 of the elements of a group; two-level: of a block
     int blockBits;    ///< log2 of the elements of a block
     bool ordered;     ///< spectra in natural order
-    const Real* even; ///< the static levels (stage_tables.h)
+    const Real* even; ///< the static levels (stage_tables.h), which serve where the table has no twiddles
     const Real* odd;
-    const Real* stages;     ///< the commit table's stages (commit_table.h); null: the static levels serve
-    const Real* triples;    ///< the commit table's triples; null: twiddles go by element, not by block
-    BitReversalLists lists; ///< from 32 elements on
-    Real scaleBefore;       ///< factor of all elements before the first pass
-    Real scaleAfter;        ///< and after the last; one of the two is the record's, the other 1
+    CommitTable<Real> table;
+    Real scaleBefore; ///< factor of all elements before the first pass
+    Real scaleAfter;  ///< and after the last; one of the two is the record's, the other 1
 };
 
 /// The schedule of a committed record for the variant in force.
