@@ -5,7 +5,7 @@
 //     CLARIBOX_INSTANTIATE_FOR_VECTOR_CLASSES(SomethingTest);
 #pragma once
 
-#include "simd/VectorClass.h"
+#include "common/ForcedVectorClass.h"
 
 #include <gtest/gtest.h>
 
@@ -21,13 +21,11 @@ protected:
         if (!simd::IsSupported(GetParam())) {
             GTEST_SKIP() << simd::Name(GetParam()) << " is not available on this machine";
         }
-        simd::ForceVectorClass(GetParam());
         ASSERT_EQ(simd::ActiveVectorClass(), GetParam());
     }
-    void TearDown() override { simd::ForceVectorClass(m_Before); }
 
 private:
-    simd::VectorClass m_Before = simd::ActiveVectorClass();
+    const ForcedVectorClass m_Forced{GetParam()};
 };
 
 /// The class's name with letters and digits alone, as test names want it.

@@ -1,9 +1,8 @@
 // CImageDenoiser: all that its header allows. All vector classes give the same bytes, and nothing but the planes is
 // touched.
+#include "common/ForcedVectorClass.h"
 #include "common/GuardedBuffer.h"
 #include "fuzz/Input.h"
-
-#include "simd/VectorClass.h"
 
 #include <claribox/CImageDenoiser.h>
 
@@ -37,17 +36,11 @@ struct Request {
         denoiser.SetThreshold(threshold, -1.0f);
         denoiser.SetThresholdType(type);
         denoiser.SetAutoMeasure(measured);
-        switch (operation) {
-        case Operation::Denoise:
-            denoiser.Denoise_YUV(first, second, third);
-            break;
-        case Operation::Rgb:
-            denoiser.Denoise_RGB(first, second, third);
-            break;
-        case Operation::Band:
-            denoiser.ShowFreqBand(first, band);
-            break;
+        if (operation == Operation::Band) {
+            return denoiser.ShowFreqBand(first, band);
         }
+        const auto member = operation == Operation::Rgb ? &CImageDenoiser::Denoise_RGB : &CImageDenoiser::Denoise_YUV;
+        (denoiser.*member)(first, second, third);
     }
 };
 
@@ -82,12 +75,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             }
         }
         request.Run(usual, once[0].data(), once[1].data(), once[2].data());
-        const simd::VectorClass active = simd::ActiveVectorClass();
-        if (simd::IsSupported(vectors)) {
-            simd::ForceVectorClass(vectors);
+        {
+            const ForcedVectorClass other(vectors);
+            request.Run(forced, again[0].data(), again[1].data(), again[2].data());
         }
-        request.Run(forced, again[0].data(), again[1].data(), again[2].data());
-        simd::ForceVectorClass(active);
         for (std::size_t k = 0; k < 3; ++k) {
             EXPECT_TRUE(SameBytes(once[k], again[k]));
             EXPECT_TRUE(once[k].GuardsIntact() && again[k].GuardsIntact());

@@ -1,8 +1,8 @@
 // Jobs of the DFT engine: records of every rank, layout and format against the definition, on every road; and records
 // that are none, which are refused and touch nothing.
+#include "common/ForcedVectorClass.h"
 #include "dft/DriverFixture.h"
 #include "fuzz/Input.h"
-#include "simd/VectorClass.h"
 
 #include <climits>
 #include <cstdint>
@@ -233,27 +233,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     dft::dft_select_variant();
     const TestNumber variant(dft::dft_variant_code, input.Number(0, dft::kVariants - 1));
     const EngineThreads engine(input.Number(1, 4));
-    const simd::VectorClass usual = simd::ActiveVectorClass();
-    const simd::VectorClass vectors = input.Pick(simd::kVectorClasses);
-    simd::ForceVectorClass(simd::IsSupported(vectors) ? vectors : usual);
-    switch (input.Number(0, 7)) {
-    case 0:
-        AnyRecord(input);
-        break;
-    case 1:
-        RealJob<float>(input);
-        break;
-    case 2:
-        RealJob<double>(input);
-        break;
-    case 3:
-    case 4:
-        ComplexJob<double>(input);
-        break;
-    default:
-        ComplexJob<float>(input);
-        break;
-    }
-    simd::ForceVectorClass(usual);
+    const ForcedVectorClass vectors(input.Pick(simd::kVectorClasses));
+    constexpr void (*cases[])(Input&) = {AnyRecord,          RealJob<float>,    RealJob<double>,   ComplexJob<double>,
+                                         ComplexJob<double>, ComplexJob<float>, ComplexJob<float>, ComplexJob<float>};
+    input.Pick(cases)(input);
     return 0;
 }

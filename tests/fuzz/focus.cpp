@@ -1,10 +1,9 @@
 // CImageFocus: all that its header allows. One processor and several, and all vector classes, give the same bytes, and
 // nothing but the pixels' colours is touched.
+#include "common/ForcedVectorClass.h"
 #include "common/GuardedBuffer.h"
 #include "focus/ForcedCensus.h"
 #include "fuzz/Input.h"
-
-#include "simd/VectorClass.h"
 
 #include <claribox/CImageFocus.h>
 
@@ -58,22 +57,12 @@ struct Request {
         focus.SetMotionLength(length);
         focus.SetMotionDegree(degree);
         const auto layout = static_cast<FoPixelFmt>(format);
-        switch (operation) {
-        case Operation::Blur:
-            focus.Blur(pixels, layout, pitch);
-            break;
-        case Operation::MotionBlur:
-            focus.MotionBlur(pixels, layout, pitch);
-            break;
-        case Operation::DeBlur:
-            focus.DeBlur(pixels, layout, pitch);
-            break;
-        case Operation::DeMotionBlur:
-            focus.DeMotionBlur(pixels, layout, pitch);
-            break;
-        case Operation::Guess:
+        if (operation == Operation::Guess) {
             return focus.GuessMotionDegree(pixels, layout, pitch);
         }
+        constexpr void (CImageFocus::*members[])(unsigned char*, FoPixelFmt, int) = {
+            &CImageFocus::Blur, &CImageFocus::MotionBlur, &CImageFocus::DeBlur, &CImageFocus::DeMotionBlur};
+        (focus.*members[static_cast<int>(operation)])(pixels, layout, pitch);
         return 0;
     }
 };
@@ -99,18 +88,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             const ForcedCensus one(1, 1, 1);
             guess = request.Run(serial, once.data() + request.TopRow());
         }
-        const simd::VectorClass usual = simd::ActiveVectorClass();
-        if (simd::IsSupported(vectors)) {
-            simd::ForceVectorClass(vectors);
-        }
         {
+            const ForcedVectorClass other(vectors);
             const ForcedCensus several(2, 2, 2);
             EXPECT_EQ(request.Run(threaded, again.data() + request.TopRow()), guess);
         }
-        simd::ForceVectorClass(usual);
         EXPECT_TRUE(SameBytes(once, again));
-        EXPECT_TRUE(once.GuardsIntact());
-        EXPECT_TRUE(again.GuardsIntact());
+        EXPECT_TRUE(once.GuardsIntact() && again.GuardsIntact());
         EXPECT_TRUE(guess >= 0 && guess < 360) << guess;
         for (std::size_t at = 0; at < request.Bytes(); ++at) {
             if (!request.MayChange(at)) {

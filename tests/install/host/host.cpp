@@ -17,32 +17,6 @@ bool Expect(bool held, const char* what) {
     return held;
 }
 
-// One white pixel under a blur of radius 1. The coefficients 65536, 55108 and 46340 (2^-(r^2/4) in 16.16, truncated)
-// sum to 471328, so that 255 spreads to 35 on the spot, 29 beside and 25 across, and nowhere else.
-bool BlurSpreadsOnePixel() {
-    constexpr int width = 21, height = 15, pitch = width * 4 + 12, x = 9, y = 6;
-    std::vector<unsigned char> pixels(pitch * height, 0);
-    for (int channel = 0; channel < 3; ++channel) {
-        pixels[y * pitch + x * 4 + channel] = 255;
-    }
-    CImageFocus focus;
-    focus.SetSize(width, height);
-    focus.SetRadius(1);
-    focus.Blur(pixels.data(), FoPixelFmt_BGRX32, pitch);
-
-    std::vector<unsigned char> expected(pixels.size(), 0);
-    const int spread[3] = {35, 29, 25}; // by |dx| + |dy|
-    for (int dy = -1; dy <= 1; ++dy) {
-        for (int dx = -1; dx <= 1; ++dx) {
-            for (int channel = 0; channel < 3; ++channel) {
-                const int value = spread[std::abs(dx) + std::abs(dy)];
-                expected[(y + dy) * pitch + (x + dx) * 4 + channel] = static_cast<unsigned char>(value);
-            }
-        }
-    }
-    return Expect(pixels == expected, "Blur spreads one white pixel to 35, 29 and 25");
-}
-
 // Beside an edge, sharpening overshoots: dark gets darker and bright brighter. Flat parts stay.
 bool ReadmeExampleSharpensAnEdge() {
     constexpr int width = 40, height = 40, pitch = width * 3;
@@ -72,11 +46,6 @@ bool MatrixCrossesTheBorder() {
 } // namespace
 
 int main() {
-    const bool held[] = {BlurSpreadsOnePixel(), ReadmeExampleSharpensAnEdge(), MatrixCrossesTheBorder()};
-    for (const bool one : held) {
-        if (!one) {
-            return 1;
-        }
-    }
-    return 0;
+    const bool example = ReadmeExampleSharpensAnEdge();
+    return MatrixCrossesTheBorder() && example ? 0 : 1;
 }
