@@ -74,7 +74,7 @@ void Batch::WorkOnThreads() {
             threads.emplace_back([this] { Work(); });
         }
     } catch (const std::system_error&) {
-        // Another process took the thread meanwhile: those that are there do it all.
+        // Another process has taken the thread meanwhile: those already started do all the work.
     }
     Work();
 }
@@ -93,7 +93,7 @@ void Batch::Do(const Task& task) {
         ++m_Written;
         m_Messages.Step();
     } catch (const Interrupted&) {
-        // counted as neither
+        // counted neither as written nor as failed
     } catch (const std::bad_alloc&) {
         Refuse(task,
                m_Tasks.size() > 1 ? "memory ran out; free some or take fewer --jobs" : "memory ran out; free some");
@@ -122,7 +122,7 @@ void Batch::Tell(const Task& task, const std::vector<std::string>& losses) {
     m_Messages.Warning(InputName(task.input), text);
 }
 
-/// A device's name tells no format.
+/// The name of a device says nothing about the format.
 PictureWriter Batch::WriterFor(const Task& task, const vips::VImage& image) const {
     if (!m_Settings.format.empty()) {
         return PictureWriter(m_Settings.format);
@@ -192,7 +192,7 @@ int RunBatch(const Verb& verb, const PixelOperation& operation, const Settings& 
     }
     const int status = Batch(operation, settings, std::move(plan.tasks)).Run();
     if (!plan.newFolder.empty()) {
-        rmdir(plan.newFolder.c_str()); // stays if there is a picture in it
+        rmdir(plan.newFolder.c_str()); // fails, as it should, if there is a picture in it
     }
     return status;
 }

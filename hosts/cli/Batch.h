@@ -5,8 +5,8 @@
 
 namespace cli {
 
-/// Does all that the request asks for and tells of it on standard error. A picture that fails does not stop the
-/// others. Returns the exit status; throws `UsageError` before any picture is opened.
+/// Runs the operation on every picture and reports on standard error. A picture that fails does not stop the others.
+/// Returns the exit status; throws `UsageError` before any picture is opened.
 int RunBatch(const Verb& verb, const PixelOperation& operation, const Settings& settings);
 
 } // namespace cli

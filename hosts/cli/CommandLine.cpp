@@ -69,8 +69,8 @@ void AddOption(CLI::App& app, const OptionRow& row, Settings& settings) {
     option->type_name(ValueName(row))->required(row.required);
 }
 
-/// CLI11 counts values where one is missing or too many, and describes some faults over several lines, of which the
-/// first names the option.
+/// For a missing or repeated value CLI11 only reports counts, and some other errors it describes in several lines, the
+/// first of which names the option.
 std::string Described(const CLI::ParseError& error, std::span<const OptionRow> rows, const CLI::App& app) {
     const std::string text = error.what();
     for (const OptionRow& row : rows) {
@@ -163,7 +163,7 @@ std::optional<Request> ParseVerb(const Verb& verb, std::vector<std::string> word
     } catch (const UsageError& error) {
         throw UsageError(prefix + error.what());
     } catch (const CLI::RequiredError& error) {
-        take(app.remaining(), true); // an unknown option says more of the mistake
+        take(app.remaining(), true); // naming an unknown option helps more
         throw UsageError(prefix + error.what() + "; usage: " + command + Usage(verb));
     } catch (const CLI::ParseError& error) {
         throw UsageError(prefix + Described(error, verb.options, app) + "; see " + command + " --help");

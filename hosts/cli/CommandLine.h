@@ -1,4 +1,4 @@
-// From the words of a command line to a verb and its settings, by the table of verbs.
+// Parses a command line into a verb and its settings.
 #pragma once
 
 #include "Settings.h"
@@ -13,8 +13,8 @@ struct Request {
     Settings settings;
 };
 
-/// Throws `UsageError` where the words make no request. Empty where they asked for help or the version, which is
-/// printed by then.
+/// Throws `UsageError` for a command line that makes no sense. Empty if it asked for help or the version, which has
+/// then been printed.
 std::optional<Request> ParseCommandLine(int argc, const char* const* argv);
 
 } // namespace cli

@@ -9,17 +9,17 @@
 #include <stdexcept>
 #include <string>
 
-// Where a sanitizer reports to: it prints by a descriptor, and is there in its own builds only.
+// Present in sanitizer builds only: sets the descriptor that the sanitizer reports to.
 extern "C" void __sanitizer_set_report_fd(void* descriptor) __attribute__((weak));
 
 namespace cli {
 namespace {
 
-/// Two pictures at once, or one with the plot's fonts, took 9 files (Debian 12, libvips 8.14). With none to be had GLib
-/// ends the process.
+/// Measured: two pictures at once, or one with the plot's fonts, took 9 files (Debian 12, libvips 8.14). Where none is
+/// left GLib aborts the process. SurroundingsTest.cpp pins the refusal.
 constexpr rlim_t FewestFiles = 16;
 
-/// As many as most systems grant unasked.
+/// The default limit of most systems.
 constexpr rlim_t EnoughFiles = 1024;
 
 int resultDescriptor = STDOUT_FILENO;
@@ -39,12 +39,12 @@ void RequireFiles() {
     }
 }
 
-/// Moves what `descriptor` leads to away and puts the null device in its place.
+/// Returns a duplicate of `descriptor` for our own use and puts the null device in its place.
 int TakeAway(int descriptor) {
     const int own = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     const int null = open("/dev/null", O_WRONLY | O_CLOEXEC);
     if (own < 0 || null < 0 || dup2(null, descriptor) < 0) {
-        return descriptor; // no null device here: then libraries are heard
+        return descriptor; // without a null device the libraries' output stays visible
     }
     close(null);
     return own;

@@ -1,4 +1,4 @@
-// The three standard descriptors: present whatever the caller closed, and kept from the libraries, some of which print.
+// The three standard descriptors: always open, whatever the caller closed, and out of reach of libraries that print.
 #pragma once
 
 namespace cli {
@@ -8,8 +8,8 @@ namespace cli {
 void OpenMissingDescriptors();
 
 /// From here on what libraries print to standard output or error goes nowhere: fontconfig, for one, complains of caches
-/// that it cannot write. Our own lines take the two ways below. Also lets the process open as many files as the system
-/// grants it. Throws `std::runtime_error` where these are too few to work on a picture.
+/// that it cannot write. Our own output uses the two descriptors below. Also lets the process open as many files as the
+/// system grants it. Throws `std::runtime_error` if that is too few to work on a picture.
 void SilenceLibraries();
 
 /// Where results go: standard output, wherever it is by now.

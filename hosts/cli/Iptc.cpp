@@ -12,7 +12,7 @@ constexpr std::string_view PhotoshopMark = "Photoshop 3.0\0"sv;
 constexpr std::string_view IptcResource = "8BIM\x04\x04"sv; // an empty name and the size, as 4 bytes, follow
 constexpr char RecordMark = 0x1C;
 
-/// A number, the highest byte first; 0 behind the end.
+/// A big-endian number, of as many of its bytes as there are.
 std::size_t Number(std::string_view bytes, std::size_t at, std::size_t count) {
     std::size_t number = 0;
     for (std::size_t k = at; k < at + count && k < bytes.size(); ++k) {
@@ -32,7 +32,7 @@ std::string IptcRecords(const std::string& field) {
         return field.starts_with(RecordMark) ? field : "";
     }
     for (std::size_t at = PhotoshopMark.size(); at + 12 <= field.size();) {
-        const std::size_t size = at + 6 + Even(1 + Number(field, at + 6, 1)); // behind a name of that many letters
+        const std::size_t size = at + 6 + Even(1 + Number(field, at + 6, 1)); // after a name of that many letters
         const std::size_t bytes = Number(field, size, 4);
         if (field.compare(at, IptcResource.size(), IptcResource) == 0) {
             return size + 4 < field.size() ? field.substr(size + 4, bytes) : "";
@@ -51,8 +51,8 @@ std::string IptcForJpeg(const std::string& records) {
 }
 
 std::string IptcForTiff(const std::string& records) {
-    // libvips 8.14 counts in units of four bytes where libtiff takes the number for bytes, and so cuts off three
-    // quarters. Where it does not, readers stop at the zeros.
+    // libvips 8.14 passes a count of four-byte units where libtiff expects bytes, which cuts off three quarters. Where
+    // it does not, readers stop at the zeros.
     return records + std::string(3 * records.size(), '\0');
 }
 

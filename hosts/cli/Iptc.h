@@ -1,4 +1,4 @@
-// IPTC records (IIM 4.2), which every format packs in its own way; libvips hands the packing from one to the other.
+// IPTC records (IIM 4.2), which every format packs in its own way; libvips passes the packed bytes on as they are.
 #pragma once
 
 #include <string>

@@ -7,7 +7,7 @@
 namespace cli {
 namespace {
 
-/// Escapes what roff would take for its own: backslashes, and hyphens, which it may typeset as dashes.
+/// Escapes what roff would interpret: backslashes, and hyphens, which it may typeset as dashes.
 std::string Roff(std::string_view text) {
     std::string escaped;
     for (const char c : text) {

@@ -13,7 +13,7 @@ std::string Usage(const Verb& verb);
 /// What stands for the option's value: "N" or "soft|hard|garrote"; empty for a flag.
 std::string ValueName(const OptionRow& row);
 
-/// "1 to 50: radius of ...", or the bare help of an option that is no number.
+/// "1 to 50: radius of ...", or the help alone for an option that is no number.
 std::string RangeAndHelp(const OptionRow& row);
 
 /// One line on what each exit status means.

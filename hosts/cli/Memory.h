@@ -14,9 +14,9 @@ inline constexpr std::int64_t Mebibyte = std::int64_t{1} << 20;
 /// allows and what its address space limit leaves.
 std::int64_t FreeBytes();
 
-/// Where the address space is limited (ulimit -v), keeps the process from reserving much of it that it never fills:
-/// memory of its own for each thread that asks for some, and stacks of 8 MiB. To be called before threads are started
-/// and after `vips_init`, which sets stacks too.
+/// Where the address space is limited (ulimit -v), keeps the process from reserving much of it that it never fills: an
+/// arena for each thread that allocates, and stacks of 8 MiB. To be called before threads are started and after
+/// `vips_init`, which sets stacks too.
 void SpareAddressSpace();
 
 /// Bytes of address space that the stacks of one picture's threads take; 0 where it is not limited, since stacks take

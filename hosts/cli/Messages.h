@@ -10,8 +10,8 @@ namespace cli {
 /// Writes "claribox: SUBJECT: TEXT" lines, whole and printable, from any thread.
 class Messages {
 public:
-    /// Shows a bar over `steps` steps if standard error is a terminal; 0 or 1 steps show none. A quiet one writes
-    /// errors alone.
+    /// Shows a bar over `steps` steps if standard error is a terminal; 0 or 1 steps show none. If `quiet`, only errors
+    /// are written.
     explicit Messages(std::size_t steps = 0, bool quiet = false);
     ~Messages();
     Messages(const Messages&) = delete;
@@ -22,10 +22,10 @@ public:
     void Note(const std::string& subject, const std::string& text);
     void Warning(const std::string& subject, const std::string& text);
 
-    /// Moves the bar on by one.
+    /// Advances the bar by one step.
     void Step();
 
-    /// Takes the bar away for good.
+    /// Removes the bar for good.
     void EndProgress();
 
 private:

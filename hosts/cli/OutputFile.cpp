@@ -23,7 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// As many as the system follows.
+/// The limit of Linux on links followed in one path.
 constexpr int MostLinks = 40;
 
 [[noreturn]] void Fail(const std::string& what) {
@@ -46,7 +46,7 @@ std::string ProcessName(int descriptor) {
 }
 
 int OpenDevice(const fs::path& path) {
-    // Opened the ordinary way, a pipe that nobody reads from could not be left by a signal.
+    // A blocking open of a pipe without a reader would be restarted after a signal and never end.
     int descriptor = open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
     while (descriptor < 0 && errno == ENXIO && fs::is_fifo(path)) {
         StopIfInterrupted();
@@ -114,7 +114,7 @@ OutputFile::OutputFile(const std::string& path, bool replaceExisting)
     }
 }
 
-/// Without /proc there would be no way to give it a name.
+/// Without /proc an unnamed file could not be given a name.
 void OutputFile::OpenUnnamed() {
     m_Descriptor = open(FolderOf(m_Path).c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
     if (m_Descriptor >= 0 && access(ProcessName(m_Descriptor).c_str(), F_OK) != 0) {
@@ -130,7 +130,7 @@ void OutputFile::OpenUnnamed() {
 
 void OutputFile::OpenNamed() {
     struct stat made = {};
-    do { // until no other process took it for a leftover before it was locked
+    do { // again if another process removed it as a leftover before it was locked
         if (m_Descriptor >= 0) {
             close(m_Descriptor);
         }
@@ -155,14 +155,14 @@ OutputFile::~OutputFile() {
 void OutputFile::KeepModeAndOwner() const {
     struct stat replaced = {};
     if (m_ReplaceExisting && stat(m_Path.c_str(), &replaced) == 0) {
-        // A picture whose owner or mode cannot be kept is still a picture. The mode comes last: a new owner clears
-        // some of its bits.
+        // Failing to keep the owner or mode is no reason to lose the picture. The mode comes last: a change of owner
+        // clears some of its bits.
         [[maybe_unused]] int ignored = fchown(m_Descriptor, replaced.st_uid, replaced.st_gid);
         ignored = fchmod(m_Descriptor, replaced.st_mode & 07777);
     }
 }
 
-/// False, with errno, where it cannot be done.
+/// Returns false, with errno set, if that fails.
 bool OutputFile::GiveNameOf(const fs::path& path) const {
     return linkat(AT_FDCWD, ProcessName(m_Descriptor).c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0;
 }
@@ -172,7 +172,7 @@ void OutputFile::Commit() {
         return;
     }
     KeepModeAndOwner();
-    // Some file systems tell of a full disk only here.
+    // Some file systems report a full disk only here.
     if (fsync(m_Descriptor) != 0) {
         Fail("cannot be written");
     }
@@ -180,7 +180,7 @@ void OutputFile::Commit() {
         if (GiveNameOf(m_Path)) {
             return;
         }
-        // Nothing can be linked over another file, but renamed.
+        // A link cannot replace another file, a rename can.
         while (errno == EEXIST && m_ReplaceExisting && m_Temporary.empty()) {
             const fs::path name = TemporaryName(m_Path);
             m_Temporary = GiveNameOf(name) ? name : fs::path();
@@ -189,11 +189,11 @@ void OutputFile::Commit() {
             Fail("cannot be given its name");
         }
     }
-    // Without --force, a file that came into being meanwhile stays too.
+    // Without --force, a file that has appeared meanwhile is kept too.
     int renamed =
         renameat2(AT_FDCWD, m_Temporary.c_str(), AT_FDCWD, m_Path.c_str(), m_ReplaceExisting ? 0 : RENAME_NOREPLACE);
     if (renamed != 0 && (errno == EINVAL || errno == ENOSYS)) {
-        renamed = rename(m_Temporary.c_str(), m_Path.c_str()); // a file system without that choice
+        renamed = rename(m_Temporary.c_str(), m_Path.c_str()); // a file system without that flag
     }
     if (renamed != 0) {
         Fail("cannot be given its name");

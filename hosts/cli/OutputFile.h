@@ -6,11 +6,11 @@
 
 namespace cli {
 
-/// Opens a file without a name in the folder of `path`, to be filled and then committed: whatever ends the process
-/// before, nothing is left of it. Where the file system has no such files it has a temporary name instead.
+/// Opens an unnamed file in the folder of `path`, to be filled and then committed: if the process ends before, nothing
+/// is left behind. On file systems without unnamed files it has a temporary name instead.
 ///
-/// Standard output, a device or a pipe is written to directly: nothing may be renamed over it, and it keeps nothing. A
-/// pipe is waited for until somebody reads from it.
+/// Standard output, a device or a pipe is written to directly: nothing may be renamed over it, and it keeps nothing.
+/// Opening a pipe waits for a reader.
 ///
 /// What fails throws `PictureError`.
 class OutputFile {
@@ -26,8 +26,8 @@ public:
     /// Open for reading and writing, but for a stream or device, which is open for writing only.
     int Descriptor() const { return m_Descriptor; }
 
-    /// Brings the bytes to the disk and gives the file its name, and the permissions and, where that is allowed, the
-    /// owner of the one it replaces.
+    /// Flushes the bytes to disk and gives the file its name, and the permissions and, where that is allowed, the owner
+    /// of the one it replaces.
     void Commit();
 
 private:
@@ -49,11 +49,10 @@ bool IsDevice(const std::filesystem::path& path);
 /// The folder that `path` lies in, "." where it names none.
 std::filesystem::path FolderOf(const std::filesystem::path& path);
 
-/// The path at the end of the links at `path`, whether a file is there or not; `path` itself where they lead round in a
-/// circle.
+/// The path at the end of the links at `path`, whether a file is there or not; `path` itself if they form a loop.
 std::filesystem::path BehindLinks(std::filesystem::path path);
 
-/// Removes the temporary files that processes which are no more left in `folder`; those of living ones are locked.
+/// Removes the temporary files that dead processes left in `folder`; those of running ones are locked.
 void RemoveLeftovers(const std::filesystem::path& folder);
 
 } // namespace cli

@@ -67,7 +67,7 @@ bool IsFolder(const fs::path& path) {
     return fs::is_directory(path, none);
 }
 
-/// A slip is more likely than a folder of such a name.
+/// A new folder of such a name is more likely a slip.
 void RefuseOddFolder(const fs::path& folder) {
     const fs::path name = folder.filename().empty() ? folder.parent_path().filename() : folder.filename();
     if (IsFolder(folder)) {

@@ -16,7 +16,7 @@ struct OutputNames {
 
 /// Reads `settings.output`: "-"; a template with {name} and {ext} for the input's name and ending; a folder, which it
 /// is for several inputs, with a slash at its end, or where it exists; or else the name of one file. `settings.format`
-/// takes the place of the inputs' endings. Throws `UsageError`, which names the option -o, for what makes no sense.
+/// takes the place of the inputs' endings. Throws `UsageError`, which names the option -o, if that makes no sense.
 OutputNames NameOutputs(const Settings& settings);
 
 /// Whether the output is standard output, in the place of a name; a file that is called so is reached as "./-".

@@ -35,7 +35,8 @@ double ExifResolution(const vips::VImage& image, const char* field) {
     return above / below / (centimetres ? 10.0 : 25.4);
 }
 
-/// Some readers, WebP's among them, leave the resolution at 1, and all writers put the image's over that of EXIF.
+/// Some readers, WebP's among them, leave the resolution at 1, and every writer lets the image's own override that of
+/// EXIF.
 vips::VImage WithExifResolution(const vips::VImage& image) {
     const double xres = ExifResolution(image, "exif-ifd0-XResolution");
     const double yres = ExifResolution(image, "exif-ifd0-YResolution");
@@ -71,7 +72,8 @@ Picture::Picture(const std::string& input) : m_Reader(input) {
     Read("cannot be opened, it may be damaged", [&] { Open(); });
 }
 
-/// Takes a step; where a decoder would have to guess, opens the picture anew, lets it, and takes the step again.
+/// Takes a step. If it fails because the decoder would have to guess, reopens the picture tolerantly and takes it
+/// again.
 template <typename Step>
 void Picture::Read(const std::string& fault, Step step) {
     if (m_Damage.empty() && m_Reader.CanBeTolerant()) {
@@ -140,7 +142,7 @@ void Picture::ConvertToRgbOrGrey() {
     const VipsInterpretation space = m_Image.guess_interpretation();
     const bool linearTiff = IsLinearTiff(m_Image);
     if (linearTiff && IsGrey(space)) {
-        // Gives the three equal channels that linear light is converted from, and takes one of them back.
+        // Linear light is converted from three channels: grey goes in as three equal ones, and one of them comes back.
         const vips::VImage grey = m_Image.extract_band(0);
         const vips::VImage curved = grey.bandjoin(grey)
                                         .bandjoin(grey)
@@ -159,14 +161,14 @@ void Picture::ConvertToRgbOrGrey() {
         if (space != VIPS_INTERPRETATION_scRGB) {
             m_Losses.push_back(std::string(vips_enum_nick(VIPS_TYPE_INTERPRETATION, space)) + " is converted to sRGB");
         } else if (linearTiff && m_Image.bands() == 4) {
-            // libvips takes alpha to run to 255 here.
+            // libvips expects alpha to reach 255 here.
             m_Image = m_Image.linear({1.0, 1.0, 1.0, 255.0}, {0.0, 0.0, 0.0, 0.0});
         }
         m_Image = m_Image.colourspace(VIPS_INTERPRETATION_sRGB);
         m_Image = m_Image.copy();
-        m_Image.remove(VIPS_META_ICC_NAME); // it spoke of the samples before
+        m_Image.remove(VIPS_META_ICC_NAME); // it described the samples before the conversion
     } else {
-        // Bare numbers, which are shown as they are.
+        // Numbers without a colour space are shown as they are.
         const auto shown = m_Image.bands() < 3 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB;
         m_Image = m_Image.copy(vips::VImage::option()->set("interpretation", shown));
     }
@@ -183,13 +185,14 @@ StoredPicture Picture::Stored() const {
 void Picture::ReduceToLuminance() {
     m_LuminanceAlone = true;
     if (m_Image.bands() >= 3) {
-        // In 16 fractional bits, as in the other verbs: whole numbers that a float holds exactly.
+        // Factors of BT.601 with 16 fractional bits, as in verbs/Yuv.cpp: all sums are integers that a float holds
+        // exactly.
         const vips::VImage weights = vips::VImage::new_matrixv(3, 1, 19595.0, 38470.0, 7471.0);
         m_Image = ((m_Image.extract_band(0, vips::VImage::option()->set("n", 3)).recomb(weights) + 32768.0) / 65536.0)
                       .floor()
                       .cast(VIPS_FORMAT_UCHAR)
                       .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_B_W));
-        m_Image.remove(VIPS_META_ICC_NAME); // it spoke of colours
+        m_Image.remove(VIPS_META_ICC_NAME); // it described colours
     } else {
         m_Image = m_Image.extract_band(0);
     }

@@ -25,16 +25,16 @@ public:
     PictureShape Shape() const;
     StoredPicture Stored() const;
 
-    /// To be called before `Decode`: leaves the luminance of BT.601 alone, as greyscale without alpha.
+    /// Reduces the picture to its BT.601 luminance, greyscale without alpha. To be called before `Decode`.
     void ReduceToLuminance();
 
-    /// What the 8-bit upright picture lacks of the stored one, a sentence each; empty for most pictures.
+    /// What is lost between the stored picture and the upright one of 8 bits, a sentence each; empty for most pictures.
     const std::vector<std::string>& Losses() const { return m_Losses; }
 
     /// Reads the pixels. A truncated file is an error, and so is damage that does not leave a whole picture.
     void Decode();
 
-    /// What is wrong with the file, known after `Decode`, though it leaves a picture; empty for most.
+    /// Damage to the file that still leaves a whole picture, known after `Decode`; empty for most.
     const std::string& Damage() const { return m_Damage; }
 
     /// Has `operation` work on the decoded pixels, packed as the library takes them.
@@ -53,7 +53,7 @@ private:
     void ConvertToRgbOrGrey();
 
     PictureReader m_Reader; // outlives the image that reads from it
-    // The image keeps all it was read with: building a new one around the pixels would lose most fields.
+    // Keeps the metadata it was read with; a new image built around the pixels would lose most fields.
     vips::VImage m_Image;
     std::vector<std::string> m_Losses;
     std::string m_Damage;

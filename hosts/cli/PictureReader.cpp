@@ -51,13 +51,13 @@ std::string FormatNames() {
     return names;
 }
 
-/// Enough for libvips to tell the format. Given more, some readers go through the whole of it for their mark.
+/// Enough for libvips to recognise the format. Given more, some readers search all of it for their signature.
 constexpr std::size_t HeadBytes = 1 << 16;
 
 /// The operation of libvips that reads what starts so; empty where there is none.
 std::string ReaderOf(std::string_view head) {
     using namespace std::string_view_literals;
-    // libvips looks further on than the head for this one.
+    // libvips would look beyond the head for this one.
     for (const std::string_view mark : {"II*\0"sv, "II+\0"sv, "MM\0*"sv, "MM\0+"sv}) {
         if (head.starts_with(mark) && IsInstalled("VipsForeignLoadTiffSource")) {
             return "tiffload_source";
@@ -69,12 +69,12 @@ std::string ReaderOf(std::string_view head) {
     return found && IsAllowed(found) ? vips_nickname_find(g_type_from_name(found)) : "";
 }
 
-/// Reads standard input on until `bytes` are `size` long; tells whether there is more.
+/// Reads on from standard input until there are `size` bytes; returns false at its end.
 bool ReadOn(std::string& bytes, std::size_t size) {
     std::size_t filled = bytes.size();
     bytes.resize(size);
     while (filled < size) {
-        // Reading would go on after a signal.
+        // A blocking read would be restarted after a signal.
         pollfd input = {STDIN_FILENO, POLLIN, 0};
         while (poll(&input, 1, 100) <= 0) {
             StopIfInterrupted();
@@ -109,7 +109,7 @@ void AllowReadersOfPicturesOnly() {
             vips_operation_block_set(format.reader, FALSE);
         }
     }
-    // For our own drawing, which lies in memory as no input does.
+    // For our own plot, which is read from memory, as no input is.
     if (IsInstalled("VipsForeignLoadSvgBuffer")) {
         vips_operation_block_set("VipsForeignLoadSvgBuffer", FALSE);
     }
@@ -177,7 +177,7 @@ vips::VImage PictureReader::Open(bool tolerant) const {
                            ->set("source", Source())
                            ->set("access", VIPS_ACCESS_SEQUENTIAL)
                            ->set("fail_on", CanBeTolerant() && !tolerant ? VIPS_FAIL_ON_WARNING : VIPS_FAIL_ON_ERROR));
-    // With several threads libvips 8.14 may overlook what the last of them finds wrong.
+    // With several threads libvips 8.14 may miss an error that the last of them finds.
     image = image.copy();
     image.set(VIPS_META_CONCURRENCY, 1);
     if (m_Reader == "jpegload_source") {

@@ -15,8 +15,8 @@ bool IsStandardInput(const std::string& input);
 /// What messages call an input.
 std::string InputName(const std::string& input);
 
-/// Leaves libvips the readers of these formats alone: many of the rest are easily deceived about what a file holds, and
-/// some take very long to find out. To be called once after `vips_init`.
+/// Blocks libvips' readers of all other formats: many of them are easily deceived about what a file holds, and some
+/// take very long to recognise it. To be called once after `vips_init`.
 void AllowReadersOfPicturesOnly();
 
 /// What fails throws `PictureError`.
@@ -25,15 +25,15 @@ public:
     /// Recognises the format of a file, or of standard input, which is read to its end.
     explicit PictureReader(const std::string& input);
 
-    /// The picture, not yet decoded, as a stream that may be read once. Throws `vips::VError` here or while it is
-    /// decoded where the file ends early or a part of it makes no sense, unless `tolerant` also where its decoder had
-    /// to guess.
+    /// The picture, not yet decoded, as a stream that may be read once. Throws `vips::VError`, here or while it is
+    /// decoded, if the file ends early or part of it makes no sense and, unless `tolerant`, if its decoder has to
+    /// guess.
     vips::VImage Open(bool tolerant) const;
 
-    /// Whether `Open` can be more tolerant than not.
+    /// Whether `tolerant` makes a difference to `Open`.
     bool CanBeTolerant() const;
 
-    /// Held in memory beside the picture.
+    /// Bytes of the undecoded picture held in memory.
     std::int64_t HeldBytes() const { return static_cast<std::int64_t>(m_Bytes.size()); }
 
 private:

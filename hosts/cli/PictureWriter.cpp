@@ -16,7 +16,8 @@
 
 namespace cli {
 
-/// Only what comes back from libvips 8.14 as it was written; its writers of numbers, maps and tables are no pictures.
+/// Only formats that libvips 8.14 reads back as it wrote them; its writers of matrices, maps and tables write no
+/// pictures.
 struct PictureFormat {
     std::string_view writer;                 ///< libvips' name
     std::array<std::string_view, 3> endings; ///< the usual one first
@@ -76,7 +77,8 @@ std::string IptcField(const vips::VImage& image) {
     return {static_cast<const char*>(bytes), size};
 }
 
-/// Has the IPTC field packed as `format` wants it; it may hold more than records where it is packed so already.
+/// Returns `image` with its IPTC field packed for `format`. A field packed that way already stays as it is, with
+/// whatever else it holds.
 vips::VImage WithPackedIptc(const vips::VImage& image, const PictureFormat& format) {
     const std::string field = IptcField(image);
     const std::string records = IptcRecords(field);
@@ -209,7 +211,7 @@ std::vector<std::string> PictureWriter::Losses(const vips::VImage& image) const 
 
 void PictureWriter::Write(const vips::VImage& image, int descriptor, int quality) const {
     const vips::VTarget target = vips::VTarget::new_to_descriptor(descriptor);
-    // TIFF is written back and forth, which fails on a pipe without an error.
+    // The TIFF writer seeks, which fails silently on a pipe.
     const bool seeks = m_Format->writer == "tiffsave" && lseek(descriptor, 0, SEEK_CUR) < 0;
     const std::vector<std::string> comments =
         m_Format->writer == "jpegsave" ? JpegCommentsOf(image) : std::vector<std::string>();

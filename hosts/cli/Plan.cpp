@@ -20,7 +20,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What stands in the way of looking at a path, by `errno`; empty where nothing is there.
+/// Why a path cannot be examined, by `errno`; empty if nothing is there.
 std::string PathProblem(int error) {
     switch (error) {
     case ENOENT:
@@ -76,7 +76,7 @@ std::string FormatProblem(const std::string& output, const std::string& format) 
     }
 }
 
-/// Of an output whose folder is there or will be.
+/// For an output in a folder that exists or will be created.
 std::string OutputProblem(const std::string& output, const Settings& settings) {
     struct stat status = {};
     if (lstat(output.c_str(), &status) == 0 && !settings.force) {
@@ -97,8 +97,8 @@ std::string OutputProblem(const std::string& output, const Settings& settings) {
     return FormatProblem(output, settings.format);
 }
 
-/// Tells files apart, by whatever name and links they go: those that exist by device and inode, others by the path at
-/// which they would appear.
+/// Identifies a file whatever its name and links: an existing one by device and inode, any other by the path at which
+/// it would appear.
 std::string Identity(const std::string& path) {
     struct stat status = {};
     if (stat(path.c_str(), &status) == 0) {
@@ -136,7 +136,7 @@ void RefuseSharedOutputs(const std::vector<Task>& tasks, const std::string& opti
     }
 }
 
-/// Inputs that are missing have no file to protect, and no file of their own to be found again.
+/// Missing inputs are compared by their paths.
 void ProtectInputs(const std::vector<Task>& tasks, const std::string& option) {
     std::map<std::string, std::string> inputs;
     for (const Task& task : tasks) {
@@ -176,7 +176,7 @@ void CheckFolder(const fs::path& folder, bool mayBeNew, const std::string& optio
     }
 }
 
-/// Makes the folder, the last of its path, if it is new.
+/// Creates the folder, the last of its path, if it is missing; returns it only then.
 fs::path MakeFolder(const fs::path& folder) {
     std::error_code error;
     if (folder.empty() || fs::is_directory(folder, error)) {

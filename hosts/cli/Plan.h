@@ -22,7 +22,7 @@ struct Plan {
 
 /// Throws `UsageError` where the run would go wrong, and then nothing was done: an output cannot be written, would
 /// replace a file without --force or one of the inputs, or is also that of another input, by whatever names and links.
-/// Also clears the folders of the outputs of what killed runs left there.
+/// Also removes what killed runs left in the folders of the outputs.
 Plan PlanOutputs(const Settings& settings);
 
 /// The same for the one file that `option` names.

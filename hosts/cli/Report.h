@@ -1,4 +1,4 @@
-// What an operation has to tell of a picture.
+// What an operation reports about a picture.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 namespace cli {
 
 struct Report {
-    std::string text;     ///< one line; empty for nothing to tell
-    bool unasked = false; ///< told without --verbose as well
+    std::string text;     ///< one line; empty for nothing to report
+    bool unasked = false; ///< shown even without --verbose
 };
 
 } // namespace cli

@@ -1,4 +1,4 @@
-// What is asked for goes to standard output, and a full disk behind it is no success.
+// Results on standard output, where a full disk is an error.
 #pragma once
 
 #include <string_view>

@@ -22,7 +22,7 @@ namespace {
 /// Those of libvips with a concurrency of 1: one that works and one that writes behind; and one that draws text.
 constexpr int FewestThreads = 3;
 
-/// Whoever grants so many grants as many as there are processors for; to count on would take them from others.
+/// A system that grants this many does not limit them; counting further would take threads from other programs.
 constexpr int MostCounted = 128;
 
 /// Counts up to `most` by starting them, all at once.
@@ -49,7 +49,7 @@ void TakeSerialForms() {
 } // namespace
 
 int ThreadsOfOnePicture() {
-    // The library has a worker a plane; libvips keeps its threads for a while when they have nothing to do.
+    // The library has a worker for each plane; libvips keeps idle threads for a while.
     return 1 + 3 * dft::engine_maximum_threads() + vips_concurrency_get() + FewestThreads - 1;
 }
 

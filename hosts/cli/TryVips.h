@@ -1,4 +1,4 @@
-// Faults of libvips as errors of a picture.
+// Errors of libvips as errors of a picture.
 #pragma once
 
 #include "Errors.h"
@@ -10,11 +10,11 @@
 
 namespace cli {
 
-/// What libvips says went wrong, in one line and in brackets; empty where it says nothing. It is then forgotten, so
-/// that the next fault starts anew.
+/// What libvips says went wrong, in one line and in brackets; empty if it says nothing. Clears the message, so that the
+/// next error starts afresh.
 std::string VipsComplaint();
 
-/// `what` went wrong and how libvips puts it; where it had no thread to work in, that instead of `what`.
+/// `what` went wrong and how libvips puts it; if it could not start a thread, that instead of `what`.
 std::string VipsFault(const std::string& what);
 
 /// Has libvips give up what it computes of `image` once the user asks to stop.
@@ -24,7 +24,7 @@ void EndWhenInterrupted(const vips::VImage& image);
 /// `Interrupted` that it was asked to stop.
 template <typename Step>
 auto TryVips(const std::string& what, Step step) {
-    vips_error_clear(); // of what went wrong without being a fault
+    vips_error_clear(); // of errors it recovered from
     try {
         return step();
     } catch (const vips::VError&) {

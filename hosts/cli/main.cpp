@@ -19,8 +19,8 @@ GLogWriterOutput Ignore(GLogLevelFlags, const GLogField*, gsize, gpointer) {
     return G_LOG_WRITER_HANDLED;
 }
 
-/// libvips' cache of operations would keep the pixels of pictures already written. Its warnings, the first of which
-/// come while it starts, would stand between our lines.
+/// Switches off libvips' cache of operations, which would keep the pixels of pictures already written, and its
+/// warnings, the first of which come while it starts and would mix with our lines.
 void PrepareVips(const char* program) {
     g_log_set_writer_func(Ignore, nullptr, nullptr);
     g_log_set_default_handler([](const char*, GLogLevelFlags, const char*, void*) {}, nullptr);

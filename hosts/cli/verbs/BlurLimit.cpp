@@ -8,7 +8,7 @@
 namespace cli {
 namespace {
 
-constexpr double One = 65536.0; // of the library's weights, with 16 fractional bits
+constexpr double One = 65536.0; // the library's weights have 16 fractional bits
 constexpr double Limit = 2147483648.0;
 constexpr double LargestSample = 255.0;
 
@@ -18,8 +18,8 @@ constexpr int MostProducts = 2 * LargestBlurRadius + 1;
 constexpr double Rounding = 3e-5;
 static_assert(Rounding > 4.0 * MostProducts * 0x1p-24);
 
-/// One side of the library's bell, which is separable but for its weights' being cut to 16 fractional bits.
-std::vector<float> Bell(int radius) {
+/// The library's Gaussian along one axis; it is separable except that its weights are truncated to 16 fractional bits.
+std::vector<float> GaussianWeights(int radius) {
     std::vector<float> weights;
     for (int d = -radius; d <= radius; ++d) {
         const double ratio = d / (2.0 * radius);
@@ -40,12 +40,12 @@ const unsigned char* RowOf(const PackedPixels& pixels, int y) {
     return pixels.data + static_cast<std::ptrdiff_t>(y) * pixels.pitch;
 }
 
-/// The sums with weights uncut, row after row, of all channels side by side as the pixels stand.
-class UncutSums {
+/// The sums with untruncated weights, row after row, for all channels as they are interleaved.
+class UntruncatedSums {
 public:
-    UncutSums(const PackedPixels& pixels, int radius)
+    UntruncatedSums(const PackedPixels& pixels, int radius)
         : m_Pixels(pixels), m_Radius(radius), m_Count(static_cast<std::size_t>(pixels.width * BytesPerPixel(pixels))),
-          m_Margin(static_cast<std::size_t>(radius * BytesPerPixel(pixels))), m_Weights(Bell(radius)),
+          m_Margin(static_cast<std::size_t>(radius * BytesPerPixel(pixels))), m_Weights(GaussianWeights(radius)),
           m_Column(m_Count + 2 * m_Margin), m_Sums(m_Count) {}
 
     const std::vector<float>& Row(int y) {
@@ -79,11 +79,11 @@ private:
     std::vector<float> m_Sums;
 };
 
-/// Calls judge(sum, y, k) with the uncut sum at each sample but alpha, k being its place in row y, until it says true;
-/// returns whether it did.
+/// Calls judge(sum, y, k) with the untruncated sum at each sample but alpha, k being its place in row y, until one call
+/// returns true; returns whether one did.
 template <typename Judge>
 bool AnySum(const PackedPixels& pixels, int radius, Judge judge) {
-    UncutSums sums(pixels, radius);
+    UntruncatedSums sums(pixels, radius);
     const auto bytes = static_cast<std::size_t>(BytesPerPixel(pixels));
     for (int y = 0; y < pixels.height; ++y) {
         const std::vector<float>& row = sums.Row(y);
@@ -100,14 +100,14 @@ bool AnySum(const PackedPixels& pixels, int radius, Judge judge) {
 
 bool BlurWraps(const PackedPixels& pixels, int radius) {
     const double side = 2.0 * radius + 1.0;
-    const double weights = One * SumOf(Bell(radius)) * SumOf(Bell(radius));
+    const double weights = One * SumOf(GaussianWeights(radius)) * SumOf(GaussianWeights(radius));
     int brightest = 0;
     ForEachPixel(pixels, [&](int b, int g, int r, std::size_t) { brightest = std::max({brightest, b, g, r}); });
     const double low = Limit * (1.0 - Rounding);
     if (brightest * weights < low) {
         return false;
     }
-    // Cutting takes less than 1 from each weight, and never adds anything.
+    // Truncation takes less than 1 from each weight and never adds anything.
     const double high = Limit * (1.0 + Rounding) + side * side * LargestSample;
     bool close = false;
     if (AnySum(pixels, radius, [&](double sum, int, std::size_t) {
@@ -119,7 +119,7 @@ bool BlurWraps(const PackedPixels& pixels, int radius) {
     if (!close) {
         return false;
     }
-    // A sum between the two bounds that wraps is negative, and its quotient 0; one that does not is at least 3.
+    // A sum between the two bounds that wraps is negative, and its quotient 0; any other has a quotient of at least 3.
     std::vector<unsigned char> copy(CountOf(pixels) * static_cast<std::size_t>(BytesPerPixel(pixels)));
     const PackedPixels blurred = {copy.data(), pixels.width, pixels.height, pixels.format,
                                   pixels.width * BytesPerPixel(pixels)};
@@ -134,7 +134,7 @@ bool BlurWraps(const PackedPixels& pixels, int radius) {
                   [&](double sum, int y, std::size_t k) { return sum >= low && RowOf(blurred, y)[k] == 0; });
 }
 
-// A wider bell weighs more at every distance, so that what wraps at one radius does at all larger ones.
+// A wider Gaussian weighs more at every distance, so that a picture that wraps at one radius does at all larger ones.
 int LargestUnwrappedRadius(const PackedPixels& pixels, int radius) {
     int safe = std::min(radius, FoMaxSafeBlurRadius);
     int wrapping = radius + 1;
@@ -146,7 +146,7 @@ int LargestUnwrappedRadius(const PackedPixels& pixels, int radius) {
 }
 
 double WrappingMean(int radius) {
-    return Limit / (One * SumOf(Bell(radius)) * SumOf(Bell(radius)));
+    return Limit / (One * SumOf(GaussianWeights(radius)) * SumOf(GaussianWeights(radius)));
 }
 
 } // namespace cli

@@ -96,7 +96,7 @@ Report DenoiseExactly(const Settings& settings, const PackedPixels& pixels) {
     return {text + ", " + OnSquare(left, top, right, bottom)};
 }
 
-/// How strongly to denoise, and what to tell of it.
+/// How strongly to denoise, and what to report of it.
 struct Strength {
     float threshold;
     double share; ///< of the change that is applied

@@ -21,7 +21,7 @@ bool IsLookedAtInHalfSize(std::int64_t pixels) {
 Region RegionOf(const CImageFocus& focus, const PackedPixels& pixels) {
     Region region = {};
     focus.GetEstRectActSize(region.left, region.top, region.right, region.bottom);
-    // Of a picture of exactly this size, looked at in half size, the library tells the region in half-size coordinates.
+    // For a picture of exactly this size, though examined at half size, the library reports half-size coordinates.
     const int scale = CountOf(pixels) == FoHalfSizePixels ? 2 : 1;
     return {std::min(scale * region.left, pixels.width), std::min(scale * region.top, pixels.height),
             std::min(scale * region.right, pixels.width), std::min(scale * region.bottom, pixels.height)};

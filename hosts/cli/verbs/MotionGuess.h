@@ -1,4 +1,4 @@
-// The direction in which a picture was smeared, as the library guesses it, told by the picture's own coordinates.
+// The direction in which a picture was smeared, as the library guesses it, in the picture's own coordinates.
 #pragma once
 
 #include "PackedPixels.h"

@@ -11,11 +11,13 @@ namespace {
 
 constexpr int Side = 16; // of a block
 constexpr int Samples = Side * Side;
+
+// Means of blocks beyond which noise of 5 and more is cut off at black or white.
 constexpr int Darkest = 16;
 constexpr int Brightest = 240;
 
-/// What makes the lowest tenth of the blocks' means the noise: they lie a tenth below it on photographs with noise of 5
-/// to 10, on the set that the denoiser's strength is tuned on.
+/// Tuned on the twelve photographs that `RuleFactors` in Denoise.cpp names: with noise of 5 to 10, the lowest tenth of
+/// the blocks' means lies a tenth below the noise.
 constexpr double OfLowestTenth = 1.1;
 
 struct Block {

@@ -14,7 +14,8 @@
 namespace cli {
 namespace {
 
-/// Relative noise power, as `CImageFocus::DeMotionBlur` assumes it.
+/// Given: the relative noise power that `CImageFocus::DeMotionBlur` assumes. A smaller one sharpens more and amplifies
+/// noise.
 constexpr float NoisePower = 0.06f;
 
 constexpr std::size_t MostPlanes = 3;
@@ -39,7 +40,8 @@ public:
         kernel.Normalize();
         ChPSF2OTF(m_Spectrum, kernel, size.width, size.height);
         ChInverseOTF(m_Spectrum, size.width, size.height, NoisePower);
-        // The transfer of a normalised kernel is 1 there but for rounding, and motion leaves a flat picture as it is.
+        // The transfer function of a normalised kernel is 1 there but for rounding: motion leaves a flat picture as it
+        // is.
         const double scale = 1.0 / static_cast<double>(m_Spectrum.m_Spectrum[0].re);
         std::for_each_n(m_Spectrum.m_Spectrum, size.Count(), [scale](ChComplex& element) {
             element.re = static_cast<float>(static_cast<double>(element.re) * scale);
@@ -53,8 +55,8 @@ private:
     DFT_Buffer m_Spectrum;
 };
 
-/// Calls work(0) to work(count - 1), on as many threads as there are processors and threads to be had; what no other
-/// thread takes is done by the caller's.
+/// Calls work(0) to work(count - 1) on up to one thread a processor, the caller's among them, or on as many as can be
+/// started.
 template <typename Work>
 void OnThreads(std::size_t count, const Work& work) {
     std::vector<std::exception_ptr> failures(count);
@@ -75,7 +77,7 @@ void OnThreads(std::size_t count, const Work& work) {
                 threads.emplace_back(takeTurns);
             }
         } catch (const std::system_error&) {
-            // fewer threads than wished for: the work is done all the same
+            // with fewer threads the work is done all the same
         }
         takeTurns();
     }

@@ -1,4 +1,4 @@
-// Undoes motion blur as the library does, but gives the brightness back that its filter takes.
+// Undoes motion blur as the library does, but restores the brightness that its filter takes away.
 #pragma once
 
 #include "PackedPixels.h"
