@@ -286,10 +286,7 @@ TEST(BadInput, BlurRefusesExactlyTheRadiusAtWhichSumsWrap) {
                 rgba[4 * k] = rgba[4 * k + 1] = 0;
                 rgba[4 * k + 2] = static_cast<unsigned char>((wraps ? samples : below)[k]);
             }
-            const vips::VImage picture =
-                vips::VImage::new_from_memory(rgba.data(), rgba.size(), side, side, 4, VIPS_FORMAT_UCHAR)
-                    .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
-            Save(picture, folder / "in.png");
+            Save(FromSamples(rgba, side, side, 4), folder / "in.png");
             const std::string line = "blur in.png -o out.png --force --radius " + std::to_string(radius);
             const RunResult result = RunCommand(folder, line);
             EXPECT_EQ(result.status, wraps ? 1 : 0) << radius << result.err;

@@ -24,10 +24,7 @@ vips::VImage NoisyPicture(int bands) {
     for (unsigned char& sample : samples) {
         sample = static_cast<unsigned char>(std::lround(noise(generator)));
     }
-    const auto space = bands < 3 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB;
-    return vips::VImage::new_from_memory(samples.data(), samples.size(), kWidth, kHeight, bands, VIPS_FORMAT_UCHAR)
-        .copy(vips::VImage::option()->set("interpretation", space))
-        .copy_memory();
+    return FromSamples(samples, kWidth, kHeight, bands);
 }
 
 // Greyscale is its own luminance, so that the library's answer is the picture's.

@@ -17,16 +17,12 @@ int main(int argc, char** argv) {
     return RUN_ALL_TESTS();
 }
 
-namespace {
-
 VImage FromSamples(const std::vector<unsigned char>& samples, int width, int height, int bands) {
     const VImage picture(
         vips_image_new_from_memory_copy(samples.data(), samples.size(), width, height, bands, VIPS_FORMAT_UCHAR));
     const auto space = bands < 3 ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB;
     return picture.copy(VImage::option()->set("interpretation", space));
 }
-
-} // namespace
 
 VImage RandomPicture(int width, int height, int bands, unsigned seed) {
     std::mt19937 random(seed);

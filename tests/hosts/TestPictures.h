@@ -10,7 +10,10 @@
 #include <string>
 #include <vector>
 
-/// Random samples, the same for the same seed: 1 or 2 bands of greyscale, 3 or 4 of colour.
+/// A picture of these samples, row after row: 1 or 2 bands of greyscale, 3 or 4 of colour.
+vips::VImage FromSamples(const std::vector<unsigned char>& samples, int width, int height, int bands);
+
+/// Random samples, the same for the same seed.
 vips::VImage RandomPicture(int width, int height, int bands, unsigned seed);
 
 /// One colour everywhere, in a format and colour space of libvips. Blurring leaves it as it is.
