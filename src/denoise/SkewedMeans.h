@@ -33,6 +33,6 @@ constexpr std::size_t SkewedElements(int columns, int lanes) {
            (static_cast<std::size_t>(lanes) + 2);
 }
 
-CLARIBOX_VECTOR_VARIANTS(SkewedMeans, kSkewedMeans, ActiveSkewedMeans)
+CLARIBOX_PER_VECTOR_CLASS(SkewedMeans, kSkewedMeans, ActiveSkewedMeans)
 
 } // namespace denoise

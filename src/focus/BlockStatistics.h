@@ -22,6 +22,6 @@ struct BlockStatistics {
     void (*SumRow)(const std::uint8_t* samples, std::ptrdiff_t stride, BlockSums* blocks, int count);
 };
 
-CLARIBOX_VECTOR_VARIANTS(BlockStatistics, kBlockStatistics, ActiveBlockStatistics)
+CLARIBOX_PER_VECTOR_CLASS(BlockStatistics, kBlockStatistics, ActiveBlockStatistics)
 
 } // namespace focus

@@ -3,7 +3,7 @@
 #include <claribox/ChFunctions.h>
 
 #include "PlaneSet.h"
-#include "kernels/WrappingArithmetic.h"
+#include "kernels/numbers/WrappingArithmetic.h"
 
 void CImageFocus::Blur(unsigned char* pixels, FoPixelFmt format, int pitch) {
     ChMatrix<float> kernel; // outlives the planes

@@ -57,6 +57,6 @@ struct ConvolutionRows {
     void (*PackQuotientsByOne)(const std::int32_t* sums, double reciprocal, std::uint8_t* samples, int count);
 };
 
-CLARIBOX_VECTOR_VARIANTS(ConvolutionRows, kConvolutionRows, ActiveConvolutionRows)
+CLARIBOX_PER_VECTOR_CLASS(ConvolutionRows, kConvolutionRows, ActiveConvolutionRows)
 
 } // namespace focus

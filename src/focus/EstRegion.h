@@ -1,7 +1,7 @@
 // Sizes that decide how a picture is looked at.
 #pragma once
 
-#include "kernels/WrappingArithmetic.h"
+#include "kernels/numbers/WrappingArithmetic.h"
 
 namespace focus {
 

@@ -4,8 +4,8 @@
 #include <claribox/CImageFocus.h>
 #include <claribox/ChFunctions.h>
 
-#include "kernels/PictureTransform.h"
-#include "kernels/WrappingArithmetic.h"
+#include "kernels/numbers/WrappingArithmetic.h"
+#include "kernels/spectra/PictureTransform.h"
 
 namespace focus {
 

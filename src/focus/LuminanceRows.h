@@ -21,6 +21,6 @@ struct LuminanceRows {
     void (*Video)(const PlaneRow& planes, std::uint8_t* luminance, int count);
 };
 
-CLARIBOX_VECTOR_VARIANTS(LuminanceRows, kLuminanceRows, ActiveLuminanceRows)
+CLARIBOX_PER_VECTOR_CLASS(LuminanceRows, kLuminanceRows, ActiveLuminanceRows)
 
 } // namespace focus

@@ -39,6 +39,6 @@ struct NeighbourRings {
     void (*Measure)(const RingSamples& samples, int count, RingMeasures& measures);
 };
 
-CLARIBOX_VECTOR_VARIANTS(NeighbourRings, kNeighbourRings, ActiveNeighbourRings)
+CLARIBOX_PER_VECTOR_CLASS(NeighbourRings, kNeighbourRings, ActiveNeighbourRings)
 
 } // namespace focus

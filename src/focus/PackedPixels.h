@@ -22,6 +22,6 @@ struct PackedPixelRows {
     void (*MergeBGRX32)(std::uint8_t* pixels, const PlaneRow& planes, int count);
 };
 
-CLARIBOX_VECTOR_VARIANTS(PackedPixelRows, kPackedPixelRows, ActivePackedPixelRows)
+CLARIBOX_PER_VECTOR_CLASS(PackedPixelRows, kPackedPixelRows, ActivePackedPixelRows)
 
 } // namespace focus

@@ -1,7 +1,7 @@
 // The plain members as a set, which stands in the table until the load has filled it.
 #pragma once
 
-#include "kernels/PlainMembers.h"
+#include "kernels/rows/PlainMembers.h"
 
 namespace processor {
 

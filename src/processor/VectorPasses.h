@@ -2,7 +2,7 @@
 // instructions.
 #pragma once
 
-#include "kernels/PlainMembers.h"
+#include "kernels/rows/PlainMembers.h"
 
 namespace processor {
 

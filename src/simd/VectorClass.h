@@ -40,7 +40,7 @@ const Members& Choose(const Members& portable, const Members& sse2, const Member
 
 /// Declares `const Type name` once in the namespace of each vector class, and `const Type& Accessor()`, the one in
 /// force. `Type` is a struct of function pointers that a vector source fills.
-#define CLARIBOX_VECTOR_VARIANTS(Type, name, Accessor)                                                                 \
+#define CLARIBOX_PER_VECTOR_CLASS(Type, name, Accessor)                                                                \
     namespace Portable {                                                                                               \
     extern const Type name;                                                                                            \
     }                                                                                                                  \

@@ -12,6 +12,6 @@ struct LineFunctions {
     void (*WeightedSum)(const float* const* sources, const float* weights, int terms, float* out, int count);
 };
 
-CLARIBOX_VECTOR_VARIANTS(LineFunctions, kLineFunctions, ActiveLineFunctions)
+CLARIBOX_PER_VECTOR_CLASS(LineFunctions, kLineFunctions, ActiveLineFunctions)
 
 } // namespace wavelet

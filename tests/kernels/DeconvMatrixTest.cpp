@@ -1,5 +1,5 @@
 #include "claribox/ChFunctions.h"
-#include "kernels/DefaultFloatingMode.h"
+#include "kernels/numbers/DefaultFloatingMode.h"
 
 #include <gtest/gtest.h>
 

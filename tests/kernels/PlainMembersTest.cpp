@@ -1,6 +1,6 @@
 // The plain members. How they copy, scale, decimate and pack integers is for the tests of the vector members to say,
 // which run the plain class as well.
-#include "kernels/PlainMembers.h"
+#include "kernels/rows/PlainMembers.h"
 
 #include "common/GuardedBuffer.h"
 

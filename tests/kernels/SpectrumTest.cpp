@@ -1,7 +1,7 @@
 // The free functions of the frequency road, each against its definition in wide precision.
 #include "common/GuardedBuffer.h"
 #include "common/VectorClassTest.h"
-#include "kernels/SpectrumPasses.h"
+#include "kernels/spectra/SpectrumPasses.h"
 #include "reference/spectrum_slow.h"
 
 #include <claribox/ChFunctions.h>

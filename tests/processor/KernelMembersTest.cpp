@@ -3,7 +3,7 @@
 #include "processor/KernelMembers.h"
 
 #include "common/GuardedBuffer.h"
-#include "kernels/PlainMembers.h"
+#include "kernels/rows/PlainMembers.h"
 #include "processor/MembersTest.h"
 
 #include <algorithm>

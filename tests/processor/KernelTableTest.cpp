@@ -1,6 +1,6 @@
 #include "processor/KernelTable.h"
 
-#include "kernels/PlainMembers.h"
+#include "kernels/rows/PlainMembers.h"
 #include "processor/LoadOrder.h"
 #include "processor/MembersTest.h"
 

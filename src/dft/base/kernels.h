@@ -22,8 +22,8 @@ int BatchLanes() {
 /// Declares `const Table<float> nameSingle` and `const Table<double> nameDouble` in the namespace of each vector class,
 /// and `const Table<Real>& Accessor<Real>()`, the one of the class in force. Stands in namespace dft.
 #define CLARIBOX_DFT_KERNELS(Table, name, Accessor)                                                                    \
-    CLARIBOX_VECTOR_VARIANTS(Table<float>, name##Single, Accessor##Single)                                             \
-    CLARIBOX_VECTOR_VARIANTS(Table<double>, name##Double, Accessor##Double)                                            \
+    CLARIBOX_PER_VECTOR_CLASS(Table<float>, name##Single, Accessor##Single)                                            \
+    CLARIBOX_PER_VECTOR_CLASS(Table<double>, name##Double, Accessor##Double)                                           \
     template <typename Real>                                                                                           \
     const Table<Real>& Accessor() {                                                                                    \
         if constexpr (kPrecision<Real> == 0) {                                                                         \

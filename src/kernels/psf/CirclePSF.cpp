@@ -1,6 +1,6 @@
 #include "claribox/ChFunctions.h"
 
-#include "kernels/Pif.h"
+#include "kernels/psf/Pif.h"
 
 #include <cmath>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 #include "claribox/ChFunctions.h"
 
-#include "kernels/PictureTransform.h"
-#include "kernels/SpectrumPasses.h"
+#include "kernels/spectra/PictureTransform.h"
+#include "kernels/spectra/SpectrumPasses.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,8 +1,8 @@
 #include "claribox/ChFunctions.h"
 
-#include "kernels/Pif.h"
-#include "kernels/RoundToFloat.h"
-#include "kernels/WrappingArithmetic.h"
+#include "kernels/numbers/RoundToFloat.h"
+#include "kernels/numbers/WrappingArithmetic.h"
+#include "kernels/psf/Pif.h"
 
 #include <cmath>
 

@@ -11,8 +11,8 @@
 //     5 4 3 4 5
 #include "claribox/ChFunctions.h"
 
-#include "kernels/DefaultFloatingMode.h"
-#include "kernels/RoundToFloat.h"
+#include "kernels/numbers/DefaultFloatingMode.h"
+#include "kernels/numbers/RoundToFloat.h"
 
 #include <algorithm>
 #include <cstdlib>

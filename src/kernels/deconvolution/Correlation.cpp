@@ -1,6 +1,6 @@
 #include "claribox/ChFunctions.h"
 
-#include "kernels/WrappingArithmetic.h"
+#include "kernels/numbers/WrappingArithmetic.h"
 
 #include <cmath>
 

@@ -1,6 +1,6 @@
-#include "kernels/PlainMembers.h"
+#include "kernels/rows/PlainMembers.h"
 
-#include "kernels/UnalignedAccess.h"
+#include "kernels/rows/UnalignedAccess.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "claribox/ChFunctions.h"
 
-#include "kernels/PictureTransform.h"
-#include "kernels/RoundToFloat.h"
+#include "kernels/numbers/RoundToFloat.h"
+#include "kernels/spectra/PictureTransform.h"
 
 #include <cmath>
 

@@ -21,6 +21,6 @@ struct SpectrumPasses {
     void (*Invert)(ChComplex* otf, std::size_t count, float noise);
 };
 
-CLARIBOX_VECTOR_VARIANTS(SpectrumPasses, kSpectrumPasses, ActiveSpectrumPasses)
+CLARIBOX_PER_VECTOR_CLASS(SpectrumPasses, kSpectrumPasses, ActiveSpectrumPasses)
 
 } // namespace kernels

@@ -1,8 +1,8 @@
 #include "claribox/ChFunctions.h"
 
-#include "kernels/PictureTransform.h"
-#include "kernels/RoundToFloat.h"
-#include "kernels/SpectrumPasses.h"
+#include "kernels/numbers/RoundToFloat.h"
+#include "kernels/spectra/PictureTransform.h"
+#include "kernels/spectra/SpectrumPasses.h"
 
 void ChInverseFilter(unsigned char* plane, int width, int height, DFT_Buffer& otf) {
     const std::uint32_t count = kernels::ElementCount(width, height);

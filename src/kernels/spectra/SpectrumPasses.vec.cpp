@@ -1,4 +1,4 @@
-#include "kernels/SpectrumPasses.h"
+#include "kernels/spectra/SpectrumPasses.h"
 
 #include "simd/Transpose.h"
 
