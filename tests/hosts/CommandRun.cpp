@@ -136,3 +136,7 @@ RunResult RunCommand(const TemporaryFolder& folder, const std::string& line, con
     result.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     return result;
 }
+
+bool IsTooTight(const RunOptions& options) {
+    return RunCommand(TemporaryFolder(), "info", options).status != 0;
+}

@@ -56,3 +56,6 @@ struct RunResult {
 /// Runs `claribox` in `folder` with the words of `line`, apart by blanks; one with blanks of its own, or with nothing
 /// at all, stands in quotes.
 RunResult RunCommand(const TemporaryFolder& folder, const std::string& line, const RunOptions& options = {});
+
+/// Whether not even `info` runs under these limits: sanitizers take threads and address space of their own.
+bool IsTooTight(const RunOptions& options);

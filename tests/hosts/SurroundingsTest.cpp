@@ -17,11 +17,6 @@ struct Surroundings {
 
 constexpr std::size_t Mebibyte = std::size_t{1} << 20;
 
-/// Sanitizers take threads and address space of their own.
-bool IsTooTight(const RunOptions& options) {
-    return RunCommand(TemporaryFolder(), "info", options).status != 0;
-}
-
 void ExpectThePictureOrOneLine(const TemporaryFolder& folder, const Surroundings& row) {
     fs::remove(folder / "reference.png");
     const RunOptions ample = {.environment = row.options.environment};
