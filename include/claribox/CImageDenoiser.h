@@ -7,8 +7,8 @@
 /// beyond its end; the library does not test it.
 inline constexpr int DnEstSize = 96;
 
-/// Smallest side in pixels that three levels of wavelets can split. Below it the library says so on standard output
-/// and splits no further than it can.
+/// Smallest side in pixels at which three levels of wavelets leave a band worth the name. Below it the library prints
+/// messages to standard output and goes on all the same.
 inline constexpr int DnMinSide = 9;
 
 /// Holds a plane size and the parameters of the denoiser, and no pixels.

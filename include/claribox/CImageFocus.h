@@ -63,8 +63,8 @@ public:
     /// Sets the picture size in pixels.
     void SetSize(int width, int height);
 
-    /// Radius of the focus kernels in pixels: 1 or more for `Blur`; `DeBlur` clamps it to
-    /// 1..`FoMaxDeBlurRadius` and stores that back.
+    /// Radius of the focus kernels in pixels: 1 or more for `Blur`; `DeBlur` clamps it to 1..`FoMaxDeBlurRadius`
+    /// and stores that back.
     void SetRadius(int radius);
     int GetRadius() const;
 
