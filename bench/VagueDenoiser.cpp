@@ -51,22 +51,22 @@ std::filesystem::path MakeDirectory() {
 } // namespace
 
 VagueDenoiser::VagueDenoiser(const std::vector<std::uint8_t>& plane, int width, int height, int frames, float threshold)
-    : m_directory(MakeDirectory()), m_frameBytes(plane.size()), m_frames(frames),
-      m_size(std::to_string(width) + "x" + std::to_string(height)),
-      m_filter("vaguedenoiser=method=soft:nsteps=3:percent=100:threshold=" + std::to_string(threshold)) {
-    std::ofstream file(m_directory / "input", std::ios::binary);
+    : m_Directory(MakeDirectory()), m_FrameBytes(plane.size()), m_Frames(frames),
+      m_Size(std::to_string(width) + "x" + std::to_string(height)),
+      m_Filter("vaguedenoiser=method=soft:nsteps=3:percent=100:threshold=" + std::to_string(threshold)) {
+    std::ofstream file(m_Directory / "input", std::ios::binary);
     for (int frame = 0; frame < frames; ++frame) {
         file.write(reinterpret_cast<const char*>(plane.data()), static_cast<std::streamsize>(plane.size()));
     }
     if (!file.flush()) {
-        std::filesystem::remove_all(m_directory);
-        throw std::runtime_error((m_directory / "input").string() + ": cannot be written");
+        std::filesystem::remove_all(m_Directory);
+        throw std::runtime_error((m_Directory / "input").string() + ": cannot be written");
     }
 }
 
 VagueDenoiser::~VagueDenoiser() {
     std::error_code ignored;
-    std::filesystem::remove_all(m_directory, ignored);
+    std::filesystem::remove_all(m_Directory, ignored);
 }
 
 bool VagueDenoiser::IsInstalled() {
@@ -75,13 +75,13 @@ bool VagueDenoiser::IsInstalled() {
 
 double VagueDenoiser::SecondsPerFrame() const {
     const std::vector<std::string> drop = {"null", "-"};
-    return (Seconds(m_filter, drop) - Seconds("null", drop)) / m_frames;
+    return (Seconds(m_Filter, drop) - Seconds("null", drop)) / m_Frames;
 }
 
 std::vector<std::uint8_t> VagueDenoiser::FirstFrame() const {
-    const std::string path = m_directory / "output";
-    Seconds(m_filter, {"rawvideo", path});
-    std::vector<std::uint8_t> frame(m_frameBytes);
+    const std::string path = m_Directory / "output";
+    Seconds(m_Filter, {"rawvideo", path});
+    std::vector<std::uint8_t> frame(m_FrameBytes);
     std::ifstream file(path, std::ios::binary);
     if (!file.read(reinterpret_cast<char*>(frame.data()), static_cast<std::streamsize>(frame.size()))) {
         throw std::runtime_error("ffmpeg: its output is too short");
@@ -93,7 +93,7 @@ double VagueDenoiser::Seconds(const std::string& filter, const std::vector<std::
     std::vector<std::string> command = {
         "ffmpeg", "-hide_banner", "-nostdin", "-loglevel", "error", "-threads", "1", "-filter_threads", "1",
         // what comes in
-        "-f", "rawvideo", "-pixel_format", "gray", "-video_size", m_size, "-i", m_directory / "input",
+        "-f", "rawvideo", "-pixel_format", "gray", "-video_size", m_Size, "-i", m_Directory / "input",
         // what goes out
         "-vf", filter, "-f"};
     command.insert(command.end(), output.begin(), output.end());

@@ -31,11 +31,11 @@ public:
 private:
     double Seconds(const std::string& filter, const std::vector<std::string>& output) const;
 
-    std::filesystem::path m_directory;
-    std::size_t m_frameBytes;
-    int m_frames;
-    std::string m_size;
-    std::string m_filter;
+    std::filesystem::path m_Directory;
+    std::size_t m_FrameBytes;
+    int m_Frames;
+    std::string m_Size;
+    std::string m_Filter;
 };
 
 } // namespace bench

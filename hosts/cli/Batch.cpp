@@ -178,9 +178,9 @@ int Batch::Summarise() {
                                 (left > 0 ? ", " + count(left) + " not done" : ""));
     }
     if (left > 0) {
-        return ExitInterrupted;
+        return kExitInterrupted;
     }
-    return m_Failed > 0 ? ExitPictureFailed : ExitDone;
+    return m_Failed > 0 ? kExitPictureFailed : kExitDone;
 }
 
 } // namespace

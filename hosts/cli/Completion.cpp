@@ -55,7 +55,7 @@ std::string Filled(std::string frame, std::initializer_list<std::pair<std::strin
 
 // bash: one case for the value of each option, and one for each verb's options and pictures
 
-constexpr const char* BashFrame = R"(# bash completion for claribox, printed by: claribox --completion bash
+constexpr const char* kBashFrame = R"(# bash completion for claribox, printed by: claribox --completion bash
 _claribox() {
     local verb=${COMP_WORDS[1]} current=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
     local words= files= verbs='@VERBS@'
@@ -113,15 +113,15 @@ std::string BashScript() {
         others += "        " + name + ":-*) words='" + BashNames(verb.options) + "' ;;\n";
         others += TakesPictures(verb) ? "        " + name + ":*) files=1 ;;\n" : "";
     }
-    return Filled(BashFrame, {{"@VERBS@", VerbNames(" ")},
-                              {"@GENERAL@", BashNames(GeneralOptions())},
-                              {"@VALUES@", values},
-                              {"@OTHERS@", others}});
+    return Filled(kBashFrame, {{"@VERBS@", VerbNames(" ")},
+                               {"@GENERAL@", BashNames(GeneralOptions())},
+                               {"@VALUES@", values},
+                               {"@OTHERS@", others}});
 }
 
 // zsh: the words of _arguments for each verb
 
-constexpr const char* ZshFrame = R"(#compdef claribox
+constexpr const char* kZshFrame = R"(#compdef claribox
 # printed by: claribox --completion zsh
 _claribox() {
     local -a verbs=(@VERBS@
@@ -173,7 +173,7 @@ std::string ZshScript() {
         verbs += "\n        '" + Escaped(verb.name + (":" + Escaped(verb.summary, "\\:")), "'", "'\\'") + "'";
         cases += "    " + std::string(verb.name) + ")\n        " + ZshArguments(verb.options) + "\n        ;;\n";
     }
-    return Filled(ZshFrame, {{"@VERBS@", verbs}, {"@GENERAL@", ZshArguments(GeneralOptions())}, {"@CASES@", cases}});
+    return Filled(kZshFrame, {{"@VERBS@", verbs}, {"@GENERAL@", ZshArguments(GeneralOptions())}, {"@CASES@", cases}});
 }
 
 // fish: a line for each option
@@ -215,20 +215,20 @@ std::string FishScript() {
 const struct {
     const char* shell;
     std::string (*script)();
-} Scripts[] = {{"bash", BashScript}, {"zsh", ZshScript}, {"fish", FishScript}};
+} kScripts[] = {{"bash", BashScript}, {"zsh", ZshScript}, {"fish", FishScript}};
 
 } // namespace
 
 std::vector<std::string> CompletionShells() {
     std::vector<std::string> shells;
-    for (const auto& row : Scripts) {
+    for (const auto& row : kScripts) {
         shells.emplace_back(row.shell);
     }
     return shells;
 }
 
 std::string Completion(int shell) {
-    return Scripts[shell].script();
+    return kScripts[shell].script();
 }
 
 } // namespace cli

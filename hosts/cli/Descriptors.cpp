@@ -17,10 +17,10 @@ namespace {
 
 /// Measured: two pictures at once, or one with the plot's fonts, took 9 files (Debian 12, libvips 8.14). Where none is
 /// left GLib aborts the process. SurroundingsTest.cpp pins the refusal.
-constexpr rlim_t FewestFiles = 16;
+constexpr rlim_t kFewestFiles = 16;
 
 /// The default limit of most systems.
-constexpr rlim_t EnoughFiles = 1024;
+constexpr rlim_t kEnoughFiles = 1024;
 
 int resultDescriptor = STDOUT_FILENO;
 int messageDescriptor = STDERR_FILENO;
@@ -28,14 +28,14 @@ int messageDescriptor = STDERR_FILENO;
 void RequireFiles() {
     rlimit limit = {};
     getrlimit(RLIMIT_NOFILE, &limit);
-    const rlim_t granted = std::min(limit.rlim_max, EnoughFiles);
+    const rlim_t granted = std::min(limit.rlim_max, kEnoughFiles);
     if (limit.rlim_cur < granted) {
         limit.rlim_cur = granted;
         setrlimit(RLIMIT_NOFILE, &limit);
     }
-    if (limit.rlim_cur < FewestFiles) {
+    if (limit.rlim_cur < kFewestFiles) {
         throw std::runtime_error("only " + std::to_string(limit.rlim_cur) + " files may be open at once; allow " +
-                                 std::to_string(FewestFiles) + " or more, such as by ulimit -n");
+                                 std::to_string(kFewestFiles) + " or more, such as by ulimit -n");
     }
 }
 

@@ -7,10 +7,10 @@ namespace cli {
 
 /// What a shell sees when the command ends.
 enum ExitStatus : int {
-    ExitDone = 0,
-    ExitPictureFailed = 1, ///< at least one picture was not written; the others were
-    ExitUsage = 2,         ///< the command line is wrong or an output cannot be written; nothing was done
-    ExitInterrupted = 130, ///< by convention 128 + SIGINT
+    kExitDone = 0,
+    kExitPictureFailed = 1, ///< at least one picture was not written; the others were
+    kExitUsage = 2,         ///< the command line is wrong or an output cannot be written; nothing was done
+    kExitInterrupted = 130, ///< by convention 128 + SIGINT
 };
 
 /// The command line asks for something that cannot be; the text names the option or file and what would be right.

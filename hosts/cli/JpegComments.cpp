@@ -4,9 +4,9 @@ namespace cli {
 namespace {
 
 // The second byte of a marker; the first is 0xFF.
-constexpr int Application0 = 0xE0; // stays in front
-constexpr int StartOfScan = 0xDA;  // the pixels follow
-constexpr int Comment = 0xFE;
+constexpr int kApplication0 = 0xE0; // stays in front
+constexpr int kStartOfScan = 0xDA;  // the pixels follow
+constexpr int kComment = 0xFE;
 
 } // namespace
 
@@ -17,10 +17,10 @@ std::vector<std::string> JpegComments(std::istream& jpeg) {
         const int marker = jpeg.get();
         const int high = jpeg.get();
         const int length = (high << 8 | jpeg.get()) - 2;
-        if (!jpeg || marker == StartOfScan || length < 0) {
+        if (!jpeg || marker == kStartOfScan || length < 0) {
             break;
         }
-        if (marker != Comment) {
+        if (marker != kComment) {
             jpeg.seekg(length, std::ios::cur);
             continue;
         }
@@ -37,10 +37,10 @@ void InsertJpegComments(std::string& jpeg, const std::vector<std::string>& comme
     std::string segments;
     for (const std::string& comment : comments) {
         const std::size_t length = comment.size() + 2;
-        segments += {'\xFF', static_cast<char>(Comment), static_cast<char>(length >> 8), static_cast<char>(length)};
+        segments += {'\xFF', static_cast<char>(kComment), static_cast<char>(length >> 8), static_cast<char>(length)};
         segments += comment;
     }
-    jpeg.insert(byte(3) == Application0 ? 4 + (byte(4) << 8 | byte(5)) : 2, segments);
+    jpeg.insert(byte(3) == kApplication0 ? 4 + (byte(4) << 8 | byte(5)) : 2, segments);
 }
 
 } // namespace cli

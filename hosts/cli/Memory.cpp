@@ -18,7 +18,7 @@
 namespace cli {
 namespace {
 
-constexpr std::int64_t Unlimited = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kUnlimited = std::numeric_limits<std::int64_t>::max();
 
 /// The first number of a file, or `otherwise` where there is none.
 std::int64_t NumberIn(const char* path, std::int64_t otherwise) {
@@ -41,32 +41,32 @@ std::int64_t NumberAfter(const char* path, std::string_view key, std::int64_t ot
 
 std::int64_t SystemFreeBytes() {
     const std::int64_t kibibytes = NumberAfter("/proc/meminfo", "MemAvailable:", -1);
-    return kibibytes < 0 ? Unlimited : kibibytes * 1024;
+    return kibibytes < 0 ? kUnlimited : kibibytes * 1024;
 }
 
 std::int64_t ControlGroupFreeBytes() {
-    const std::int64_t limit = NumberIn("/sys/fs/cgroup/memory.max", Unlimited);
+    const std::int64_t limit = NumberIn("/sys/fs/cgroup/memory.max", kUnlimited);
     // Cached files count as used and are given up on demand.
     const std::int64_t cached = NumberAfter("/sys/fs/cgroup/memory.stat", "inactive_file", 0);
-    return limit == Unlimited ? Unlimited : limit - NumberIn("/sys/fs/cgroup/memory.current", 0) + cached;
+    return limit == kUnlimited ? kUnlimited : limit - NumberIn("/sys/fs/cgroup/memory.current", 0) + cached;
 }
 
-/// `Unlimited` where there is no limit.
+/// `kUnlimited` where there is no limit.
 std::int64_t AddressSpaceLimit() {
     rlimit limit = {};
     return getrlimit(RLIMIT_AS, &limit) != 0 || limit.rlim_cur == RLIM_INFINITY
-               ? Unlimited
+               ? kUnlimited
                : static_cast<std::int64_t>(limit.rlim_cur);
 }
 
 std::int64_t AddressSpaceFreeBytes() {
     const std::int64_t limit = AddressSpaceLimit();
-    return limit == Unlimited ? Unlimited : limit - NumberIn("/proc/self/statm", 0) * sysconf(_SC_PAGESIZE);
+    return limit == kUnlimited ? kUnlimited : limit - NumberIn("/proc/self/statm", 0) * sysconf(_SC_PAGESIZE);
 }
 
 /// The stack of a thread where the address space is limited: as much as libvips asks for, where the system would
 /// reserve 8 MiB. SurroundingsTest.cpp has the command work under such limits.
-constexpr std::int64_t StackBytes = 2 * Mebibyte;
+constexpr std::int64_t kStackBytes = 2 * kMebibyte;
 
 } // namespace
 
@@ -75,23 +75,23 @@ std::int64_t FreeBytes() {
 }
 
 void SpareAddressSpace() {
-    if (AddressSpaceLimit() == Unlimited) {
+    if (AddressSpaceLimit() == kUnlimited) {
         return;
     }
     mallopt(M_ARENA_MAX, 1);
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
-    pthread_attr_setstacksize(&attributes, static_cast<std::size_t>(StackBytes));
+    pthread_attr_setstacksize(&attributes, static_cast<std::size_t>(kStackBytes));
     pthread_setattr_default_np(&attributes);
     pthread_attr_destroy(&attributes);
 }
 
 std::int64_t StacksOfOnePicture() {
-    return AddressSpaceLimit() == Unlimited ? 0 : StackBytes * ThreadsOfOnePicture();
+    return AddressSpaceLimit() == kUnlimited ? 0 : kStackBytes * ThreadsOfOnePicture();
 }
 
 std::string Mebibytes(std::int64_t bytes) {
-    return std::to_string((bytes + Mebibyte - 1) / Mebibyte) + " MiB";
+    return std::to_string((bytes + kMebibyte - 1) / kMebibyte) + " MiB";
 }
 
 MemoryBudget::Share::Share(MemoryBudget& budget, std::int64_t bytes) : m_Budget(budget), m_Bytes(bytes) {

@@ -8,7 +8,7 @@
 
 namespace cli {
 
-inline constexpr std::int64_t Mebibyte = std::int64_t{1} << 20;
+inline constexpr std::int64_t kMebibyte = std::int64_t{1} << 20;
 
 /// Bytes this process can still take: the least of what the system has available, what the process's control group
 /// allows and what its address space limit leaves.

@@ -3,8 +3,8 @@
 namespace cli {
 namespace {
 
-constexpr int LargestQuality = 100; // of libvips' writers
-constexpr int LargestJobs = 256;    // more than there are processors to use them
+constexpr int kLargestQuality = 100; // of libvips' writers
+constexpr int kLargestJobs = 256;    // more than there are processors to use them
 
 /// Whether it can be written is known when libvips is.
 void ParseFormat(Settings& settings, const std::string&, const std::string& text) {
@@ -66,9 +66,9 @@ std::vector<OptionRow> WithPictureOptions(std::vector<OptionRow> own) {
         {"--format", "ENDING", "format of the outputs by its ending, such as jpg, in the place of the inputs'",
          ParsedText{ParseFormat, "", {"jpg", "png", "tif", "webp", "gif", "heic", "avif", "jxl", "ppm"}}},
         {"--quality", "N", "quality of JPEG and other lossy formats",
-         WholeNumber{&Settings::quality, 1, LargestQuality}},
+         WholeNumber{&Settings::quality, 1, kLargestQuality}},
         {"--jobs", "N", "pictures at once, fewer where memory is short; 0 for one a processor",
-         WholeNumber{&Settings::jobs, 0, LargestJobs}},
+         WholeNumber{&Settings::jobs, 0, kLargestJobs}},
         {"--force", "", "replace existing files, though never one of the pictures read", &Settings::force},
         {"--strict", "",
          "refuse a picture that is damaged or loses something, such as 16 bits reduced to 8 or its EXIF data",

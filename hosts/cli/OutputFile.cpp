@@ -24,7 +24,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// The limit of Linux on links followed in one path.
-constexpr int MostLinks = 40;
+constexpr int kMostLinks = 40;
 
 [[noreturn]] void Fail(const std::string& what) {
     throw PictureError(what + ": " + std::strerror(errno));
@@ -76,7 +76,7 @@ fs::path BehindLinks(fs::path path) {
     std::error_code error;
     for (int links = 0; fs::is_symlink(fs::symlink_status(path, error)); ++links) {
         const fs::path target = fs::read_symlink(path, error);
-        if (error || links == MostLinks) {
+        if (error || links == kMostLinks) {
             return start;
         }
         path = FolderOf(path) / target; // an absolute target stands alone

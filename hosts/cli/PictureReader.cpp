@@ -25,7 +25,7 @@ struct ReadFormat {
     const char* name;
 };
 
-constexpr ReadFormat Formats[] = {
+constexpr ReadFormat kFormats[] = {
     {"VipsForeignLoadJpeg", "JPEG"},   {"VipsForeignLoadPng", "PNG"},   {"VipsForeignLoadTiff", "TIFF"},
     {"VipsForeignLoadWebp", "WebP"},   {"VipsForeignLoadNsgif", "GIF"}, {"VipsForeignLoadHeif", "HEIF and AVIF"},
     {"VipsForeignLoadJxl", "JPEG XL"}, {"VipsForeignLoadPpm", "PPM"},   {"VipsForeignLoadRad", "Radiance"},
@@ -43,7 +43,7 @@ bool IsAllowed(const char* reader) {
 
 std::string FormatNames() {
     std::string names;
-    for (const ReadFormat& format : Formats) {
+    for (const ReadFormat& format : kFormats) {
         if (IsInstalled(format.reader)) {
             names += (names.empty() ? "" : ", ") + std::string(format.name);
         }
@@ -52,7 +52,7 @@ std::string FormatNames() {
 }
 
 /// Enough for libvips to recognise the format. Given more, some readers search all of it for their signature.
-constexpr std::size_t HeadBytes = 1 << 16;
+constexpr std::size_t kHeadBytes = 1 << 16;
 
 /// The operation of libvips that reads what starts so; empty where there is none.
 std::string ReaderOf(std::string_view head) {
@@ -104,7 +104,7 @@ std::string InputName(const std::string& input) {
 
 void AllowReadersOfPicturesOnly() {
     vips_operation_block_set("VipsForeignLoad", TRUE);
-    for (const ReadFormat& format : Formats) {
+    for (const ReadFormat& format : kFormats) {
         if (IsInstalled(format.reader)) {
             vips_operation_block_set(format.reader, FALSE);
         }
@@ -120,14 +120,14 @@ PictureReader::PictureReader(const std::string& input) : m_Path(input) {
         if (isatty(STDIN_FILENO)) {
             throw PictureError("is a terminal; send a picture into it, such as by < in.jpg");
         }
-        ReadOn(m_Bytes, HeadBytes);
+        ReadOn(m_Bytes, kHeadBytes);
         Recognise(m_Bytes);
         ReadAll();
     } else {
         TryVips("cannot be opened", [&] {
             const vips::VSource source = Source();
             unsigned char* head = nullptr;
-            const gint64 size = vips_source_sniff_at_most(source.get_source(), &head, HeadBytes);
+            const gint64 size = vips_source_sniff_at_most(source.get_source(), &head, kHeadBytes);
             Recognise({reinterpret_cast<const char*>(head), static_cast<std::size_t>(std::max<gint64>(size, 0))});
         });
     }

@@ -28,7 +28,7 @@ struct PictureFormat {
 
 namespace {
 
-constexpr PictureFormat Formats[] = {
+constexpr PictureFormat kFormats[] = {
     {"jpegsave", {"jpg", "jpeg", "jpe"}, true, false, true, true, true, true, "jpeg-comment-"},
     {"pngsave", {"png"}, false, true, true, false, true, true, "png-comment-"},
     {"tiffsave", {"tif", "tiff"}, false, true, false, true, true, true, "image-description"},
@@ -41,7 +41,7 @@ constexpr PictureFormat Formats[] = {
 };
 
 /// The fields in which libvips hands on comments of any format.
-constexpr std::string_view TextFields[] = {"jpeg-comment-", "png-comment-", "gif-comment", "image-description"};
+constexpr std::string_view kTextFields[] = {"jpeg-comment-", "png-comment-", "gif-comment", "image-description"};
 
 std::string TargetOperation(const PictureFormat& format) {
     return std::string(format.writer) + "_target";
@@ -55,9 +55,9 @@ bool IsInstalled(const PictureFormat& format) {
 /// The first of the table that is installed and fits.
 template <typename Condition>
 const PictureFormat* Find(Condition fits) {
-    const auto* found =
-        std::ranges::find_if(Formats, [&](const PictureFormat& format) { return fits(format) && IsInstalled(format); });
-    return found == std::end(Formats) ? nullptr : found;
+    const auto* found = std::ranges::find_if(
+        kFormats, [&](const PictureFormat& format) { return fits(format) && IsInstalled(format); });
+    return found == std::end(kFormats) ? nullptr : found;
 }
 
 std::string EndingOf(const std::string& path) {
@@ -101,7 +101,7 @@ std::vector<std::string> TextFieldsOf(const vips::VImage& image) {
     std::vector<std::string> found;
     for (gchar** field = fields.get(); *field; ++field) {
         const std::string name = *field;
-        if (std::ranges::any_of(TextFields, [&](auto text) { return name.starts_with(text); })) {
+        if (std::ranges::any_of(kTextFields, [&](auto text) { return name.starts_with(text); })) {
             found.push_back(name);
         }
     }
@@ -169,7 +169,7 @@ std::string PictureWriter::Name() const {
 
 std::string PictureWriter::FormatNames() {
     std::vector<std::string_view> names;
-    for (const PictureFormat& format : Formats) {
+    for (const PictureFormat& format : kFormats) {
         if (IsInstalled(format)) {
             names.push_back(format.endings.front());
         }

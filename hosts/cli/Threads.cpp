@@ -20,10 +20,10 @@ namespace cli {
 namespace {
 
 /// Those of libvips with a concurrency of 1: one that works and one that writes behind; and one that draws text.
-constexpr int FewestThreads = 3;
+constexpr int kFewestThreads = 3;
 
 /// A system that grants this many does not limit them; counting further would take threads from other programs.
-constexpr int MostCounted = 128;
+constexpr int kMostCounted = 128;
 
 /// Counts up to `most` by starting them, all at once.
 int ThreadsToBeHad(int most) {
@@ -50,12 +50,12 @@ void TakeSerialForms() {
 
 int ThreadsOfOnePicture() {
     // The library has a worker for each plane; libvips keeps idle threads for a while.
-    return 1 + 3 * dft::engine_maximum_threads() + vips_concurrency_get() + FewestThreads - 1;
+    return 1 + 3 * dft::engine_maximum_threads() + vips_concurrency_get() + kFewestThreads - 1;
 }
 
 int PicturesAtOnce(int wanted) {
     const int ofOne = ThreadsOfOnePicture();
-    const int asked = std::min(wanted * ofOne, std::max(ofOne, MostCounted));
+    const int asked = std::min(wanted * ofOne, std::max(ofOne, kMostCounted));
     const int had = ThreadsToBeHad(asked);
     if (had == asked) {
         return wanted;
@@ -64,9 +64,9 @@ int PicturesAtOnce(int wanted) {
         return had / ofOne;
     }
     TakeSerialForms();
-    if (had < FewestThreads) {
+    if (had < kFewestThreads) {
         throw std::runtime_error("no thread can be started beyond " + std::to_string(had) + ", where " +
-                                 std::to_string(FewestThreads) + " are needed; allow more, such as by ulimit -u");
+                                 std::to_string(kFewestThreads) + " are needed; allow more, such as by ulimit -u");
     }
     return 1;
 }

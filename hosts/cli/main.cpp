@@ -39,7 +39,7 @@ int main(int argc, char** argv) {
     try {
         const auto request = cli::ParseCommandLine(argc, argv);
         if (!request) {
-            return cli::ExitDone;
+            return cli::kExitDone;
         }
         if (!request->settings.inputs.empty()) {
             cli::SilenceLibraries();
@@ -52,9 +52,9 @@ int main(int argc, char** argv) {
         return cli::RunBatch(*request->verb, std::get<cli::PixelOperation>(request->verb->action), request->settings);
     } catch (const cli::UsageError& error) {
         cli::Messages().Error("", error.what());
-        return cli::ExitUsage;
+        return cli::kExitUsage;
     } catch (const std::exception& error) {
         cli::Messages().Error("", error.what());
-        return cli::ExitPictureFailed;
+        return cli::kExitPictureFailed;
     }
 }

@@ -76,15 +76,15 @@ public:
     static constexpr int kRows = kLanes<Element>;
 
     Band(const MeanArea<Sample>& area, int firstRow, Element* scratch)
-        : m_area(area), m_top(area.top + firstRow), m_rows(area.rows - firstRow < kRows ? area.rows - firstRow : kRows),
-          m_cells(scratch) {}
+        : m_Area(area), m_Top(area.top + firstRow), m_Rows(area.rows - firstRow < kRows ? area.rows - firstRow : kRows),
+          m_Cells(scratch) {}
 
     void Smooth(int tolerance) {
         Fill();
-        const int steps = m_area.columns + kSkew * (m_rows - 1);
+        const int steps = m_Area.columns + kSkew * (m_Rows - 1);
         Vector delays;
         for (int lane = 0; lane < kRows; ++lane) {
-            delays[lane] = static_cast<Element>(lane < m_rows ? kSkew * lane : kNever);
+            delays[lane] = static_cast<Element>(lane < m_Rows ? kSkew * lane : kNever);
         }
         for (int step = 0; step < steps; ++step) {
             Element* const at = CellAt(step + kSkew, 1);
@@ -95,12 +95,12 @@ public:
                 cells(1, 0),           cells(kSkew - 1, 1), cells(kSkew, 1),       cells(kSkew + 1, 1)};
             // A lane is at work from its own start to the end of its row.
             const auto begun = static_cast<Element>(step < kFar ? step : kFar);
-            const auto ended = static_cast<Element>(step - m_area.columns > -kFar ? step - m_area.columns : -kFar);
+            const auto ended = static_cast<Element>(step - m_Area.columns > -kFar ? step - m_Area.columns : -kFar);
             const Mask active = (delays <= begun) & (delays > ended);
             const Mask mean = reinterpret_cast<Mask>(Cells::Mean(centre, samples, tolerance));
             Store(at, (mean & active) | (reinterpret_cast<Mask>(centre) & ~active));
         }
-        ForEachSample(1, m_rows, 0, m_area.columns,
+        ForEachSample(1, m_Rows, 0, m_Area.columns,
                       [](Sample& sample, const Element& cell) { sample = static_cast<Sample>(cell); });
     }
 
@@ -110,18 +110,18 @@ private:
     static constexpr int kNever = 32000;
 
     // The cell of lane 0, the row above, at column x is that of step x.
-    Element* CellAt(int step, int lane) const { return m_cells + (step + kContext) * kStride + lane; }
+    Element* CellAt(int step, int lane) const { return m_Cells + (step + kContext) * kStride + lane; }
 
     void Fill() {
-        const int last = m_area.columns + kSkew * (kRows + 1) + kContext;
+        const int last = m_Area.columns + kSkew * (kRows + 1) + kContext;
         for (Element* cell = CellAt(-kContext, 0); cell < CellAt(last, 0); ++cell) {
             *cell = Cells::kOutside;
         }
         // One column and one row of context on every side, where the plane has them.
-        const int firstLane = m_top > 0 ? 0 : 1;
-        const int lastLane = m_top + m_rows < m_area.height ? m_rows + 1 : m_rows;
-        const int firstColumn = m_area.left > 0 ? -1 : 0;
-        const int lastColumn = m_area.left + m_area.columns < m_area.width ? m_area.columns + 1 : m_area.columns;
+        const int firstLane = m_Top > 0 ? 0 : 1;
+        const int lastLane = m_Top + m_Rows < m_Area.height ? m_Rows + 1 : m_Rows;
+        const int firstColumn = m_Area.left > 0 ? -1 : 0;
+        const int lastColumn = m_Area.left + m_Area.columns < m_Area.width ? m_Area.columns + 1 : m_Area.columns;
         ForEachSample(firstLane, lastLane, firstColumn, lastColumn,
                       [](const Sample& sample, Element& cell) { cell = static_cast<Element>(sample); });
     }
@@ -134,7 +134,7 @@ private:
             const int end = block + kBlock < lastColumn ? block + kBlock : lastColumn;
             for (int lane = firstLane; lane <= lastLane; ++lane) {
                 Sample* const row =
-                    m_area.plane + static_cast<std::ptrdiff_t>(m_top + lane - 1) * m_area.width + m_area.left;
+                    m_Area.plane + static_cast<std::ptrdiff_t>(m_Top + lane - 1) * m_Area.width + m_Area.left;
                 Element* const cells = CellAt(kSkew * lane, lane);
                 for (int x = block; x < end; ++x) {
                     work(row[x], cells[x * kStride]);
@@ -143,10 +143,10 @@ private:
         }
     }
 
-    const MeanArea<Sample>& m_area;
-    int m_top;
-    int m_rows;
-    Element* m_cells;
+    const MeanArea<Sample>& m_Area;
+    int m_Top;
+    int m_Rows;
+    Element* m_Cells;
 };
 
 template <typename Cells>

@@ -20,26 +20,26 @@ constexpr int kBox = 2 * kReach + 1;
 class BoxColumns {
 public:
     BoxColumns(const std::uint8_t* plane, int width, int height)
-        : m_plane(plane), m_width(static_cast<std::size_t>(width)), m_bytes(m_width * static_cast<std::size_t>(height)),
-          m_sums(static_cast<std::size_t>(std::max(width, kBox))) {}
+        : m_Plane(plane), m_Width(static_cast<std::size_t>(width)), m_Bytes(m_Width * static_cast<std::size_t>(height)),
+          m_Sums(static_cast<std::size_t>(std::max(width, kBox))) {}
 
     void Add(int row) { Accumulate(row, 1); }
     void Remove(int row) { Accumulate(row, -1); }
-    const std::vector<int>& Sums() const { return m_sums; }
+    const std::vector<int>& Sums() const { return m_Sums; }
 
 private:
     void Accumulate(int row, int sign) {
-        const std::size_t start = static_cast<std::size_t>(row) * m_width;
-        const std::size_t count = std::min(m_sums.size(), m_bytes - start);
+        const std::size_t start = static_cast<std::size_t>(row) * m_Width;
+        const std::size_t count = std::min(m_Sums.size(), m_Bytes - start);
         for (std::size_t x = 0; x < count; ++x) {
-            m_sums[x] += sign * m_plane[start + x];
+            m_Sums[x] += sign * m_Plane[start + x];
         }
     }
 
-    const std::uint8_t* m_plane;
-    std::size_t m_width;
-    std::size_t m_bytes;
-    std::vector<int> m_sums;
+    const std::uint8_t* m_Plane;
+    std::size_t m_Width;
+    std::size_t m_Bytes;
+    std::vector<int> m_Sums;
 };
 
 // Box means of all pixels whose box lies inside the plane. Required: in a plane narrower than a box the first mean of a

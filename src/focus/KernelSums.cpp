@@ -64,49 +64,49 @@ bool MirroredSums::Serves(const QuantisedKernel& kernel) {
 }
 
 MirroredSums::MirroredSums(const QuantisedKernel& kernel, const SourceBand& band)
-    : m_band(band), m_layout(LayoutOf(kernel)) {
-    m_coefficients = PairedCoefficients(kernel, m_layout);
-    m_layout.coefficients = m_coefficients.data();
+    : m_Band(band), m_Layout(LayoutOf(kernel)) {
+    m_Coefficients = PairedCoefficients(kernel, m_Layout);
+    m_Layout.coefficients = m_Coefficients.data();
     const std::size_t rowSize =
-        static_cast<std::size_t>(PlaneCount(m_layout)) * static_cast<std::size_t>(m_layout.columns);
+        static_cast<std::size_t>(PlaneCount(m_Layout)) * static_cast<std::size_t>(m_Layout.columns);
     const auto ringRows = static_cast<std::size_t>(kernel.Rows()) + 2;
-    m_upperSums.resize(static_cast<std::size_t>(m_layout.columns));
-    m_lowerSums.resize(m_upperSums.size());
-    m_ring.resize(ringRows * rowSize);
+    m_UpperSums.resize(static_cast<std::size_t>(m_Layout.columns));
+    m_LowerSums.resize(m_UpperSums.size());
+    m_Ring.resize(ringRows * rowSize);
     for (std::size_t row = 0; row < 2 * ringRows; ++row) {
-        m_foldedRows.push_back(m_ring.data() + row % ringRows * rowSize);
+        m_FoldedRows.push_back(m_Ring.data() + row % ringRows * rowSize);
     }
 }
 
 void MirroredSums::StartTile(int x, int count) {
-    m_count = count;
-    m_hasLower = false;
-    m_nextSource = m_band.Row(m_band.First() - m_layout.halfRows) + x;
-    for (int k = 0; k < 2 * m_layout.halfRows; ++k) {
+    m_Count = count;
+    m_HasLower = false;
+    m_NextSource = m_Band.Row(m_Band.First() - m_Layout.halfRows) + x;
+    for (int k = 0; k < 2 * m_Layout.halfRows; ++k) {
         FoldNextRow();
     }
 }
 
 void MirroredSums::FoldNextRow() {
-    const std::uint32_t* const before = m_foldedRows[m_last];
-    m_last = (m_last + 1) % (m_foldedRows.size() / 2);
-    m_rows.FoldRow(m_layout, m_nextSource, before, m_foldedRows[m_last], m_count);
-    m_nextSource += m_band.Stride();
+    const std::uint32_t* const before = m_FoldedRows[m_Last];
+    m_Last = (m_Last + 1) % (m_FoldedRows.size() / 2);
+    m_Rows.FoldRow(m_Layout, m_NextSource, before, m_FoldedRows[m_Last], m_Count);
+    m_NextSource += m_Band.Stride();
 }
 
 const std::int32_t* MirroredSums::SumNextRow() {
-    m_hasLower = !m_hasLower;
-    if (m_hasLower) {
+    m_HasLower = !m_HasLower;
+    if (m_HasLower) {
         FoldNextRow();
         FoldNextRow();
         // After the last row of the ring comes the first, the oldest held: the one above those that the kernel covers.
-        m_rows.SumFolded(m_layout, m_foldedRows.data() + m_last + 1, m_upperSums.data(), m_lowerSums.data(), m_count);
-        return m_upperSums.data();
+        m_Rows.SumFolded(m_Layout, m_FoldedRows.data() + m_Last + 1, m_UpperSums.data(), m_LowerSums.data(), m_Count);
+        return m_UpperSums.data();
     }
-    return m_lowerSums.data();
+    return m_LowerSums.data();
 }
 
-TapSums::TapSums(const QuantisedKernel& kernel, const SourceBand& band) : m_band(band), m_sums(kMostColumns) {
+TapSums::TapSums(const QuantisedKernel& kernel, const SourceBand& band) : m_Band(band), m_Sums(kMostColumns) {
     int taps = 0;
     for (int i = 0; i < kernel.Rows(); ++i) {
         for (int j = 0; j < kernel.Cols(); ++j) {
@@ -121,9 +121,9 @@ TapSums::TapSums(const QuantisedKernel& kernel, const SourceBand& band) : m_band
             const auto high = static_cast<std::uint16_t>((std::int64_t{coefficient} - low) >> 16);
             const int side = taps++ % 2;
             if (side == 0) {
-                m_pairs.push_back({{offset, offset}, 0, {0, 0}});
+                m_Pairs.push_back({{offset, offset}, 0, {0, 0}});
             }
-            TapPair& pair = m_pairs.back();
+            TapPair& pair = m_Pairs.back();
             pair.offset[side] = offset;
             pair.low |= std::uint32_t{static_cast<std::uint16_t>(low)} << 16 * side;
             pair.high[side] = high;
@@ -136,14 +136,14 @@ int TapSums::TileColumns() const {
 }
 
 void TapSums::StartTile(int x, int count) {
-    m_count = count;
-    m_nextSource = m_band.Row(m_band.First()) + x;
+    m_Count = count;
+    m_NextSource = m_Band.Row(m_Band.First()) + x;
 }
 
 const std::int32_t* TapSums::SumNextRow() {
-    m_rows.SumTaps(m_nextSource, m_pairs.data(), static_cast<int>(m_pairs.size()), m_sums.data(), m_count);
-    m_nextSource += m_band.Stride();
-    return m_sums.data();
+    m_Rows.SumTaps(m_NextSource, m_Pairs.data(), static_cast<int>(m_Pairs.size()), m_Sums.data(), m_Count);
+    m_NextSource += m_Band.Stride();
+    return m_Sums.data();
 }
 
 } // namespace focus

@@ -28,25 +28,25 @@ public:
     MirroredSums(const QuantisedKernel& kernel, const SourceBand& band);
     MirroredSums(const MirroredSums&) = delete; // holds addresses of its own parts
 
-    int TileColumns() const { return m_layout.columns; }
+    int TileColumns() const { return m_Layout.columns; }
     void StartTile(int x, int count);
     const std::int32_t* SumNextRow();
 
 private:
     void FoldNextRow();
 
-    const SourceBand& m_band;
-    const ConvolutionRows& m_rows = ActiveConvolutionRows();
-    std::vector<std::uint32_t> m_coefficients;
-    MirroredKernel m_layout;
-    simd::AlignedVector<std::uint32_t> m_ring; // as many folded rows as the kernel covers at two pixels, and one above
-    std::vector<std::uint32_t*> m_foldedRows;  // twice around the ring, so that any rows of it follow each other
-    int m_count = 0;
-    std::size_t m_last = 0;                        // row of the ring that was folded last
-    simd::AlignedVector<std::int32_t> m_upperSums; // rows are summed two at once
-    simd::AlignedVector<std::int32_t> m_lowerSums;
-    bool m_hasLower = false; // the lower one was not yet asked for
-    const std::uint8_t* m_nextSource = nullptr;
+    const SourceBand& m_Band;
+    const ConvolutionRows& m_Rows = ActiveConvolutionRows();
+    std::vector<std::uint32_t> m_Coefficients;
+    MirroredKernel m_Layout;
+    simd::AlignedVector<std::uint32_t> m_Ring; // as many folded rows as the kernel covers at two pixels, and one above
+    std::vector<std::uint32_t*> m_FoldedRows;  // twice around the ring, so that any rows of it follow each other
+    int m_Count = 0;
+    std::size_t m_Last = 0;                        // row of the ring that was folded last
+    simd::AlignedVector<std::int32_t> m_UpperSums; // rows are summed two at once
+    simd::AlignedVector<std::int32_t> m_LowerSums;
+    bool m_HasLower = false; // the lower one was not yet asked for
+    const std::uint8_t* m_NextSource = nullptr;
 };
 
 /// Sums for any kernel, over the coefficients that are not zero: a motion kernel of length 15 has about 20 of them
@@ -60,12 +60,12 @@ public:
     const std::int32_t* SumNextRow();
 
 private:
-    const SourceBand& m_band;
-    const ConvolutionRows& m_rows = ActiveConvolutionRows();
-    std::vector<TapPair> m_pairs;
-    simd::AlignedVector<std::int32_t> m_sums;
-    int m_count = 0;
-    const std::uint8_t* m_nextSource = nullptr;
+    const SourceBand& m_Band;
+    const ConvolutionRows& m_Rows = ActiveConvolutionRows();
+    std::vector<TapPair> m_Pairs;
+    simd::AlignedVector<std::int32_t> m_Sums;
+    int m_Count = 0;
+    const std::uint8_t* m_NextSource = nullptr;
 };
 
 } // namespace focus

@@ -27,10 +27,10 @@ void LuminancePlane::Release::operator()(std::uint8_t* block) const {
 
 LuminancePlane::LuminancePlane(const unsigned char* pixels, FoPixelFmt format, int pitch, int width, int height,
                                int step)
-    : m_width(width / step), m_height(height / step),
-      m_samples(static_cast<std::uint8_t*>(ChAlignedAlloc(SampleCount(m_width, m_height), kAlignment))) {
+    : m_Width(width / step), m_Height(height / step),
+      m_Samples(static_cast<std::uint8_t*>(ChAlignedAlloc(SampleCount(m_Width, m_Height), kAlignment))) {
     if (format != FoPixelFmt_BGR24 && format != FoPixelFmt_BGRX32) {
-        std::memset(m_samples.get(), 0, SampleCount(m_width, m_height));
+        std::memset(m_Samples.get(), 0, SampleCount(m_Width, m_Height));
         return;
     }
     const auto split =
@@ -39,11 +39,11 @@ LuminancePlane::LuminancePlane(const unsigned char* pixels, FoPixelFmt format, i
     const std::ptrdiff_t pixelBytes = format == FoPixelFmt_BGR24 ? 3 : 4;
     alignas(kAlignment) std::uint8_t colours[3][kPiece];
     const PlaneRow planes = {colours[0], colours[1], colours[2]};
-    std::uint8_t* samples = m_samples.get();
-    for (int y = 0; y < m_height; ++y) {
+    std::uint8_t* samples = m_Samples.get();
+    for (int y = 0; y < m_Height; ++y) {
         const unsigned char* const row = pixels + static_cast<std::ptrdiff_t>(y) * step * pitch;
-        for (int x = 0; x < m_width; x += kPiece / step) {
-            const int count = std::min(kPiece / step, m_width - x);
+        for (int x = 0; x < m_Width; x += kPiece / step) {
+            const int count = std::min(kPiece / step, m_Width - x);
             split(row + x * step * pixelBytes, planes, (count - 1) * step + 1);
             weigh(planes, samples, count);
             samples += count;

@@ -16,18 +16,18 @@ public:
     /// `width` and `height` are those of the picture, `step` is 1 or 2.
     LuminancePlane(const unsigned char* pixels, FoPixelFmt format, int pitch, int width, int height, int step);
 
-    std::uint8_t* Samples() const { return m_samples.get(); }
-    int Width() const { return m_width; }
-    int Height() const { return m_height; }
+    std::uint8_t* Samples() const { return m_Samples.get(); }
+    int Width() const { return m_Width; }
+    int Height() const { return m_Height; }
 
 private:
     struct Release {
         void operator()(std::uint8_t* block) const;
     };
 
-    int m_width;
-    int m_height;
-    std::unique_ptr<std::uint8_t, Release> m_samples;
+    int m_Width;
+    int m_Height;
+    std::unique_ptr<std::uint8_t, Release> m_Samples;
 };
 
 } // namespace focus

@@ -58,18 +58,18 @@ class RegionSums {
 public:
     void Add(const RingMeasures& measures, int count) {
         for (std::size_t j = 0; j < kNeighbours; ++j) {
-            m_all[j] += measures.distances[j];
+            m_All[j] += measures.distances[j];
         }
-        if (m_packedPixels > kMostPacked - count) {
+        if (m_PackedPixels > kMostPacked - count) {
             Unpack();
         }
-        m_packedPixels += count;
+        m_PackedPixels += count;
         // A pixel after the other and not an octant after the other: neighbouring pixels often meet in the same place,
         // and one would wait for the other.
         for (int x = 0; x < count; ++x) {
             for (std::size_t octant = 0; octant < kOctants; ++octant) {
                 const std::uint32_t pair = measures.pairs[octant][x];
-                m_packed[octant][m_points[pair]] += (std::uint64_t{pair} << 24 | pair) & 0xFF000000FFu;
+                m_Packed[octant][m_Points[pair]] += (std::uint64_t{pair} << 24 | pair) & 0xFF000000FFu;
             }
         }
     }
@@ -78,20 +78,20 @@ public:
     void Unpack() {
         for (std::size_t octant = 0; octant < kOctants; ++octant) {
             for (std::size_t point = 0; point <= kEntries; ++point) {
-                std::uint64_t& packed = m_packed[octant][point];
-                m_between[octant][point].corner += packed >> 32;
-                m_between[octant][point].side += packed & 0xFFFFFFFFu;
+                std::uint64_t& packed = m_Packed[octant][point];
+                m_Between[octant][point].corner += packed >> 32;
+                m_Between[octant][point].side += packed & 0xFFFFFFFFu;
                 packed = 0;
             }
         }
-        m_packedPixels = 0;
+        m_PackedPixels = 0;
     }
 
     // Of all pixels, by neighbour.
-    const std::array<std::uint64_t, kNeighbours>& All() const { return m_all; }
+    const std::array<std::uint64_t, kNeighbours>& All() const { return m_All; }
 
     // Of pixels between the neighbours of an octant, by turning point.
-    const std::array<Distances, kEntries + 1>& Between(std::size_t octant) const { return m_between[octant]; }
+    const std::array<Distances, kEntries + 1>& Between(std::size_t octant) const { return m_Between[octant]; }
 
 private:
     // A sum of two distances is packed into one number: one addition instead of two. Half of it holds so many of 255.
@@ -102,11 +102,11 @@ private:
         return points;
     }
 
-    const TurningPoints& m_points = Points();
-    std::array<std::uint64_t, kNeighbours> m_all{};
-    std::array<std::array<Distances, kEntries + 1>, kOctants> m_between{};
-    std::array<std::array<std::uint64_t, kEntries + 1>, kOctants> m_packed{};
-    int m_packedPixels = 0;
+    const TurningPoints& m_Points = Points();
+    std::array<std::uint64_t, kNeighbours> m_All{};
+    std::array<std::array<Distances, kEntries + 1>, kOctants> m_Between{};
+    std::array<std::array<std::uint64_t, kEntries + 1>, kOctants> m_Packed{};
+    int m_PackedPixels = 0;
 };
 
 RegionSums SumRegion(const std::uint8_t* plane, int width, const EstRect& rect) {

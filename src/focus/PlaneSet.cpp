@@ -23,17 +23,17 @@ void ForEachRow(Pixel* pixels, int pitch, unsigned char* const (&planes)[3], int
 
 } // namespace
 
-FoPlaneSet::FoPlaneSet(int width, int height) : m_width(width), m_height(height) {
+FoPlaneSet::FoPlaneSet(int width, int height) : m_Width(width), m_Height(height) {
     const std::size_t samples =
         static_cast<std::size_t>(std::max(width, 0)) * static_cast<std::size_t>(std::max(height, 0));
     for (std::size_t k = 0; k < 3; ++k) {
-        m_planes[k] = static_cast<unsigned char*>(ChAlignedAlloc(samples + k * kStagger, kAlignment)) + k * kStagger;
+        m_Planes[k] = static_cast<unsigned char*>(ChAlignedAlloc(samples + k * kStagger, kAlignment)) + k * kStagger;
     }
 }
 
 FoPlaneSet::~FoPlaneSet() {
     for (std::size_t k = 0; k < 3; ++k) {
-        ChAlignedFree(m_planes[k] - k * kStagger);
+        ChAlignedFree(m_Planes[k] - k * kStagger);
     }
 }
 
@@ -43,8 +43,8 @@ void FoPlaneSet::Split(const unsigned char* pixels, FoPixelFmt format, int pitch
         return;
     }
     const auto split = format == FoPixelFmt_BGR24 ? rows.SplitBGR24 : rows.SplitBGRX32;
-    ForEachRow(pixels, pitch, m_planes, m_width, m_height,
-               [&](const unsigned char* packed, const PlaneRow& row) { split(packed, row, m_width); });
+    ForEachRow(pixels, pitch, m_Planes, m_Width, m_Height,
+               [&](const unsigned char* packed, const PlaneRow& row) { split(packed, row, m_Width); });
 }
 
 void FoPlaneSet::Merge(unsigned char* pixels, FoPixelFmt format, int pitch) const {
@@ -53,8 +53,8 @@ void FoPlaneSet::Merge(unsigned char* pixels, FoPixelFmt format, int pitch) cons
         return;
     }
     const auto merge = format == FoPixelFmt_BGR24 ? rows.MergeBGR24 : rows.MergeBGRX32;
-    ForEachRow(pixels, pitch, m_planes, m_width, m_height,
-               [&](unsigned char* packed, const PlaneRow& row) { merge(packed, row, m_width); });
+    ForEachRow(pixels, pitch, m_Planes, m_Width, m_Height,
+               [&](unsigned char* packed, const PlaneRow& row) { merge(packed, row, m_Width); });
 }
 
 } // namespace focus

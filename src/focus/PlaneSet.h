@@ -22,16 +22,16 @@ public:
     void Merge(unsigned char* pixels, FoPixelFmt format, int pitch) const;
 
     /// First, second and third plane.
-    unsigned char* const (&All() const)[3] { return m_planes; }
+    unsigned char* const (&All() const)[3] { return m_Planes; }
 
-    unsigned char* First() const { return m_planes[0]; }
-    unsigned char* Second() const { return m_planes[1]; }
-    unsigned char* Third() const { return m_planes[2]; }
+    unsigned char* First() const { return m_Planes[0]; }
+    unsigned char* Second() const { return m_Planes[1]; }
+    unsigned char* Third() const { return m_Planes[2]; }
 
 private:
-    int m_width;
-    int m_height;
-    unsigned char* m_planes[3];
+    int m_Width;
+    int m_Height;
+    unsigned char* m_Planes[3];
 };
 
 } // namespace focus

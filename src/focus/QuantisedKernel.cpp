@@ -16,28 +16,28 @@ std::int32_t TruncateToS32(double value) {
 } // namespace
 
 QuantisedKernel::QuantisedKernel(const ChMatrix<float>& kernel)
-    : m_rows(kernel.m_Rows), m_cols(kernel.m_Cols), m_coefficients(kernel.Count()) {
-    std::transform(kernel.m_Data, kernel.m_Data + kernel.Count(), m_coefficients.begin(),
+    : m_Rows(kernel.m_Rows), m_Cols(kernel.m_Cols), m_Coefficients(kernel.Count()) {
+    std::transform(kernel.m_Data, kernel.m_Data + kernel.Count(), m_Coefficients.begin(),
                    [](float c) { return TruncateToS32(static_cast<double>(c) * 65536.0); });
-    const auto cornersPerRow = static_cast<std::size_t>(m_cols) + 1;
-    m_corners.assign(cornersPerRow, 0);
-    for (int i = 0; i < m_rows; ++i) {
+    const auto cornersPerRow = static_cast<std::size_t>(m_Cols) + 1;
+    m_Corners.assign(cornersPerRow, 0);
+    for (int i = 0; i < m_Rows; ++i) {
         std::uint32_t row = 0;
-        m_corners.push_back(0);
-        for (int j = 0; j < m_cols; ++j) {
+        m_Corners.push_back(0);
+        for (int j = 0; j < m_Cols; ++j) {
             row += static_cast<std::uint32_t>(At(i, j));
-            m_corners.push_back(m_corners[m_corners.size() - cornersPerRow] + row);
+            m_Corners.push_back(m_Corners[m_Corners.size() - cornersPerRow] + row);
         }
     }
 }
 
 bool QuantisedKernel::IsMirrored() const {
-    if (m_rows % 2 == 0 || m_cols % 2 == 0) {
+    if (m_Rows % 2 == 0 || m_Cols % 2 == 0) {
         return false;
     }
-    for (int i = 0; i < m_rows; ++i) {
-        for (int j = 0; j < m_cols; ++j) {
-            if (At(i, j) != At(m_rows - 1 - i, j) || At(i, j) != At(i, m_cols - 1 - j)) {
+    for (int i = 0; i < m_Rows; ++i) {
+        for (int j = 0; j < m_Cols; ++j) {
+            if (At(i, j) != At(m_Rows - 1 - i, j) || At(i, j) != At(i, m_Cols - 1 - j)) {
                 return false;
             }
         }
@@ -47,7 +47,7 @@ bool QuantisedKernel::IsMirrored() const {
 
 std::int32_t QuantisedKernel::Weight(int firstRow, int endRow, int firstCol, int endCol) const {
     const auto corner = [this](int row, int col) {
-        return m_corners[static_cast<std::size_t>(row) * (static_cast<std::size_t>(m_cols) + 1) +
+        return m_Corners[static_cast<std::size_t>(row) * (static_cast<std::size_t>(m_Cols) + 1) +
                          static_cast<std::size_t>(col)];
     };
     return static_cast<std::int32_t>(corner(endRow, endCol) - corner(firstRow, endCol) - corner(endRow, firstCol) +

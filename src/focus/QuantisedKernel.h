@@ -14,15 +14,15 @@ class QuantisedKernel {
 public:
     explicit QuantisedKernel(const ChMatrix<float>& kernel);
 
-    int Rows() const { return m_rows; }
-    int Cols() const { return m_cols; }
+    int Rows() const { return m_Rows; }
+    int Cols() const { return m_Cols; }
 
     /// Rows above and columns left of the pixel under the kernel; an even side reaches one less below or right.
-    int RowsAbove() const { return m_rows / 2; }
-    int ColsLeft() const { return m_cols / 2; }
+    int RowsAbove() const { return m_Rows / 2; }
+    int ColsLeft() const { return m_Cols / 2; }
 
     std::int32_t At(int row, int col) const {
-        return m_coefficients[static_cast<std::size_t>(row) * static_cast<std::size_t>(m_cols) +
+        return m_Coefficients[static_cast<std::size_t>(row) * static_cast<std::size_t>(m_Cols) +
                               static_cast<std::size_t>(col)];
     }
 
@@ -33,10 +33,10 @@ public:
     std::int32_t Weight(int firstRow, int endRow, int firstCol, int endCol) const;
 
 private:
-    int m_rows;
-    int m_cols;
-    std::vector<std::int32_t> m_coefficients;
-    std::vector<std::uint32_t> m_corners; ///< one row and column more: weights of all rows above and columns left
+    int m_Rows;
+    int m_Cols;
+    std::vector<std::int32_t> m_Coefficients;
+    std::vector<std::uint32_t> m_Corners; ///< one row and column more: weights of all rows above and columns left
 };
 
 } // namespace focus

@@ -21,12 +21,12 @@ public:
     void Store(const std::int32_t* sums, int x, int y, int count, std::uint8_t* samples);
 
 private:
-    const QuantisedKernel& m_kernel;
-    int m_width;
-    int m_height;
-    std::vector<double> m_reciprocals; // of the last piece, which those below it mostly share; one if it is interior
-    std::array<int, 3> m_known{};      // column of that piece, -1 if it is interior, and the kernel rows that weigh
-    const ConvolutionRows& m_rows = ActiveConvolutionRows();
+    const QuantisedKernel& m_Kernel;
+    int m_Width;
+    int m_Height;
+    std::vector<double> m_Reciprocals; // of the last piece, which those below it mostly share; one if it is interior
+    std::array<int, 3> m_Known{};      // column of that piece, -1 if it is interior, and the kernel rows that weigh
+    const ConvolutionRows& m_Rows = ActiveConvolutionRows();
 };
 
 /// A factor r such that n * r, truncated toward zero, is the integer quotient n / divisor for every 32-bit n: the

@@ -18,33 +18,33 @@ namespace focus {
 class SourceBand {
 public:
     SourceBand(const std::uint8_t* plane, int width, int height, const QuantisedKernel& kernel)
-        : m_plane(plane), m_width(width), m_height(height), m_above(kernel.RowsAbove()), m_left(kernel.ColsLeft()),
-          m_kept(kernel.Rows() - 1),
-          m_stride(static_cast<std::size_t>(width) + static_cast<std::size_t>(kernel.Cols() - 1) + kRowSlack),
-          m_count(EvenAbove(
-              std::min(height, std::clamp(static_cast<int>(kUsualBytes / m_stride) - m_kept, kFewest, kMost)))),
-          m_first(-m_count), m_rows(m_stride * static_cast<std::size_t>(m_kept + m_count), 0) {
-        CopyRows(m_count, m_kept);
+        : m_Plane(plane), m_Width(width), m_Height(height), m_Above(kernel.RowsAbove()), m_Left(kernel.ColsLeft()),
+          m_Kept(kernel.Rows() - 1),
+          m_Stride(static_cast<std::size_t>(width) + static_cast<std::size_t>(kernel.Cols() - 1) + kRowSlack),
+          m_Count(EvenAbove(
+              std::min(height, std::clamp(static_cast<int>(kUsualBytes / m_Stride) - m_Kept, kFewest, kMost)))),
+          m_First(-m_Count), m_Rows(m_Stride * static_cast<std::size_t>(m_Kept + m_Count), 0) {
+        CopyRows(m_Count, m_Kept);
     }
 
     /// Moves on to the next band; the first call makes the first one.
     void Advance() {
-        const std::size_t kept = static_cast<std::size_t>(m_kept) * m_stride;
-        std::memmove(m_rows.data(), m_rows.data() + m_rows.size() - kept, kept);
-        m_first += m_count;
-        CopyRows(m_kept, m_count);
+        const std::size_t kept = static_cast<std::size_t>(m_Kept) * m_Stride;
+        std::memmove(m_Rows.data(), m_Rows.data() + m_Rows.size() - kept, kept);
+        m_First += m_Count;
+        CopyRows(m_Kept, m_Count);
     }
 
     /// The output rows of the band that lie inside the plane.
-    int First() const { return m_first; }
-    int End() const { return std::min(m_first + m_count, m_height); }
+    int First() const { return m_First; }
+    int End() const { return std::min(m_First + m_Count, m_Height); }
 
     /// Column 0 of row y, which the kernel reaches from the band. Rows are Stride() bytes apart.
     const std::uint8_t* Row(int y) const {
-        return m_rows.data() + static_cast<std::size_t>(y - m_first + m_above) * m_stride +
-               static_cast<std::size_t>(m_left);
+        return m_Rows.data() + static_cast<std::size_t>(y - m_First + m_Above) * m_Stride +
+               static_cast<std::size_t>(m_Left);
     }
-    std::size_t Stride() const { return m_stride; }
+    std::size_t Stride() const { return m_Stride; }
 
 private:
     // More rows a band cost fewer copies of the rows that two bands share, and more memory.
@@ -56,27 +56,27 @@ private:
 
     // Fills `count` of the rows held, from the one at `index` on.
     void CopyRows(int index, int count) {
-        for (int y = m_first - m_above + index; count > 0; ++y, --count) {
+        for (int y = m_First - m_Above + index; count > 0; ++y, --count) {
             std::uint8_t* const row = const_cast<std::uint8_t*>(Row(y));
-            const auto width = static_cast<std::size_t>(m_width);
-            if (y >= 0 && y < m_height) {
-                std::memcpy(row, m_plane + static_cast<std::size_t>(y) * width, width);
+            const auto width = static_cast<std::size_t>(m_Width);
+            if (y >= 0 && y < m_Height) {
+                std::memcpy(row, m_Plane + static_cast<std::size_t>(y) * width, width);
             } else {
                 std::memset(row, 0, width);
             }
         }
     }
 
-    const std::uint8_t* m_plane;
-    int m_width;
-    int m_height;
-    int m_above;
-    int m_left;
-    int m_kept; // rows that a band shares with the next
-    std::size_t m_stride;
-    int m_count;
-    int m_first;
-    std::vector<std::uint8_t> m_rows;
+    const std::uint8_t* m_Plane;
+    int m_Width;
+    int m_Height;
+    int m_Above;
+    int m_Left;
+    int m_Kept; // rows that a band shares with the next
+    std::size_t m_Stride;
+    int m_Count;
+    int m_First;
+    std::vector<std::uint8_t> m_Rows;
 };
 
 } // namespace focus

@@ -12,7 +12,7 @@ namespace {
 
 // The first write to a fresh 4 KiB page costs more than the arithmetic on its bytes: the kernel enters, clears and maps
 // it. From this size on it pays to ask for pages of 2 MiB instead; smaller blocks would hardly hold one.
-constexpr std::size_t HugePageThreshold = std::size_t{4} << 20;
+constexpr std::size_t kHugePageThreshold = std::size_t{4} << 20;
 
 /// Asks for huge pages under the whole pages of the `size` bytes at `block`. Only a hint: a refusal changes nothing.
 void AdviseHugePages([[maybe_unused]] void* block, [[maybe_unused]] std::size_t size) {
@@ -43,7 +43,7 @@ void* ChAlignedAlloc(std::size_t size, int alignment) {
     const auto offset = static_cast<std::uint32_t>(2 * step - remainder);
     unsigned char* const block = raw + offset;
     std::memcpy(block - sizeof offset, &offset, sizeof offset); // the word need not be aligned
-    if (size >= HugePageThreshold) {
+    if (size >= kHugePageThreshold) {
         AdviseHugePages(raw, rawSize);
     }
     return block;

@@ -7,10 +7,10 @@
 namespace processor {
 namespace {
 
-constexpr int MostPasses = 20;
-constexpr std::uint64_t LeadTicks = 50;   // waited for before a pass, so that it starts as the counter moves
-constexpr std::uint64_t PassTicks = 1000; // length of a pass
-constexpr std::int64_t Tolerance = 3;     // in thirds of a MHz, of each estimate from the mean of the last three
+constexpr int kMostPasses = 20;
+constexpr std::uint64_t kLeadTicks = 50;   // waited for before a pass, so that it starts as the counter moves
+constexpr std::uint64_t kPassTicks = 1000; // length of a pass
+constexpr std::int64_t kTolerance = 3;     // in thirds of a MHz, of each estimate from the mean of the last three
 
 /// Counter and time stamp at, as nearly as can be, one moment.
 struct Moment {
@@ -45,15 +45,15 @@ std::uint32_t Megahertz(std::uint64_t cycles, std::uint64_t microseconds) {
 /// True if the last three estimates, oldest first, are as good as one.
 bool Agree(std::int64_t first, std::int64_t second, std::int64_t third) {
     const std::int64_t sum = first + second + third;
-    return std::abs(2 * third - (first + second)) <= Tolerance && std::abs(3 * second - sum) <= Tolerance &&
-           std::abs(3 * first - sum) <= Tolerance;
+    return std::abs(2 * third - (first + second)) <= kTolerance && std::abs(3 * second - sum) <= kTolerance &&
+           std::abs(3 * first - sum) <= kTolerance;
 }
 
 } // namespace
 
 std::uint32_t MeasureTimeStampClock(ProcessorPort& port) {
     const int priority = port.ThreadPriority();
-    const bool priorityKnown = priority != UnknownPriority;
+    const bool priorityKnown = priority != kUnknownPriority;
     const std::uint64_t frequency = UsableFrequency(port);
     if (frequency == 0) {
         return 0;
@@ -61,12 +61,12 @@ std::uint32_t MeasureTimeStampClock(ProcessorPort& port) {
     std::uint64_t cycles = 0;
     std::uint64_t microseconds = 0;
     std::uint32_t estimates[3] = {};
-    for (int pass = 1; pass <= MostPasses; ++pass) {
+    for (int pass = 1; pass <= kMostPasses; ++pass) {
         if (priorityKnown) {
-            port.SetThreadPriority(TimeCriticalPriority);
+            port.SetThreadPriority(kTimeCriticalPriority);
         }
-        const Moment start = SpinUntil(port, port.Counter(), LeadTicks);
-        const Moment end = SpinUntil(port, start.counter, PassTicks);
+        const Moment start = SpinUntil(port, port.Counter(), kLeadTicks);
+        const Moment end = SpinUntil(port, start.counter, kPassTicks);
         if (priorityKnown) {
             port.SetThreadPriority(priority);
         }
@@ -87,12 +87,12 @@ std::uint32_t MeasureTimeStampClock(ProcessorPort& port) {
 
 std::uint32_t EstimateClockByFamily(ProcessorPort& port, std::uint32_t family) {
     // Given, as are the factor 4000 and the 1 of all later families.
-    static constexpr std::uint32_t CyclesByFamily[] = {0, 0, 0, 115, 47, 43, 38, 38, 38, 38, 38, 38};
+    static constexpr std::uint32_t cyclesByFamily[] = {0, 0, 0, 115, 47, 43, 38, 38, 38, 38, 38, 38};
     const std::uint64_t frequency = UsableFrequency(port);
     if (family < 3 || frequency == 0) {
         return 0;
     }
-    const std::uint32_t cycles = 4000 * (family < std::size(CyclesByFamily) ? CyclesByFamily[family] : 1);
+    const std::uint32_t cycles = 4000 * (family < std::size(cyclesByFamily) ? cyclesByFamily[family] : 1);
     std::uint64_t shortest = std::numeric_limits<std::uint64_t>::max();
     for (int pair = 0; pair < 10; ++pair) {
         const std::uint64_t first = port.Counter();

@@ -11,7 +11,7 @@
 namespace processor {
 namespace {
 
-static_assert(MaxProcessors == CPU_SETSIZE);
+static_assert(kMaxProcessors == CPU_SETSIZE);
 
 /// Linux moves single threads: the affinity read and set here is that of the calling thread, which spares the other
 /// threads of the host the moves.
@@ -40,13 +40,13 @@ public:
         if (sched_getaffinity(0, sizeof mask, &mask) != 0) {
             return false;
         }
-        for (std::size_t number = 0; number < MaxProcessors; ++number) {
+        for (std::size_t number = 0; number < kMaxProcessors; ++number) {
             process[number] = CPU_ISSET(number, &mask);
         }
         system = process;
         // The kernel names no processor here that is not in use, so equal numbers mean equal sets. Where some are
         // missing, which ones does not matter, and the first that the process lacks stand for them.
-        const auto inUse = std::min(static_cast<std::size_t>(ProcessorCount()), MaxProcessors);
+        const auto inUse = std::min(static_cast<std::size_t>(ProcessorCount()), kMaxProcessors);
         for (std::size_t number = 0; system.count() < inUse; ++number) {
             system.set(number);
         }
@@ -56,7 +56,7 @@ public:
     bool SetAffinity(const ProcessorSet& processors) override {
         cpu_set_t mask;
         CPU_ZERO(&mask);
-        for (std::size_t number = 0; number < MaxProcessors; ++number) {
+        for (std::size_t number = 0; number < kMaxProcessors; ++number) {
             if (processors[number]) {
                 CPU_SET(number, &mask);
             }
@@ -66,26 +66,26 @@ public:
 
     void Yield() override { sched_yield(); }
 
-    std::uint64_t CounterFrequency() override { return NanosecondsASecond / NanosecondsATick; }
+    std::uint64_t CounterFrequency() override { return kNanosecondsASecond / kNanosecondsATick; }
 
     std::uint64_t Counter() override {
         timespec now = {};
         clock_gettime(CLOCK_MONOTONIC, &now);
         return static_cast<std::uint64_t>(now.tv_sec) * CounterFrequency() +
-               static_cast<std::uint64_t>(now.tv_nsec) / NanosecondsATick;
+               static_cast<std::uint64_t>(now.tv_nsec) / kNanosecondsATick;
     }
 
     std::uint64_t TimeStamp() override { return __rdtsc(); }
 
     /// A thread may lower its priority here at will, but needs a privilege to raise it, even back to where it was. A
     /// library has no business asking for that: the priority is left alone, and a disturbed pass is repeated instead.
-    int ThreadPriority() override { return UnknownPriority; }
+    int ThreadPriority() override { return kUnknownPriority; }
 
     void SetThreadPriority(int) override {}
 
 private:
-    static constexpr std::uint64_t NanosecondsASecond = 1000000000;
-    static constexpr std::uint64_t NanosecondsATick = 100;
+    static constexpr std::uint64_t kNanosecondsASecond = 1000000000;
+    static constexpr std::uint64_t kNanosecondsATick = 100;
 };
 
 } // namespace

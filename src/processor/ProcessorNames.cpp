@@ -31,7 +31,7 @@ constexpr Range UpTo(std::uint32_t value) {
 /// What a row goes by beside family and model.
 enum class Trait { None, Stepping, BrandIndex, CacheValue, BrandStringLength };
 
-constexpr const char* BrandString = nullptr;
+constexpr const char* kBrandString = nullptr;
 
 /// One name; of the rows of a vendor the first that fits is taken.
 struct NameRow {
@@ -39,72 +39,72 @@ struct NameRow {
     Range models;
     Trait trait;
     Range values;
-    const char* name; ///< %d stands for the family; `BrandString` for the processor's own text
+    const char* name; ///< %d stands for the family; `kBrandString` for the processor's own text
 };
 
-constexpr Range Any;
+constexpr Range kAny;
 using enum Trait;
 
-constexpr NameRow IntelNames[] = {
-    {Any, Any, BrandStringLength, {1, 48}, BrandString},
-    {UpTo(4), Any, None, Any, "Intel %d86 Processor"},
-    {Just(5), Any, None, Any, "Intel Pentium"},
+constexpr NameRow kIntelNames[] = {
+    {kAny, kAny, BrandStringLength, {1, 48}, kBrandString},
+    {UpTo(4), kAny, None, kAny, "Intel %d86 Processor"},
+    {Just(5), kAny, None, kAny, "Intel Pentium"},
     {Just(6), Just(5), CacheValue, Just(0), "Intel Celeron"},
     {Just(6), Just(5), CacheValue, UpTo(999), "Intel Pentium II"},
-    {Just(6), Just(5), None, Any, "Intel Pentium II Xeon"},
-    {Just(6), Just(6), None, Any, "Intel Celeron"},
+    {Just(6), Just(5), None, kAny, "Intel Pentium II Xeon"},
+    {Just(6), Just(6), None, kAny, "Intel Celeron"},
     {Just(6), Just(7), CacheValue, UpTo(999), "Intel Pentium III"},
-    {Just(6), Just(7), None, Any, "Intel Pentium III Xeon"},
+    {Just(6), Just(7), None, kAny, "Intel Pentium III Xeon"},
     {Just(6), Just(8), BrandIndex, Just(1), "Intel Celeron"},
     {Just(6), Just(8), BrandIndex, Just(2), "Intel Pentium III"},
     {Just(6), Just(8), BrandIndex, Just(3), "Intel Pentium III Xeon"},
     {Just(6), Just(8), BrandIndex, Just(8), "Intel Pentium 4"},
-    {Just(6), Just(8), None, Any, "Intel Processor"},
-    {Just(6), Any, None, Any, ""},
-    {Just(15), Any, BrandIndex, UpTo(7), "Intel Processor"},
-    {Just(15), Any, None, Any, "Intel Pentium 4"},
-    {Any, Any, None, Any, "Intel Processor"},
+    {Just(6), Just(8), None, kAny, "Intel Processor"},
+    {Just(6), kAny, None, kAny, ""},
+    {Just(15), kAny, BrandIndex, UpTo(7), "Intel Processor"},
+    {Just(15), kAny, None, kAny, "Intel Pentium 4"},
+    {kAny, kAny, None, kAny, "Intel Processor"},
 };
 
-constexpr NameRow AMDNames[] = {
-    {UpTo(4), Any, None, Any, "AMD 80%d86 Processor"},
-    {Just(5), UpTo(3), None, Any, "AMD K5"},
-    {Just(5), {6, 7}, None, Any, "AMD K6"},
-    {Just(5), Just(8), None, Any, "AMD K6-2"},
-    {Just(5), Just(9), None, Any, "AMD K6-III"},
-    {Just(5), Any, None, Any, "AMD Processor"},
-    {Any, Any, None, Any, BrandString},
+constexpr NameRow kAmdNames[] = {
+    {UpTo(4), kAny, None, kAny, "AMD 80%d86 Processor"},
+    {Just(5), UpTo(3), None, kAny, "AMD K5"},
+    {Just(5), {6, 7}, None, kAny, "AMD K6"},
+    {Just(5), Just(8), None, kAny, "AMD K6-2"},
+    {Just(5), Just(9), None, kAny, "AMD K6-III"},
+    {Just(5), kAny, None, kAny, "AMD Processor"},
+    {kAny, kAny, None, kAny, kBrandString},
 };
 
-constexpr NameRow CentaurNames[] = {
-    {UpTo(4), Any, None, Any, "WinChip 80%d86 Processor"},
-    {Just(5), Any, None, Any, "IDT WinChip Processor"},
-    {Just(6), UpTo(5), None, Any, "IDT WinChip Processor"},
-    {Just(6), Just(6), None, Any, "VIA C3 Samuel"},
+constexpr NameRow kCentaurNames[] = {
+    {UpTo(4), kAny, None, kAny, "WinChip 80%d86 Processor"},
+    {Just(5), kAny, None, kAny, "IDT WinChip Processor"},
+    {Just(6), UpTo(5), None, kAny, "IDT WinChip Processor"},
+    {Just(6), Just(6), None, kAny, "VIA C3 Samuel"},
     {Just(6), Just(7), Stepping, UpTo(7), "VIA C3 Samuel 2"},
-    {Just(6), Just(7), None, Any, "VIA C3 Ezra"},
-    {Any, Any, None, Any, BrandString},
+    {Just(6), Just(7), None, kAny, "VIA C3 Ezra"},
+    {kAny, kAny, None, kAny, kBrandString},
 };
 
-constexpr NameRow CyrixNames[] = {
-    {UpTo(4), Any, None, Any, "Cyrix 80%d86 Processor"},
-    {Just(5), Any, None, Any, "Cyrix MI"},
-    {Just(6), Any, None, Any, "Cyrix MII"},
-    {Any, Any, None, Any, BrandString},
+constexpr NameRow kCyrixNames[] = {
+    {UpTo(4), kAny, None, kAny, "Cyrix 80%d86 Processor"},
+    {Just(5), kAny, None, kAny, "Cyrix MI"},
+    {Just(6), kAny, None, kAny, "Cyrix MII"},
+    {kAny, kAny, None, kAny, kBrandString},
 };
 
-constexpr NameRow TransmetaNames[] = {
-    {UpTo(4), Any, None, Any, "Transmeta 80%d86 Processor"},
-    {Just(5), Any, None, Any, "Transmeta Crusoe"},
-    {Any, Any, None, Any, BrandString},
+constexpr NameRow kTransmetaNames[] = {
+    {UpTo(4), kAny, None, kAny, "Transmeta 80%d86 Processor"},
+    {Just(5), kAny, None, kAny, "Transmeta Crusoe"},
+    {kAny, kAny, None, kAny, kBrandString},
 };
 
 constexpr struct {
     std::string_view vendor;
     std::span<const NameRow> names;
-} Vendors[] = {
-    {"GenuineIntel", IntelNames}, {"AuthenticAMD", AMDNames},       {"CentaurHauls", CentaurNames},
-    {"CyrixInstead", CyrixNames}, {"GenuineTMx86", TransmetaNames},
+} kVendors[] = {
+    {"GenuineIntel", kIntelNames}, {"AuthenticAMD", kAmdNames},       {"CentaurHauls", kCentaurNames},
+    {"CyrixInstead", kCyrixNames}, {"GenuineTMx86", kTransmetaNames},
 };
 
 /// What the cache descriptors of leaf 2 count for: the second-level cache in KiB, with thousands for 1024s. Given, gaps
@@ -112,8 +112,8 @@ constexpr struct {
 constexpr struct {
     std::uint32_t descriptor;
     std::uint32_t value;
-} CacheValues[] = {{64, 0},    {68, 1000},  {69, 2000}, {121, 128},  {122, 256},
-                   {123, 512}, {124, 1000}, {130, 256}, {132, 1000}, {133, 2000}};
+} kCacheValues[] = {{64, 0},    {68, 1000},  {69, 2000}, {121, 128},  {122, 256},
+                    {123, 512}, {124, 1000}, {130, 256}, {132, 1000}, {133, 2000}};
 
 std::uint32_t ReadCacheValue(ProcessorPort& port) {
     CpuidRegisters leaf2;
@@ -121,8 +121,8 @@ std::uint32_t ReadCacheValue(ProcessorPort& port) {
     // Required: each of the descriptors sets the value anew, so that the last one, in the highest byte, alone decides;
     // ProcessorNamesTest pins it.
     const std::uint32_t last = Field(leaf2.edx, 24, 8);
-    const auto* const row = std::ranges::find(CacheValues, last, [](const auto& entry) { return entry.descriptor; });
-    return row == std::end(CacheValues) ? 1 : row->value;
+    const auto* const row = std::ranges::find(kCacheValues, last, [](const auto& entry) { return entry.descriptor; });
+    return row == std::end(kCacheValues) ? 1 : row->value;
 }
 
 void StoreBrandString(ProcessorPort& port, char (&name)[49]) {
@@ -164,7 +164,7 @@ std::uint32_t ReadTrait(ProcessorPort& port, const NameTraits& traits, Trait tra
 } // namespace
 
 void StoreName(ProcessorPort& port, const NameTraits& traits, char (&name)[49]) {
-    for (const auto& [vendor, names] : Vendors) {
+    for (const auto& [vendor, names] : kVendors) {
         if (vendor != traits.vendor) {
             continue;
         }
@@ -173,7 +173,7 @@ void StoreName(ProcessorPort& port, const NameTraits& traits, char (&name)[49]) 
             return candidate.families.Holds(traits.family) && candidate.models.Holds(traits.model) &&
                    candidate.values.Holds(ReadTrait(port, traits, candidate.trait));
         });
-        if (row->name == BrandString) {
+        if (row->name == kBrandString) {
             StoreBrandString(port, name);
         } else {
             std::snprintf(name, sizeof name, row->name, static_cast<int>(traits.family));

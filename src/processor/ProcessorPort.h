@@ -8,8 +8,8 @@
 namespace processor {
 
 /// Logical processors by their number in the operating system; bit n stands for processor n.
-constexpr std::size_t MaxProcessors = 1024;
-using ProcessorSet = std::bitset<MaxProcessors>;
+constexpr std::size_t kMaxProcessors = 1024;
+using ProcessorSet = std::bitset<kMaxProcessors>;
 
 /// What the CPUID instruction leaves in its four registers.
 struct CpuidRegisters {
@@ -20,10 +20,10 @@ struct CpuidRegisters {
 };
 
 /// What `ProcessorPort::ThreadPriority` returns where the priority cannot be read.
-constexpr int UnknownPriority = 0x7FFFFFFF;
+constexpr int kUnknownPriority = 0x7FFFFFFF;
 
 /// The priority that runs before all others a thread of an ordinary process can have.
-constexpr int TimeCriticalPriority = 15;
+constexpr int kTimeCriticalPriority = 15;
 
 /// The machine as the census sees it. Not for use from two threads at once: affinity and priority are the
 /// caller's own.
@@ -59,10 +59,10 @@ public:
     /// Returns the processor's time stamp counter (RDTSC), in cycles. Only for processors that have one.
     virtual std::uint64_t TimeStamp() = 0;
 
-    /// Returns the priority of the calling thread, or `UnknownPriority`, after which nobody may set one.
+    /// Returns the priority of the calling thread, or `kUnknownPriority`, after which nobody may set one.
     virtual int ThreadPriority() = 0;
 
-    /// Sets the priority of the calling thread: one that `ThreadPriority` returned, or `TimeCriticalPriority`.
+    /// Sets the priority of the calling thread: one that `ThreadPriority` returned, or `kTimeCriticalPriority`.
     virtual void SetThreadPriority(int priority) = 0;
 
 protected:

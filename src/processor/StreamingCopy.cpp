@@ -5,11 +5,11 @@
 namespace processor::sse {
 namespace {
 
-constexpr std::uint32_t Line = 64;            // bytes of a cache line, and of a pass
-constexpr std::uint32_t BlockLines = 128;     // 8 KiB; given, as are the next three
-constexpr std::uint32_t FirstStreamed = 1024; // lines, 64 KiB
-constexpr std::uint32_t FirstInBlocks = 3152; // lines, about 197 KiB
-constexpr std::uintptr_t PrefetchAhead = 568; // bytes
+constexpr std::uint32_t kLine = 64;            // bytes of a cache line, and of a pass
+constexpr std::uint32_t kBlockLines = 128;     // 8 KiB; given, as are the next three
+constexpr std::uint32_t kFirstStreamed = 1024; // lines, 64 KiB
+constexpr std::uint32_t kFirstInBlocks = 3152; // lines, about 197 KiB
+constexpr std::uintptr_t kPrefetchAhead = 568; // bytes
 
 struct Position {
     std::uint8_t* destination;
@@ -41,13 +41,13 @@ void StoreStreamed(std::uint8_t* address, __m64 vector) {
 /// more than the copying.
 template <void (*store)(std::uint8_t*, __m64), std::uint32_t offset = 0>
 [[gnu::always_inline]] inline void CopyLine(Position& at) {
-    if constexpr (offset < Line) {
+    if constexpr (offset < kLine) {
         __m64 vector;
         __builtin_memcpy(&vector, at.source + offset, sizeof vector);
         store(at.destination + offset, vector);
         CopyLine<store, offset + sizeof(__m64)>(at);
     } else {
-        at.Move(Line);
+        at.Move(kLine);
     }
 }
 
@@ -56,7 +56,7 @@ void CopyLines(Position& at, std::uint32_t lines) {
     for (; lines > 0; --lines) {
         // May lie behind the source, where nothing is read, since a prefetch is a hint that never faults; but where a
         // pointer may not be moved to, hence the integer.
-        const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(at.source) + PrefetchAhead;
+        const std::uintptr_t ahead = reinterpret_cast<std::uintptr_t>(at.source) + kPrefetchAhead;
         // NOLINTNEXTLINE(performance-no-int-to-ptr)
         _mm_prefetch(reinterpret_cast<const char*>(ahead), _MM_HINT_NTA);
         CopyLine<store>(at);
@@ -66,9 +66,9 @@ void CopyLines(Position& at, std::uint32_t lines) {
 /// Reads one word of each line, last line first, which brings the block into the cache in an order that the hardware's
 /// own prefetching does not disturb.
 void ReadBlockBackward(const std::uint8_t* source) {
-    for (std::uint32_t line = BlockLines; line-- > 0;) {
+    for (std::uint32_t line = kBlockLines; line-- > 0;) {
         std::uint32_t word;
-        __builtin_memcpy(&word, source + line * Line, sizeof word);
+        __builtin_memcpy(&word, source + line * kLine, sizeof word);
         asm volatile("" : : "r"(word)); // keeps the read
     }
 }
@@ -77,26 +77,26 @@ void ReadBlockBackward(const std::uint8_t* source) {
 
 void* StreamingCopy(void* destination, const void* source, std::uint32_t bytes) {
     Position at = {static_cast<std::uint8_t*>(destination), static_cast<const std::uint8_t*>(source)};
-    if (bytes >= Line && (bytes <= 32768 || bytes > 65536)) {
+    if (bytes >= kLine && (bytes <= 32768 || bytes > 65536)) {
         for (; reinterpret_cast<std::uintptr_t>(at.destination) % sizeof(__m64) != 0; --bytes) {
             CopyOne<std::uint8_t>(at);
         }
     }
-    std::uint32_t lines = bytes / Line;
-    if (lines < FirstStreamed) {
+    std::uint32_t lines = bytes / kLine;
+    if (lines < kFirstStreamed) {
         CopyLines<StoreCached>(at, lines);
     } else {
-        if (lines >= FirstInBlocks) {
-            for (; lines >= BlockLines; lines -= BlockLines) {
+        if (lines >= kFirstInBlocks) {
+            for (; lines >= kBlockLines; lines -= kBlockLines) {
                 ReadBlockBackward(at.source);
-                for (std::uint32_t k = 0; k < BlockLines; ++k) {
+                for (std::uint32_t k = 0; k < kBlockLines; ++k) {
                     CopyLine<StoreStreamed>(at);
                 }
             }
         }
         CopyLines<StoreStreamed>(at, lines);
     }
-    for (bytes %= Line; bytes >= sizeof(std::uint32_t); bytes -= static_cast<std::uint32_t>(sizeof(std::uint32_t))) {
+    for (bytes %= kLine; bytes >= sizeof(std::uint32_t); bytes -= static_cast<std::uint32_t>(sizeof(std::uint32_t))) {
         CopyOne<std::uint32_t>(at);
     }
     for (; bytes > 0; --bytes) {

@@ -38,14 +38,14 @@ public:
 private:
     void Sum(int output, float* out, int count);
 
-    Pass m_pass;
-    LineSequences<float> m_sequences;
-    std::vector<float> m_buffer;
-    std::vector<float> m_even;
-    std::vector<float> m_odd;
-    std::vector<const float*> m_sources;
-    std::vector<float> m_weights;
-    const LineFunctions& m_functions = ActiveLineFunctions();
+    Pass m_Pass;
+    LineSequences<float> m_Sequences;
+    std::vector<float> m_Buffer;
+    std::vector<float> m_Even;
+    std::vector<float> m_Odd;
+    std::vector<const float*> m_Sources;
+    std::vector<float> m_Weights;
+    const LineFunctions& m_Functions = ActiveLineFunctions();
 };
 
 /// Filters all columns of a plane in strips: the rows of a strip are copied, and every output row is a weighted sum of
@@ -63,16 +63,16 @@ public:
 private:
     void SumRow(int output, int k, float* out, int count);
 
-    Pass m_pass;
-    int m_columns;
+    Pass m_Pass;
+    int m_Columns;
     // Stands for the source row at each place of the sequences: its number, counted from 1, negative where the mirror
     // image changes the sign, 0 for a row of zeros.
-    LineSequences<int> m_rows;
-    std::size_t m_stripColumns;
-    std::vector<float> m_strip; // row numbers 0 .. size
-    std::vector<const float*> m_sources;
-    std::vector<float> m_weights;
-    const LineFunctions& m_functions = ActiveLineFunctions();
+    LineSequences<int> m_Rows;
+    std::size_t m_StripColumns;
+    std::vector<float> m_Strip; // row numbers 0 .. size
+    std::vector<const float*> m_Sources;
+    std::vector<float> m_Weights;
+    const LineFunctions& m_Functions = ActiveLineFunctions();
 };
 
 } // namespace wavelet

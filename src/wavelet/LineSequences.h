@@ -31,21 +31,21 @@ void Extend(T* buffer, int size, int margin, bool mirrored, const MirrorEnds& en
 template <typename T>
 class LineSequences {
 public:
-    LineSequences(int size, int margin, const LineEnds& ends) : m_size(size), m_margin(margin), m_ends(ends) {
-        for (std::vector<T>& sequence : m_sequences) {
+    LineSequences(int size, int margin, const LineEnds& ends) : m_Size(size), m_Margin(margin), m_Ends(ends) {
+        for (std::vector<T>& sequence : m_Sequences) {
             sequence.resize(static_cast<std::size_t>((size + 1) / 2 + 2 * margin));
         }
     }
 
     /// Takes the even and the odd samples of a buffer of size + 2 * margin cells, whose margins it fills first.
     void TakeSamples(T* buffer) {
-        Extend(buffer, m_size, m_margin, m_ends.mirrored, m_ends.line);
-        const int before = m_margin / 2;
-        const T* const samples = buffer + m_margin - 2 * before;
-        const int count = before + (m_size + m_margin) / 2;
-        m_origin = before;
-        T* const even = m_sequences[0].data();
-        T* const odd = m_sequences[1].data();
+        Extend(buffer, m_Size, m_Margin, m_Ends.mirrored, m_Ends.line);
+        const int before = m_Margin / 2;
+        const T* const samples = buffer + m_Margin - 2 * before;
+        const int count = before + (m_Size + m_Margin) / 2;
+        m_Origin = before;
+        T* const even = m_Sequences[0].data();
+        T* const odd = m_Sequences[1].data();
         for (int k = 0; k < count; ++k) {
             even[k] = samples[2 * k];
             odd[k] = samples[2 * k + 1];
@@ -55,27 +55,27 @@ public:
     /// Takes (size + 1) / 2 low samples and the size / 2 high ones behind them. A periodic line of one sample has no
     /// high one, and its low one stands in: required (the rows 1 wide and 1 high of tests/wavelet pin it).
     void TakeBands(const T* samples) {
-        const int low = (m_size + 1) / 2;
-        m_origin = m_margin;
-        std::copy_n(samples, low, m_sequences[0].data() + m_margin);
-        std::copy_n(samples + low, m_size - low, m_sequences[1].data() + m_margin);
-        Extend(m_sequences[0].data(), low, m_margin, m_ends.mirrored, m_ends.low);
-        if (m_size == 1 && !m_ends.mirrored) {
-            m_sequences[1] = m_sequences[0];
+        const int low = (m_Size + 1) / 2;
+        m_Origin = m_Margin;
+        std::copy_n(samples, low, m_Sequences[0].data() + m_Margin);
+        std::copy_n(samples + low, m_Size - low, m_Sequences[1].data() + m_Margin);
+        Extend(m_Sequences[0].data(), low, m_Margin, m_Ends.mirrored, m_Ends.low);
+        if (m_Size == 1 && !m_Ends.mirrored) {
+            m_Sequences[1] = m_Sequences[0];
         } else {
-            Extend(m_sequences[1].data(), m_size - low, m_margin, m_ends.mirrored, m_ends.high);
+            Extend(m_Sequences[1].data(), m_Size - low, m_Margin, m_Ends.mirrored, m_Ends.high);
         }
     }
 
     /// Element `k` of a sequence; k may lie in the margins.
-    const T* At(int sequence, int k) const { return m_sequences[sequence].data() + m_origin + k; }
+    const T* At(int sequence, int k) const { return m_Sequences[sequence].data() + m_Origin + k; }
 
 private:
-    int m_size;
-    int m_margin;
-    LineEnds m_ends;
-    int m_origin = 0;
-    std::vector<T> m_sequences[2];
+    int m_Size;
+    int m_Margin;
+    LineEnds m_Ends;
+    int m_Origin = 0;
+    std::vector<T> m_Sequences[2];
 };
 
 } // namespace wavelet

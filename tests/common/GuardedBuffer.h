@@ -35,7 +35,7 @@
 #define ASAN_UNPOISON_MEMORY_REGION(address, size) (static_cast<void>(address), static_cast<void>(size))
 #endif
 
-/// `count` elements that start `misalignment` bytes past a multiple of 64, between guards of `guardBytes` bytes. With
+/// `count` elements that start `misalignment` bytes past a multiple of 64, between guards of `kGuardBytes` bytes. With
 /// a misalignment that is no multiple of `alignof(T)`, hand `data()` only to code that takes any address; `Read` and
 /// `Write` reach elements through copies of bytes and are safe there.
 template <typename T>
@@ -43,12 +43,12 @@ class GuardedBuffer {
     static_assert(std::is_trivially_copyable_v<T>);
 
 public:
-    static constexpr std::size_t guardBytes = 256;
+    static constexpr std::size_t kGuardBytes = 256;
 
     explicit GuardedBuffer(std::size_t count, std::size_t misalignment = 0)
-        : m_Count(count), m_Block(2 * guardBytes + 64 + misalignment + count * sizeof(T)) {
+        : m_Count(count), m_Block(2 * kGuardBytes + 64 + misalignment + count * sizeof(T)) {
         const std::size_t past = reinterpret_cast<std::uintptr_t>(m_Block.data()) % 64;
-        m_Start = guardBytes + (64 - past) + misalignment;
+        m_Start = kGuardBytes + (64 - past) + misalignment;
         for (std::size_t k = 0; k < m_Block.size(); ++k) {
             const bool isElement = k >= m_Start && k - m_Start < size_bytes();
             m_Block[k] = isElement ? 0 : Guard(k);

@@ -13,7 +13,7 @@
 namespace {
 
 enum class Operation { Denoise, Rgb, Band };
-constexpr Operation Operations[] = {Operation::Denoise, Operation::Band, Operation::Rgb};
+constexpr Operation kOperations[] = {Operation::Denoise, Operation::Band, Operation::Rgb};
 
 struct Request {
     Size size;
@@ -23,7 +23,7 @@ struct Request {
     int band;
     bool measured;
 
-    explicit Request(Input& input) : size(PictureSize(input)), operation(input.Pick(Operations)) {
+    explicit Request(Input& input) : size(PictureSize(input)), operation(input.Pick(kOperations)) {
         threshold = static_cast<float>(input.Number(-1024, 64512)) / 16.0f;
         type = input.Flag() ? input.Number(INT_MIN, INT_MAX) : input.Number(0, 2);
         band = input.Flag() ? input.Number(INT_MIN, INT_MAX) : input.Number(0, 2);

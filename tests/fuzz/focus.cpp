@@ -14,8 +14,8 @@
 namespace {
 
 enum class Operation { Blur, MotionBlur, DeBlur, DeMotionBlur, Guess };
-constexpr Operation Operations[] = {Operation::Blur, Operation::MotionBlur, Operation::DeBlur, Operation::DeMotionBlur,
-                                    Operation::Guess};
+constexpr Operation kOperations[] = {Operation::Blur, Operation::MotionBlur, Operation::DeBlur, Operation::DeMotionBlur,
+                                     Operation::Guess};
 
 struct Request {
     Size size;
@@ -26,7 +26,7 @@ struct Request {
     int length;
     int degree;
 
-    explicit Request(Input& input) : size(PictureSize(input)), operation(input.Pick(Operations)) {
+    explicit Request(Input& input) : size(PictureSize(input)), operation(input.Pick(kOperations)) {
         if (operation == Operation::Guess && input.Number(0, 3) == 3) {
             size = {input.Number(505, 540), input.Number(505, 540)}; // it looks for a square of 512
         }

@@ -55,7 +55,7 @@ void Furnish(const TemporaryFolder& folder) {
     fs::permissions(folder / "locked.png", fs::perms::owner_read);
 }
 
-const std::string LongName = std::string(300, 'n') + ".png";
+const std::string kLongName = std::string(300, 'n') + ".png";
 
 void ExpectRefusals(const std::vector<BadInput>& rows) {
     const TemporaryFolder folder;
@@ -142,7 +142,7 @@ TEST(BadInput, Pictures) {
          {"b\\na\\x1b[m\\xff\\xc2\\x85 \u00e9.png: no such"}},
         {"blur folder -o out.png", 1, {"folder: is a folder"}},
         {"blur loop.png -o out.png", 1, {"loop.png: is a link that leads round in a circle"}},
-        {"blur " + LongName + " -o out.png", 1, {"has a longer name than files can have"}},
+        {"blur " + kLongName + " -o out.png", 1, {"has a longer name than files can have"}},
         {"blur /dev/null -o out.png", 1, {"/dev/null: is no regular file"}},
         {"blur secret.png -o out.png", 1, {"secret.png: no permission"}, {.asNobody = true}},
         {"blur text.jpg -o out.png", 1, {"text.jpg: is no picture", "take JPEG, PNG, TIFF"}},
@@ -201,7 +201,7 @@ TEST(BadInput, Outputs) {
         {"blur in.png in.jpg -o -", 2, {"standard output takes one picture"}},
         {"blur in.png -o locked.png --force", 2, {"'locked.png' is write-protected"}},
         {"blur in.png -o loop.png --force", 2, {"'loop.png' is a link that leads round in a circle"}},
-        {"blur in.png -o " + LongName, 2, {"has a longer name than files can have"}},
+        {"blur in.png -o " + kLongName, 2, {"has a longer name than files can have"}},
         {"blur in.png in.jpg -o links --force", 2, {"would both become 'links/in.jpg', which is also 'links/in.png'"}},
         {"guess-motion in.png --plot none/out.png", 2, {"--plot: there is no folder 'none'"}},
         {"guess-motion in.png --plot cut_in.png", 2, {"'cut_in.png' exists", "--force"}},

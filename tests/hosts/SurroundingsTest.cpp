@@ -15,7 +15,7 @@ struct Surroundings {
     std::string refusal = {}; ///< a part of the line that is expected in the place of a picture, if that is certain
 };
 
-constexpr std::size_t Mebibyte = std::size_t{1} << 20;
+constexpr std::size_t kMebibyte = std::size_t{1} << 20;
 
 void ExpectThePictureOrOneLine(const TemporaryFolder& folder, const Surroundings& row) {
     fs::remove(folder / "reference.png");
@@ -56,11 +56,11 @@ TEST(Surroundings, GiveThePictureOrOneLine) {
         }
     }
     for (std::size_t space = 320; space <= 440; space += 20) {
-        rows.push_back({"demotion-blur --exact in.png -o", {.addressSpace = space * Mebibyte}});
+        rows.push_back({"demotion-blur --exact in.png -o", {.addressSpace = space * kMebibyte}});
     }
     for (const Surroundings& row : rows) {
         SCOPED_TRACE(row.line + ", processes " + std::to_string(row.options.processes) + ", address space " +
-                     std::to_string(row.options.addressSpace / Mebibyte));
+                     std::to_string(row.options.addressSpace / kMebibyte));
         if (!IsTooTight(row.options)) {
             ExpectThePictureOrOneLine(folder, row);
         }

@@ -8,7 +8,7 @@ namespace {
 
 using Machine = MachineDescription;
 
-constexpr std::uint64_t Above32Bits = 0x100000000;
+constexpr std::uint64_t kAbove32Bits = 0x100000000;
 
 // A reading takes 10 ticks: at 10 MHz that is a microsecond, so that cycles a reading are MHz.
 TEST(ClockMeasurement, StopsOnceThreePassesAgree) {
@@ -25,8 +25,8 @@ TEST(ClockMeasurement, StopsOnceThreePassesAgree) {
         {"the middle one is off", {.cyclesPerRead = {1000, 1002, 1000, 1000, 1000}}, 1000, 5},
         {"the oldest is off", {.cyclesPerRead = {1002, 1000, 1000, 1000}}, 1000, 4},
         {"never steady", {.cyclesPerRead = {1, 9, 1, 9, 1, 9, 1, 9, 1, 9, 1, 9, 1, 9, 1, 9, 1, 9, 1, 9}}, 5, 20},
-        {"time stamp passes 32 bits", {.cyclesPerRead = {1000}, .firstTimeStamp = Above32Bits - 50000}, 1000, 3},
-        {"pass of more than 32 bits", {.cyclesPerRead = {Above32Bits / 100 + 1000}}, 999, 3},
+        {"time stamp passes 32 bits", {.cyclesPerRead = {1000}, .firstTimeStamp = kAbove32Bits - 50000}, 1000, 3},
+        {"pass of more than 32 bits", {.cyclesPerRead = {kAbove32Bits / 100 + 1000}}, 999, 3},
         {"time stamp stands still", {.cyclesPerRead = {0}}, 0, 3},
         // 1000 ticks are 1000 * 100000 / 357954 = 279 microseconds, for 279600 cycles; 279.37 would give 1000.
         {"uneven frequency", {.frequency = 3579545, .cyclesPerRead = {2796}}, 1002, 3},
@@ -37,16 +37,16 @@ TEST(ClockMeasurement, StopsOnceThreePassesAgree) {
         {"reading takes long", {.ticksPerRead = {5000}, .cyclesPerRead = {500000}}, 1000, 3},
     };
     for (const auto& row : rows) {
-        for (const int priority : {0, -15, 15, processor::UnknownPriority}) {
+        for (const int priority : {0, -15, 15, processor::kUnknownPriority}) {
             SCOPED_TRACE(testing::Message() << row.name << ", priority " << priority);
             Machine described = row.machine;
             described.priority = priority;
             MachineOfThePast machine(described);
             EXPECT_EQ(processor::MeasureTimeStampClock(machine), row.megahertz);
             const bool coarse = row.machine.ticksPerRead[0] > 1000; // one reading each for begin, start and end
-            EXPECT_EQ(machine.counterReads, row.passes * (coarse ? 3 : MachineOfThePast::ReadsAPass));
+            EXPECT_EQ(machine.counterReads, row.passes * (coarse ? 3 : MachineOfThePast::kReadsAPass));
             std::vector<int> expected;
-            for (std::size_t pass = 0; pass < row.passes && priority != processor::UnknownPriority; ++pass) {
+            for (std::size_t pass = 0; pass < row.passes && priority != processor::kUnknownPriority; ++pass) {
                 expected.insert(expected.end(), {15, priority});
             }
             EXPECT_EQ(machine.priorities, expected);

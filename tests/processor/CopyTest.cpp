@@ -35,7 +35,7 @@ TEST_P(CopyTest, EqualsMemcpyAtEverySize) {
                 GuardedBuffer<std::uint8_t> destination(size, destinationAt);
                 // The end of the source's block, behind which nothing may be read.
                 const std::uint8_t* const from = source.data() + (largest - size);
-                ASSERT_EQ(members.Copy(destination.data(), from, size), destination.data());
+                ASSERT_EQ(m_Members.Copy(destination.data(), from, size), destination.data());
                 ASSERT_TRUE(MMXStateIsClear());
                 ASSERT_TRUE(SameBytes(from, destination.data(), size))
                     << size << " bytes at " << sourceAt << ", " << destinationAt;
@@ -43,7 +43,7 @@ TEST_P(CopyTest, EqualsMemcpyAtEverySize) {
             }
         }
     }
-    EXPECT_EQ(members.Copy(nullptr, nullptr, 0), nullptr);
+    EXPECT_EQ(m_Members.Copy(nullptr, nullptr, 0), nullptr);
 }
 
 CLARIBOX_INSTANTIATE_FOR_PROCESSOR_CLASSES(CopyTest);

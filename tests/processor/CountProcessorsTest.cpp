@@ -9,11 +9,11 @@ namespace {
 
 using enum processor::HyperThreadingStatus;
 
-constexpr std::size_t Last = processor::MaxProcessors - 1;
+constexpr std::size_t kLast = processor::kMaxProcessors - 1;
 
-constexpr std::uint32_t Core2 = 0x000006F6;        // family 6
-constexpr std::uint32_t LaterFamily = 0x00300F10;  // family 15 + 3
-constexpr std::uint32_t OnlyExtended = 0x00100670; // family field 6, extended family 1: exists nowhere, fits by rule
+constexpr std::uint32_t kCore2 = 0x000006F6;        // family 6
+constexpr std::uint32_t kLaterFamily = 0x00300F10;  // family 15 + 3
+constexpr std::uint32_t kOnlyExtended = 0x00100670; // family field 6, extended family 1: exists nowhere, fits by rule
 
 using Counts = std::array<int, 3>; // packages, cores a package, threads a core
 
@@ -24,18 +24,18 @@ struct Row {
     processor::HyperThreadingStatus status;
 };
 
-const Row rows[] = {
+const Row kRows[] = {
     // Hyper-threading possible and the process free: the walk over the processors decides.
     {"family 15, two cores of one thread", {.cores = 2}, {1, 2, 1}, Enabled},
     {"two packages of two threads", {.processors = {{0, 0}, {1, 1}, {2, 6}, {3, 7}}}, {2, 1, 2}, Enabled},
     {"even identifiers alone", {.processors = {{0, 0}, {1, 2}, {2, 4}, {3, 6}}}, {4, 1, 2}, CapableNotEnabled},
     {"second sibling on the last processor", {.processors = {{0, 0}, {1, 2}, {2, 4}, {3, 255}}}, {2, 1, 2}, Enabled},
-    {"family after 15", {.signature = LaterFamily}, {1, 1, 2}, Enabled},
-    {"extended family alone", {.signature = OnlyExtended}, {1, 1, 2}, Enabled},
+    {"family after 15", {.signature = kLaterFamily}, {1, 1, 2}, Enabled},
+    {"extended family alone", {.signature = kOnlyExtended}, {1, 1, 2}, Enabled},
     {"one processor, two siblings", {.processors = {{0, 0}}}, {1, 1, 2}, CapableNotEnabled},
     {"the one sibling cannot be visited", {.processors = {{0, 1, false}, {1, 0}}}, {2, 1, 2}, CapableNotEnabled},
     {"none can be visited", {.processors = {{0, 1, false}, {1, 1, false}}}, {2, 1, 2}, CapableNotEnabled},
-    {"gaps and numbers beyond 64", {.processors = {{3, 0}, {31, 2}, {64, 4}, {Last, 5}}}, {2, 1, 2}, Enabled},
+    {"gaps and numbers beyond 64", {.processors = {{3, 0}, {31, 2}, {64, 4}, {kLast, 5}}}, {2, 1, 2}, Enabled},
 
     // Siblings against the bits of the identifier, and the divisions that drop their remainder.
     {"3 siblings take 2 bits", {.siblings = 3, .processors = {{0, 4}, {1, 8}}}, {2, 1, 3}, CapableNotEnabled},
@@ -54,9 +54,9 @@ const Row rows[] = {
     {"affinity cannot be read", {.affinityReadable = false}, {-1, 1, 0}, CannotBeDetected},
 
     // Not possible: one sibling, and packages are what the system counts.
-    {"family 6, two cores", {.signature = Core2, .cores = 2}, {2, 2, 0}, NotCapable},
-    {"family 6, one core, confined", {.signature = Core2, .outOfBounds = {2}}, {3, 1, 1}, NotCapable},
-    {"family 6, 64 cores", {.signature = Core2, .cores = 64}, {2, 64, 0}, NotCapable},
+    {"family 6, two cores", {.signature = kCore2, .cores = 2}, {2, 2, 0}, NotCapable},
+    {"family 6, one core, confined", {.signature = kCore2, .outOfBounds = {2}}, {3, 1, 1}, NotCapable},
+    {"family 6, 64 cores", {.signature = kCore2, .cores = 64}, {2, 64, 0}, NotCapable},
     {"bit 28 clear", {.features = ~(1U << 28), .cores = 2}, {2, 2, 0}, NotCapable},
     {"another vendor, whatever leaf 4 says", {.vendor = "AuthenticAMD", .cores = 2}, {2, 1, 1}, NotCapable},
     {"vendor differs in the last letter", {.vendor = "GenuineInteL", .cores = 2}, {2, 1, 1}, NotCapable},
@@ -68,7 +68,7 @@ const Row rows[] = {
 };
 
 TEST(CountProcessors, CountsEachMachineAndLeavesItsAffinityAsItWas) {
-    for (const Row& row : rows) {
+    for (const Row& row : kRows) {
         SCOPED_TRACE(row.name);
         MachineOfThePast machine(row.machine);
         Counts counts = {99, 99, 99};

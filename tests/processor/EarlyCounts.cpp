@@ -6,13 +6,13 @@
 
 namespace {
 
-const int earlyCores = CensusCoresPerPackage;
+const int kEarlyCores = CensusCoresPerPackage;
 
 } // namespace
 
 int main() {
-    if (earlyCores < 1) {
-        std::fprintf(stderr, "%d cores before main: the counts were not filled\n", earlyCores);
+    if (kEarlyCores < 1) {
+        std::fprintf(stderr, "%d cores before main: the counts were not filled\n", kEarlyCores);
         return 1;
     }
     return 0;

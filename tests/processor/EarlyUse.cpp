@@ -18,7 +18,7 @@ struct EarlyHost {
         KernelTable.PackF32ToU8(values, bytes, 16);
         rounded = bytes[0];
     }
-} const earlyHost;
+} const kEarlyHost;
 
 } // namespace
 

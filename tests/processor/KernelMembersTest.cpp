@@ -17,17 +17,18 @@ namespace {
 
 using enum ProcessorClass;
 
-constexpr std::size_t Misalignments[] = {0, 1, 6, 13};
-constexpr float Infinity = std::numeric_limits<float>::infinity();
+constexpr std::size_t kMisalignments[] = {0, 1, 6, 13};
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-const std::int32_t Integers[] = {0,   1,     127,    128,   200,   254,     255,     256,   300,    32767,
-                                 -1,  32768, 65535,  65536, 65544, INT_MAX, INT_MIN, -128,  -32768, -32769,
-                                 -56, -256,  -65535, 77,    42,    -2,      99999,   70000, -99999};
-const float Floats[] = {10.7f,    11.5f,         12.5f,    0.5f,      0.50000006f,   1.5f,     0.99999994f, 254.5f,
-                        255.0f,   255.49998f,    255.5f,   256.0f,    300.0f,        511.9f,   -0.0f,       -0.4f,
-                        -0.5f,    -1.0f,         -1.5f,    -300.0f,   32767.5f,      32768.0f, 65580.0f,    -32769.0f,
-                        16777260, 2147483520.0f, 0x1p31f,  -0x1p31f,  -0x1.2p31f,    3e9f,     0x1p63f,     1e20f,
-                        FLT_MAX,  -FLT_MAX,      Infinity, -Infinity, std::nanf(""), 1e-42f,   97.25f};
+const std::int32_t kIntegers[] = {0,   1,     127,    128,   200,   254,     255,     256,   300,    32767,
+                                  -1,  32768, 65535,  65536, 65544, INT_MAX, INT_MIN, -128,  -32768, -32769,
+                                  -56, -256,  -65535, 77,    42,    -2,      99999,   70000, -99999};
+const float kFloats[] = {10.7f,      11.5f,         12.5f,      0.5f,     0.50000006f,   1.5f,     0.99999994f,
+                         254.5f,     255.0f,        255.49998f, 255.5f,   256.0f,        300.0f,   511.9f,
+                         -0.0f,      -0.4f,         -0.5f,      -1.0f,    -1.5f,         -300.0f,  32767.5f,
+                         32768.0f,   65580.0f,      -32769.0f,  16777260, 2147483520.0f, 0x1p31f,  -0x1p31f,
+                         -0x1.2p31f, 3e9f,          0x1p63f,    1e20f,    FLT_MAX,       -FLT_MAX, kInfinity,
+                         -kInfinity, std::nanf(""), 1e-42f,     97.25f};
 
 /// What both conversion instructions can hold; beyond it, and for NaN, they give the lowest integer.
 bool FitsInteger(float value) {
@@ -61,10 +62,10 @@ ChComplex ToComplex(In value) {
 
 /// The values a slot is tried with.
 void Input(std::size_t k, std::int32_t& value) {
-    value = Integers[k % std::size(Integers)];
+    value = kIntegers[k % std::size(kIntegers)];
 }
 void Input(std::size_t k, float& value) {
-    value = Floats[k % std::size(Floats)];
+    value = kFloats[k % std::size(kFloats)];
 }
 void Input(std::size_t k, std::uint8_t& value) {
     value = static_cast<std::uint8_t>(k * 83 + 5);
@@ -115,8 +116,8 @@ protected:
     template <typename In, typename Out>
     static void Sweep(const Rules<In, Out>& rules) {
         for (std::uint32_t count = 0; count < 68; ++count) {
-            for (const std::size_t sourceAt : Misalignments) {
-                for (const std::size_t destinationAt : Misalignments) {
+            for (const std::size_t sourceAt : kMisalignments) {
+                for (const std::size_t destinationAt : kMisalignments) {
                     SCOPED_TRACE(testing::Message() << rules.name << ", " << count << " elements at " << sourceAt
                                                     << ", " << destinationAt);
                     ASSERT_NO_FATAL_FAILURE(Check(rules, GetParam(), count, sourceAt, destinationAt));
@@ -145,14 +146,14 @@ TEST_P(KernelMembersTest, BodiesRoundByTheModeInForceAndTailsDoNot) {
     std::fill(std::begin(values), std::end(values), 10.2f);
     std::uint8_t bytes[17];
     std::fesetround(FE_UPWARD);
-    members.PackF32ToU8(values, bytes, 17);
+    m_Members.PackF32ToU8(values, bytes, 17);
     std::fesetround(FE_TONEAREST);
     EXPECT_EQ(bytes[15], GetParam() < SSE ? 10 : 11);
     EXPECT_EQ(bytes[16], 10);
 }
 
 TEST_P(KernelMembersTest, ScaleMultipliesInPlace) {
-    for (const std::size_t at : Misalignments) {
+    for (const std::size_t at : kMisalignments) {
         for (const float factor : {-1.1f, 0x1p-140f, 3e38f}) {
             for (std::int32_t count = -5; count <= 67; ++count) {
                 SCOPED_TRACE(testing::Message() << count << " elements at " << at << " by " << factor);
@@ -163,7 +164,7 @@ TEST_P(KernelMembersTest, ScaleMultipliesInPlace) {
                     vector.Write(static_cast<std::size_t>(k), value);
                     expected.Write(static_cast<std::size_t>(k), k < count ? value * factor : value);
                 }
-                members.ScaleF32(vector.data(), factor, count);
+                m_Members.ScaleF32(vector.data(), factor, count);
                 ASSERT_TRUE(SameBytes(expected, vector));
                 ASSERT_TRUE(vector.GuardsIntact());
             }
@@ -190,10 +191,10 @@ float DotInLanes(const GuardedBuffer<float>& first, const GuardedBuffer<float>& 
 
 TEST_P(KernelMembersTest, DotKeepsFourSumsAndTakesATailOfCountModulo3) {
     if (GetParam() < SSE) {
-        EXPECT_EQ(members.DotF32, kernels::DotF32);
+        EXPECT_EQ(m_Members.DotF32, kernels::DotF32);
         return;
     }
-    for (const std::size_t at : Misalignments) {
+    for (const std::size_t at : kMisalignments) {
         for (std::int32_t count = -4; count <= 67; ++count) {
             // The two elements of slack that the tail may read: at 2, 8 and 20 elements, for instance, they count.
             const auto size = static_cast<std::size_t>(std::max(count, 0) + 2);
@@ -204,7 +205,7 @@ TEST_P(KernelMembersTest, DotKeepsFourSumsAndTakesATailOfCountModulo3) {
                 first.Write(k, std::ldexp(1.0f + 0.013f * static_cast<float>(k), static_cast<int>(k * 7 % 23)));
                 second.Write(k, (k % 5 < 2 ? -1.0f : 1.0f) * (0.9f + 0.11f * static_cast<float>(k % 9)));
             }
-            ASSERT_EQ(members.DotF32(first.data(), second.data(), count), DotInLanes(first, second, count))
+            ASSERT_EQ(m_Members.DotF32(first.data(), second.data(), count), DotInLanes(first, second, count))
                 << count << " elements at " << at;
         }
     }
@@ -216,12 +217,12 @@ TEST_P(KernelMembersTest, DotKeepsFourSumsAndTakesATailOfCountModulo3) {
             first.Write(k, k == 0 ? large : k == 2 ? -large : 3.0f);
             second.Write(k, 1.0f);
         }
-        EXPECT_EQ(members.DotF32(first.data(), second.data(), 4), DotInLanes(first, second, 4)) << large;
+        EXPECT_EQ(m_Members.DotF32(first.data(), second.data(), 4), DotInLanes(first, second, 4)) << large;
     }
 }
 
 TEST_P(KernelMembersTest, DecimatePicksEverySecondPixel) {
-    for (const std::size_t at : Misalignments) {
+    for (const std::size_t at : kMisalignments) {
         for (std::int32_t width = -1; width <= 99; ++width) {
             for (const std::int32_t height : {-2, 1, 2, 5}) {
                 SCOPED_TRACE(testing::Message() << width << " by " << height << " at " << at);
@@ -234,7 +235,7 @@ TEST_P(KernelMembersTest, DecimatePicksEverySecondPixel) {
                 for (std::size_t k = 0; k < expected.size(); ++k) {
                     expected.Write(k, source.Read(2 * (k / (stride / 2)) * stride + 2 * (k % (stride / 2))));
                 }
-                members.DecimateU8(destination.data(), source.data(), width, height);
+                m_Members.DecimateU8(destination.data(), source.data(), width, height);
                 ASSERT_TRUE(MMXStateIsClear());
                 ASSERT_TRUE(SameBytes(expected, destination, stride / 2));
                 ASSERT_TRUE(destination.GuardsIntact());

@@ -21,7 +21,7 @@ struct Slot {
 
 #define SLOT(name) #name, [](const KernelTableSlots& a, const KernelTableSlots& b) { return a.name == b.name; }
 
-const Slot slots[] = {
+const Slot kSlots[] = {
     {SLOT(Copy), {SSE, Plain}, true},
     {SLOT(PackS32ToU8), {MMX, SSE2}, true},
     {SLOT(PackF32ToU8), {SSE, SSE2}, true},
@@ -35,7 +35,7 @@ const Slot slots[] = {
 };
 
 TEST(KernelMembers, EachClassChangesTheSlotsThatAreItsOwn) {
-    for (const Slot& slot : slots) {
+    for (const Slot& slot : kSlots) {
         SCOPED_TRACE(slot.name);
         EXPECT_EQ(slot.same(KernelMembers(MMX), KernelMembers(Plain)), slot.changes[0] != MMX);
         EXPECT_EQ(slot.same(KernelMembers(SSE), KernelMembers(MMX)), slot.changes[0] != SSE);
@@ -61,11 +61,11 @@ TEST(KernelTable, IsFilledByTheTwoDestructors) {
     const KernelTableSlots before = KernelTable;
     KernelTable = {};
     { const KernelTableBase base; }
-    for (const Slot& slot : slots) {
+    for (const Slot& slot : kSlots) {
         EXPECT_TRUE(slot.same(KernelTable, slot.filledByBase ? before : KernelTableSlots{})) << slot.name;
     }
     { const KernelTableFiller filler; }
-    for (const Slot& slot : slots) {
+    for (const Slot& slot : kSlots) {
         EXPECT_TRUE(slot.same(KernelTable, before)) << slot.name;
     }
     KernelTable = before;

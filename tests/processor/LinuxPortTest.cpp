@@ -78,7 +78,7 @@ TEST(LinuxPort, CounterAndTimeStampGoOn) {
     while (port.Counter() - counter < millisecond) {
     }
     EXPECT_GT(port.TimeStamp() - timeStamp, 1000U); // a clock of 1 MHz
-    EXPECT_EQ(port.ThreadPriority(), processor::UnknownPriority);
+    EXPECT_EQ(port.ThreadPriority(), processor::kUnknownPriority);
 }
 
 } // namespace

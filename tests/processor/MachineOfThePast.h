@@ -119,7 +119,7 @@ public:
     std::uint64_t Counter() override {
         const std::uint64_t ticks = machine.ticksPerRead[counterReads % machine.ticksPerRead.size()];
         counter += ticks;
-        const std::size_t pass = counterReads++ / ReadsAPass;
+        const std::size_t pass = counterReads++ / kReadsAPass;
         timeStamp += machine.cyclesPerRead[std::min(pass, machine.cyclesPerRead.size() - 1)];
         return counter;
     }
@@ -131,7 +131,7 @@ public:
     void SetThreadPriority(int priority) override { priorities.push_back(priority); }
 
     /// Where each reading takes 10 ticks: the first of a pass, 5 up to its start and 100 up to its end.
-    static constexpr std::size_t ReadsAPass = 106;
+    static constexpr std::size_t kReadsAPass = 106;
 
     const MachineDescription machine;
     processor::ProcessorSet process;

@@ -39,7 +39,7 @@ protected:
         }
     }
 
-    const KernelTableSlots members = KernelMembers(GetParam());
+    const KernelTableSlots m_Members = KernelMembers(GetParam());
 };
 
 inline std::string ProcessorClassTestName(const testing::TestParamInfo<ProcessorClass>& info) {

@@ -10,13 +10,13 @@ namespace {
 using processor::CensusResults;
 using enum processor::HyperThreadingStatus;
 
-constexpr std::uint32_t TimeStampCounter = 1U << 4;
-constexpr std::uint32_t MMX = 1U << 23;
-constexpr std::uint32_t SSE = 1U << 25;
-constexpr std::uint32_t SSE2 = 1U << 26;
-constexpr std::uint32_t HyperThreading = 1U << 28;
-constexpr std::uint32_t Flags3DNow = 1U << 31 | 1U << 30;
-constexpr std::uint32_t Leaf0 = 0x80000000; // of the extended ones
+constexpr std::uint32_t kTimeStampCounter = 1U << 4;
+constexpr std::uint32_t kMmx = 1U << 23;
+constexpr std::uint32_t kSse = 1U << 25;
+constexpr std::uint32_t kSsE2 = 1U << 26;
+constexpr std::uint32_t kHyperThreading = 1U << 28;
+constexpr std::uint32_t kFlags3DNow = 1U << 31 | 1U << 30;
+constexpr std::uint32_t kLeaf0 = 0x80000000; // of the extended ones
 
 /// MMX, SSE, SSE2; SSE3, MONITOR; 3DNow, its extensions.
 std::string FlagsOf(const CensusResults& results) {
@@ -43,19 +43,27 @@ TEST(ProcessorCensus, ReadsFlagsAndNumbers) {
         const char* flags;
         Numbers numbers;
     } rows[] = {
-        {"all set", "AuthenticAMD", 0x500, ~0U, ~0U, Leaf0 + 1, ~0U, "1110011", {5, 0, 0, 0}},
-        {"all on Intel", "GenuineIntel", 0x500, ~HyperThreading, ~0U, Leaf0 + 1, ~0U, "1111100", {5, 0, 0, 0}},
-        {"all else", "VendorUnseen", 0x500, ~(MMX | SSE | SSE2), 0, Leaf0 + 1, ~Flags3DNow, "0000000", {5, 0, 0, 0}},
-        {"all else on Intel", "GenuineIntel", 0x500, MMX, ~9U, 0, 0, "1000000", {5, 0, 0, 0}},
-        {"MMX", "CyrixInstead", 0x500, MMX, 0, 0, 0, "1000000", {5, 0, 0, 0}},
-        {"SSE", "CentaurHauls", 0x500, SSE, 0, 0, 0, "0100000", {5, 0, 0, 0}},
-        {"SSE2", "AuthenticAMD", 0xF00, SSE2, 0, 0, 0, "0010000", {15, 0, 0, 0}},
+        {"all set", "AuthenticAMD", 0x500, ~0U, ~0U, kLeaf0 + 1, ~0U, "1110011", {5, 0, 0, 0}},
+        {"all on Intel", "GenuineIntel", 0x500, ~kHyperThreading, ~0U, kLeaf0 + 1, ~0U, "1111100", {5, 0, 0, 0}},
+        {"all else",
+         "VendorUnseen",
+         0x500,
+         ~(kMmx | kSse | kSsE2),
+         0,
+         kLeaf0 + 1,
+         ~kFlags3DNow,
+         "0000000",
+         {5, 0, 0, 0}},
+        {"all else on Intel", "GenuineIntel", 0x500, kMmx, ~9U, 0, 0, "1000000", {5, 0, 0, 0}},
+        {"MMX", "CyrixInstead", 0x500, kMmx, 0, 0, 0, "1000000", {5, 0, 0, 0}},
+        {"SSE", "CentaurHauls", 0x500, kSse, 0, 0, 0, "0100000", {5, 0, 0, 0}},
+        {"SSE2", "AuthenticAMD", 0xF00, kSsE2, 0, 0, 0, "0010000", {15, 0, 0, 0}},
         {"SSE3", "GenuineIntel", 0x500, 0, 1, 0, 0, "0001000", {5, 0, 0, 0}},
         {"MONITOR", "GenuineIntel", 0x500, 0, 8, 0, 0, "0000100", {5, 0, 0, 0}},
         {"3DNow", "GenuineTMx86", 0x500, 0, 0, ~0U, 1U << 31, "0000010", {5, 0, 0, 0}},
         {"extensions of 3DNow", "VendorUnseen", 0x500, 0, 0, ~0U, 1U << 30, "0000001", {5, 0, 0, 0}},
         {"3DNow needs family 5", "AuthenticAMD", 0x0FF00400, 0, 0, ~0U, ~0U, "0000000", {4, 0, 0, 0}},
-        {"3DNow needs its leaf", "AuthenticAMD", 0x500, 0, 0, Leaf0, ~0U, "0000000", {5, 0, 0, 0}},
+        {"3DNow needs its leaf", "AuthenticAMD", 0x500, 0, 0, kLeaf0, ~0U, "0000000", {5, 0, 0, 0}},
         {"extended numbers on Intel", "GenuineIntel", ~0U, 0, 0, 0, 0, "0000000", {270, 255, 15, 3}},
         {"and their places", "GenuineIntel", 0xF12A3654 & ~0xC000U, 0, 0, 0, 0, "0000000", {6 + 0x12, 0xA5, 4, 3}},
         {"none elsewhere", "AuthenticAMD", 0xFFFFF654, 0, 0, 0, 0, "0000000", {6, 5, 4, 0}},
@@ -80,9 +88,9 @@ TEST(ProcessorCensus, ChoosesTheMeasurementByTheTimeStampCounter) {
     const struct {
         std::uint32_t signature, features, megahertz;
     } rows[] = {
-        {0x500, TimeStampCounter, 1000},       // measured
-        {0x500, ~TimeStampCounter, 4000 * 43}, // by the family
-        {0x1500500, 0, 4000},                  // by the family with the extension, 26
+        {0x500, kTimeStampCounter, 1000},       // measured
+        {0x500, ~kTimeStampCounter, 4000 * 43}, // by the family
+        {0x1500500, 0, 4000},                   // by the family with the extension, 26
         {0x200, 0, 0},
     };
     for (const auto& row : rows) {

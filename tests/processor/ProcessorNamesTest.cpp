@@ -8,14 +8,14 @@
 
 namespace {
 
-constexpr std::uint32_t Any = 0xFF;               // brand index
-constexpr std::uint32_t None = 0;                 // cache descriptor
-constexpr const char* Brand = "Brand 486 of 500"; // holds numbers and no unit
+constexpr std::uint32_t kAny = 0xFF;               // brand index
+constexpr std::uint32_t kNone = 0;                 // cache descriptor
+constexpr const char* kBrand = "Brand 486 of 500"; // holds numbers and no unit
 
 struct Identity {
     std::uint32_t family; // with the extended family; see Signature
     std::uint32_t model;
-    std::uint32_t cacheDescriptor = None, brandIndex = Any, stepping = 0;
+    std::uint32_t cacheDescriptor = kNone, brandIndex = kAny, stepping = 0;
 };
 
 struct NamedProcessors {
@@ -32,19 +32,19 @@ std::uint32_t Signature(std::uint32_t family, std::uint32_t model, std::uint32_t
 
 // Of "GenuineIntel" model 0x15 is 5 but for the extended model, and family 16 is 15 but for the extended family; the
 // extended model counts on it alone.
-const NamedProcessors names[] = {
+const NamedProcessors kNames[] = {
     {"GenuineIntel", "Intel Pentium II", {{6, 5, 67}, {6, 5, 121}, {6, 5, 122}, {6, 5, 123}, {6, 5, 130}}},
     {"GenuineIntel", "Intel Pentium II Xeon", {{6, 5, 68}, {6, 5, 69}, {6, 5, 124}, {6, 5, 132}, {6, 5, 133}}},
     {"GenuineIntel", "Intel 486 Processor", {{4, 8}}},
     {"GenuineIntel", "Intel 086 Processor", {{0, 0}}},
     {"GenuineIntel", "Intel Pentium", {{5, 2}}},
-    {"GenuineIntel", "Intel Celeron", {{6, 5, 64}, {6, 6, 68}, {6, 8, None, 1}}},
-    {"GenuineIntel", "Intel Pentium III", {{6, 7, 64}, {6, 7, 130}, {6, 8, None, 2}}},
-    {"GenuineIntel", "Intel Pentium III Xeon", {{6, 7, 133}, {6, 8, None, 3}}},
+    {"GenuineIntel", "Intel Celeron", {{6, 5, 64}, {6, 6, 68}, {6, 8, kNone, 1}}},
+    {"GenuineIntel", "Intel Pentium III", {{6, 7, 64}, {6, 7, 130}, {6, 8, kNone, 2}}},
+    {"GenuineIntel", "Intel Pentium III Xeon", {{6, 7, 133}, {6, 8, kNone, 3}}},
     {"GenuineIntel",
      "Intel Processor",
-     {{6, 8, None, 0}, {6, 8, None, 4}, {6, 8, None, 9}, {15, 2, None, 7}, {16, 2, None, 8}, {7, 2, None, 8}}},
-    {"GenuineIntel", "Intel Pentium 4", {{6, 8, None, 8}, {15, 2, None, 8}}},
+     {{6, 8, kNone, 0}, {6, 8, kNone, 4}, {6, 8, kNone, 9}, {15, 2, kNone, 7}, {16, 2, kNone, 8}, {7, 2, kNone, 8}}},
+    {"GenuineIntel", "Intel Pentium 4", {{6, 8, kNone, 8}, {15, 2, kNone, 8}}},
     {"GenuineIntel", "", {{6, 1}, {6, 9}, {6, 0x15}}},
     {"AuthenticAMD", "AMD 80486 Processor", {{4, 3}}},
     {"AuthenticAMD", "AMD K5", {{5, 0}, {5, 3}}},
@@ -52,27 +52,27 @@ const NamedProcessors names[] = {
     {"AuthenticAMD", "AMD K6", {{5, 6}, {5, 7}}},
     {"AuthenticAMD", "AMD K6-2", {{5, 8}, {5, 0x18}}},
     {"AuthenticAMD", "AMD K6-III", {{5, 9}}},
-    {"AuthenticAMD", Brand, {{6, 1}, {23, 1}}},
+    {"AuthenticAMD", kBrand, {{6, 1}, {23, 1}}},
     {"CentaurHauls", "WinChip 80486 Processor", {{4, 1}}},
     {"CentaurHauls", "IDT WinChip Processor", {{5, 9}, {6, 5}}},
     {"CentaurHauls", "VIA C3 Samuel", {{6, 6}}},
-    {"CentaurHauls", "VIA C3 Samuel 2", {{6, 7, None, Any, 7}}},
-    {"CentaurHauls", "VIA C3 Ezra", {{6, 7, None, Any, 8}}},
-    {"CentaurHauls", Brand, {{6, 8}, {7, 6}}},
+    {"CentaurHauls", "VIA C3 Samuel 2", {{6, 7, kNone, kAny, 7}}},
+    {"CentaurHauls", "VIA C3 Ezra", {{6, 7, kNone, kAny, 8}}},
+    {"CentaurHauls", kBrand, {{6, 8}, {7, 6}}},
     {"CyrixInstead", "Cyrix 80486 Processor", {{4, 9}}},
     {"CyrixInstead", "Cyrix MI", {{5, 2}}},
     {"CyrixInstead", "Cyrix MII", {{6, 0}}},
-    {"CyrixInstead", Brand, {{7, 0}}},
+    {"CyrixInstead", kBrand, {{7, 0}}},
     {"GenuineTMx86", "Transmeta 80486 Processor", {{4, 1}}},
     {"GenuineTMx86", "Transmeta Crusoe", {{5, 4}}},
-    {"GenuineTMx86", Brand, {{15, 2}}},
+    {"GenuineTMx86", kBrand, {{15, 2}}},
     {"NexGenDriven", "NexGenDriven 80586 Processor", {{5, 0}}},
     {"AuthenticAM ", "AuthenticAM  801586 Processor", {{15, 1}}},
 };
 
 // The highest extended leaf admits no brand string, which "GenuineIntel" alone looks at.
 TEST(ProcessorNames, GoByVendorFamilyAndModel) {
-    for (const auto& [vendor, name, identities] : names) {
+    for (const auto& [vendor, name, identities] : kNames) {
         for (const Identity& row : identities) {
             SCOPED_TRACE(testing::Message() << vendor << ' ' << row.family << '/' << row.model << ' ' << name);
             MachineOfThePast machine({.vendor = vendor,
@@ -80,7 +80,7 @@ TEST(ProcessorNames, GoByVendorFamilyAndModel) {
                                       .brandIndex = row.brandIndex,
                                       .cacheDescriptor = row.cacheDescriptor,
                                       .highestExtendedLeaf = 0x80000000,
-                                      .brandString = Brand});
+                                      .brandString = kBrand});
             processor::CensusResults results;
             EXPECT_EQ(ProcessorCensus(machine, results), 0);
             EXPECT_STREQ(results.name, name);

@@ -15,7 +15,7 @@ namespace reference {
 class WaveletSlow {
 public:
     explicit WaveletSlow(const WaveletFilterSet& set)
-        : m_set(set), m_margin(std::max(set.lowAnalysis->tapCount, set.highAnalysis->tapCount)) {}
+        : m_Set(set), m_Margin(std::max(set.lowAnalysis->tapCount, set.highAnalysis->tapCount)) {}
 
     std::vector<float> Forward2D(std::vector<float> plane, int width, int height, int levels, bool mirror) const {
         int columns = width;
@@ -55,19 +55,19 @@ public:
 
     using Line = std::vector<float>; // `size` samples from index Margin() on, with as many cells again on either side
 
-    int Margin() const { return m_margin; }
+    int Margin() const { return m_Margin; }
 
     /// Leaves the extension in the margins of `in`.
     Line ForwardLine(Line& in, int size, bool mirror) const {
-        const int kind = m_set.lowAnalysis->tapCount % 2 != 0 ? 1 : 2;
+        const int kind = m_Set.lowAnalysis->tapCount % 2 != 0 ? 1 : 2;
         Extend(in, size, mirror, kind, kind, 1);
         Line out(in.size());
         const int low = (size + 1) / 2;
         for (int i = 0; i < size; ++i) {
-            const WaveletFilter& filter = i < low ? *m_set.lowAnalysis : *m_set.highAnalysis;
-            const int at = m_margin + filter.firstTap + 2 * (i < low ? i : i - low);
+            const WaveletFilter& filter = i < low ? *m_Set.lowAnalysis : *m_Set.highAnalysis;
+            const int at = m_Margin + filter.firstTap + 2 * (i < low ? i : i - low);
             for (int j = 0; j < filter.tapCount; ++j) {
-                Add(out[static_cast<std::size_t>(m_margin + i)], in[static_cast<std::size_t>(at + j)], filter.taps[j]);
+                Add(out[static_cast<std::size_t>(m_Margin + i)], in[static_cast<std::size_t>(at + j)], filter.taps[j]);
             }
         }
         return out;
@@ -75,34 +75,34 @@ public:
 
     Line InverseLine(const Line& in, int size, bool mirror) const {
         const int low = (size + 1) / 2;
-        const bool oddTaps = m_set.lowAnalysis->tapCount % 2 != 0;
+        const bool oddTaps = m_Set.lowAnalysis->tapCount % 2 != 0;
         const bool oddSize = size % 2 != 0;
         Line out(in.size());
-        Line scratch(static_cast<std::size_t>(low + 2 * m_margin));
-        std::copy_n(in.begin() + m_margin, low, scratch.begin() + m_margin);
+        Line scratch(static_cast<std::size_t>(low + 2 * m_Margin));
+        std::copy_n(in.begin() + m_Margin, low, scratch.begin() + m_Margin);
         Extend(scratch, low, mirror, oddTaps ? 1 : 2, oddSize ? 1 : 2, 1);
-        Scatter(scratch, *m_set.lowSynthesis, size, out);
+        Scatter(scratch, *m_Set.lowSynthesis, size, out);
         // Nothing is cleared: where there is no high sample at all, the low one and its repetitions stand in for it.
-        std::copy_n(in.begin() + m_margin + low, size - low, scratch.begin() + m_margin);
+        std::copy_n(in.begin() + m_Margin + low, size - low, scratch.begin() + m_Margin);
         if (oddTaps) {
             Extend(scratch, size - low, mirror, 2, oddSize ? 2 : 1, 1);
         } else {
             Extend(scratch, size - low, mirror, 2, oddSize ? 1 : 2, -1);
         }
-        Scatter(scratch, *m_set.highSynthesis, size, out);
+        Scatter(scratch, *m_Set.highSynthesis, size, out);
         return out;
     }
 
 private:
     template <typename Filter>
     void OnLine(std::vector<float>& plane, int start, int step, int size, Filter filter) const {
-        Line line(static_cast<std::size_t>(size + 2 * m_margin));
+        Line line(static_cast<std::size_t>(size + 2 * m_Margin));
         for (int k = 0; k < size; ++k) {
-            line[static_cast<std::size_t>(m_margin + k)] = plane[static_cast<std::size_t>(start + k * step)];
+            line[static_cast<std::size_t>(m_Margin + k)] = plane[static_cast<std::size_t>(start + k * step)];
         }
         line = filter(line);
         for (int k = 0; k < size; ++k) {
-            plane[static_cast<std::size_t>(start + k * step)] = line[static_cast<std::size_t>(m_margin + k)];
+            plane[static_cast<std::size_t>(start + k * step)] = line[static_cast<std::size_t>(m_Margin + k)];
         }
     }
 
@@ -112,23 +112,23 @@ private:
         const int f = filter.firstTap;
         for (int i = (1 - filter.tapCount - f) / 2; i <= (size - f - 1) / 2; ++i) {
             for (int j = 0; j < filter.tapCount; ++j) {
-                Add(out[static_cast<std::size_t>(m_margin + f + 2 * i + j)],
-                    scratch[static_cast<std::size_t>(m_margin + i)], filter.taps[j]);
+                Add(out[static_cast<std::size_t>(m_Margin + f + 2 * i + j)],
+                    scratch[static_cast<std::size_t>(m_Margin + i)], filter.taps[j]);
             }
         }
     }
 
     // Cell by cell from one period of the sequence that the repetitions or the mirror images of a line form.
     void Extend(Line& line, int size, bool mirror, int leftKind, int rightKind, int sign) const {
-        Line period(line.begin() + m_margin, line.begin() + m_margin + size);
+        Line period(line.begin() + m_Margin, line.begin() + m_Margin + size);
         const int lead = mirror && sign == -1 && leftKind == 1 ? 1 : 0;
         if (mirror) {
             period = MirrorPeriod(std::move(period), leftKind, rightKind, sign);
         }
         const int length = static_cast<int>(period.size());
-        for (int k = -m_margin; k < size + m_margin && length > 0; ++k) {
+        for (int k = -m_Margin; k < size + m_Margin && length > 0; ++k) {
             const int at = (((k + lead) % length) + length) % length;
-            line[static_cast<std::size_t>(m_margin + k)] = period[static_cast<std::size_t>(at)];
+            line[static_cast<std::size_t>(m_Margin + k)] = period[static_cast<std::size_t>(at)];
         }
     }
 
@@ -144,8 +144,8 @@ private:
         return line;
     }
 
-    const WaveletFilterSet& m_set;
-    int m_margin;
+    const WaveletFilterSet& m_Set;
+    int m_Margin;
 };
 
 } // namespace reference

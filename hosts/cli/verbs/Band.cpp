@@ -6,7 +6,7 @@
 namespace cli {
 namespace {
 
-constexpr int LargestBand = 2; // of those that `CImageDenoiser::ShowFreqBand` knows
+constexpr int kLargestBand = 2; // of those that `CImageDenoiser::ShowFreqBand` knows
 
 Report ShowBand(const Settings& settings, const PackedPixels& pixels) {
     YuvPlanes planes = ToYuv(pixels);
@@ -25,7 +25,7 @@ std::string Misfit(const Settings&, const PictureShape& shape) {
 Verb BandVerb() {
     return {"band", "show one range of frequencies of pictures, in grey",
             WithPictureOptions({{"--band", "N", "0 the finest detail, 1 the middle, 2 the coarse rest",
-                                 WholeNumber{&Settings::band, 0, LargestBand}, true}}),
+                                 WholeNumber{&Settings::band, 0, kLargestBand}, true}}),
             PixelOperation{ShowBand, Misfit, DenoiserWorkingBytes}};
 }
 

@@ -45,7 +45,7 @@ std::int64_t WorkingBytes(const Settings& settings, const PictureShape& shape) {
 Verb BlurVerb() {
     return {"blur", "blur pictures",
             WithPictureOptions({{"--radius", "N", "radius of the blur in pixels, at most the picture's smaller side",
-                                 WholeNumber{&Settings::radius, 1, LargestBlurRadius}}}),
+                                 WholeNumber{&Settings::radius, 1, kLargestBlurRadius}}}),
             PixelOperation{Blur, RadiusMisfit, WorkingBytes, Caution}};
 }
 

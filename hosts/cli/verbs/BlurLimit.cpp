@@ -8,15 +8,15 @@
 namespace cli {
 namespace {
 
-constexpr double One = 65536.0; // the library's weights have 16 fractional bits
-constexpr double Limit = 2147483648.0;
-constexpr double LargestSample = 255.0;
+constexpr double kOne = 65536.0; // the library's weights have 16 fractional bits
+constexpr double kLimit = 2147483648.0;
+constexpr double kLargestSample = 255.0;
 
 /// Derived: more than single precision, at 2^-24 an operation, can lose in two passes of this many products and sums.
 /// BadInputTest.cpp holds the decision against sums in 64 bits.
-constexpr int MostProducts = 2 * LargestBlurRadius + 1;
-constexpr double Rounding = 3e-5;
-static_assert(Rounding > 4.0 * MostProducts * 0x1p-24);
+constexpr int kMostProducts = 2 * kLargestBlurRadius + 1;
+constexpr double kRounding = 3e-5;
+static_assert(kRounding > 4.0 * kMostProducts * 0x1p-24);
 
 /// The library's Gaussian along one axis; it is separable except that its weights are truncated to 16 fractional bits.
 std::vector<float> GaussianWeights(int radius) {
@@ -60,7 +60,7 @@ public:
         }
         std::ranges::fill(m_Sums, 0.0f);
         for (std::size_t j = 0; j < m_Weights.size(); ++j) {
-            const float weight = m_Weights[j] * static_cast<float>(One);
+            const float weight = m_Weights[j] * static_cast<float>(kOne);
             const float* const column = m_Column.data() + j * (m_Margin / static_cast<std::size_t>(m_Radius));
             for (std::size_t k = 0; k < m_Count; ++k) {
                 m_Sums[k] += weight * column[k];
@@ -100,15 +100,15 @@ bool AnySum(const PackedPixels& pixels, int radius, Judge judge) {
 
 bool BlurWraps(const PackedPixels& pixels, int radius) {
     const double side = 2.0 * radius + 1.0;
-    const double weights = One * SumOf(GaussianWeights(radius)) * SumOf(GaussianWeights(radius));
+    const double weights = kOne * SumOf(GaussianWeights(radius)) * SumOf(GaussianWeights(radius));
     int brightest = 0;
     ForEachPixel(pixels, [&](int b, int g, int r, std::size_t) { brightest = std::max({brightest, b, g, r}); });
-    const double low = Limit * (1.0 - Rounding);
+    const double low = kLimit * (1.0 - kRounding);
     if (brightest * weights < low) {
         return false;
     }
     // Truncation takes less than 1 from each weight and never adds anything.
-    const double high = Limit * (1.0 + Rounding) + side * side * LargestSample;
+    const double high = kLimit * (1.0 + kRounding) + side * side * kLargestSample;
     bool close = false;
     if (AnySum(pixels, radius, [&](double sum, int, std::size_t) {
             close = close || sum >= low;
@@ -146,7 +146,7 @@ int LargestUnwrappedRadius(const PackedPixels& pixels, int radius) {
 }
 
 double WrappingMean(int radius) {
-    return Limit / (One * SumOf(GaussianWeights(radius)) * SumOf(GaussianWeights(radius)));
+    return kLimit / (kOne * SumOf(GaussianWeights(radius)) * SumOf(GaussianWeights(radius)));
 }
 
 } // namespace cli

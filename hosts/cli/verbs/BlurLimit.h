@@ -6,7 +6,7 @@
 namespace cli {
 
 /// The command's own limit, in pixels. `BlurWraps` allows for the rounding of sums up to this radius.
-inline constexpr int LargestBlurRadius = 50;
+inline constexpr int kLargestBlurRadius = 50;
 
 /// Whether some pixel's sum of 16.16 weights times samples passes 2^31 - 1 in a blur of this radius. Decides exactly
 /// for each picture; where it is close it blurs a copy.

@@ -10,20 +10,20 @@ namespace cli {
 namespace {
 
 // In pixels.
-constexpr int Side = 720;
-constexpr double Centre = Side / 2.0;
-constexpr double InnerRadius = 60.0; // of the lowest cost
-constexpr double OuterRadius = 290.0;
-constexpr double LabelRadius = 320.0;
+constexpr int kSide = 720;
+constexpr double kCentre = kSide / 2.0;
+constexpr double kInnerRadius = 60.0; // of the lowest cost
+constexpr double kOuterRadius = 290.0;
+constexpr double kLabelRadius = 320.0;
 
 /// So that the curve stands out from the picture.
-constexpr double PictureBrightness = 0.55;
+constexpr double kPictureBrightness = 0.55;
 
 /// "x y" of the point at this distance from the middle; the picture's rows count downward.
 std::string Point(double radius, double degree) {
     const double angle = degree * std::numbers::pi / 180.0;
     std::ostringstream text;
-    text << Centre + radius * std::cos(angle) << ' ' << Centre - radius * std::sin(angle);
+    text << kCentre + radius * std::cos(angle) << ' ' << kCentre - radius * std::sin(angle);
     return text.str();
 }
 
@@ -36,41 +36,41 @@ std::string Circle(double radius) {
 }
 
 std::string Label(double degree) {
-    const std::string at = Point(LabelRadius, degree);
+    const std::string at = Point(kLabelRadius, degree);
     const std::size_t gap = at.find(' ');
     return "<text x=\"" + at.substr(0, gap) + "\" y=\"" + at.substr(gap + 1) + "\" dy=\"6\">" +
            std::to_string(static_cast<int>(degree)) + "\u00b0</text>";
 }
 
 std::string Curve(const DegreeCosts& costs, double lowest, double highest) {
-    const double scale = highest > lowest ? (OuterRadius - InnerRadius) / (highest - lowest) : 0.0;
+    const double scale = highest > lowest ? (kOuterRadius - kInnerRadius) / (highest - lowest) : 0.0;
     std::string path;
     for (std::size_t degree = 0; degree < costs.size(); ++degree) {
         path += (degree == 0 ? "M" : "L") +
-                Point(InnerRadius + scale * (costs[degree] - lowest), static_cast<double>(degree));
+                Point(kInnerRadius + scale * (costs[degree] - lowest), static_cast<double>(degree));
     }
     return "<path d=\"" + path + "Z\"/>";
 }
 
 std::string Svg(const MotionGuess& guess, const DegreeCosts& costs) {
     const auto [lowest, highest] = std::ranges::minmax(costs);
-    std::string grid = Circle(InnerRadius) + Circle(OuterRadius);
+    std::string grid = Circle(kInnerRadius) + Circle(kOuterRadius);
     std::string labels;
     for (int degree = 0; degree < 360; degree += 45) {
-        grid += Spoke(InnerRadius, OuterRadius, degree);
+        grid += Spoke(kInnerRadius, kOuterRadius, degree);
         labels += Label(degree);
     }
     char caption[160];
     std::snprintf(caption, sizeof caption, "degree %d: error %.3f grey levels a pixel; at the outer circle %.3f",
                   guess.degree, lowest, highest);
-    const std::string side = std::to_string(Side);
+    const std::string side = std::to_string(kSide);
     return "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"" + side + "\" height=\"" + side +
            "\" fill=\"none\" font-family=\"sans-serif\" font-size=\"17\">"
            "<g stroke=\"white\" stroke-opacity=\"0.45\">" +
            grid + "</g><g fill=\"white\" text-anchor=\"middle\">" + labels +
            "</g><g stroke=\"#ffb000\" stroke-width=\"2.5\" fill=\"#ffb000\" fill-opacity=\"0.2\">" +
            Curve(costs, lowest, highest) + "</g><g stroke=\"#40e0ff\" stroke-width=\"3\">" +
-           Spoke(0.0, OuterRadius, guess.degree) +
+           Spoke(0.0, kOuterRadius, guess.degree) +
            "</g><rect y=\"688\" width=\"100%\" height=\"32\" fill=\"black\" fill-opacity=\"0.6\"/>"
            "<text x=\"12\" y=\"710\" fill=\"white\">" +
            caption + "</text></svg>";
@@ -83,10 +83,10 @@ vips::VImage Backdrop(const vips::VImage& picture, const Region& region) {
         shown = shown.flatten();
     }
     return (shown.colourspace(VIPS_INTERPRETATION_sRGB)
-                .thumbnail_image(Side, vips::VImage::option()->set("height", Side)) *
-            PictureBrightness)
+                .thumbnail_image(kSide, vips::VImage::option()->set("height", kSide)) *
+            kPictureBrightness)
         .cast(VIPS_FORMAT_UCHAR)
-        .gravity(VIPS_COMPASS_DIRECTION_CENTRE, Side, Side)
+        .gravity(VIPS_COMPASS_DIRECTION_CENTRE, kSide, kSide)
         .copy(vips::VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
 }
 

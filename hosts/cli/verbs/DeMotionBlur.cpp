@@ -15,10 +15,10 @@ void ParseDegree(Settings& settings, const std::string& option, const std::strin
     if (settings.guessDegree) {
         return;
     }
-    const std::optional<int> degree = ParseWholeNumber(text, -LargestDegree, LargestDegree);
+    const std::optional<int> degree = ParseWholeNumber(text, -kLargestDegree, kLargestDegree);
     if (!degree) {
-        throw UsageError(option + " takes auto or a whole number from " + std::to_string(-LargestDegree) + " to " +
-                         std::to_string(LargestDegree) + ", not '" + text + "'");
+        throw UsageError(option + " takes auto or a whole number from " + std::to_string(-kLargestDegree) + " to " +
+                         std::to_string(kLargestDegree) + ", not '" + text + "'");
     }
     settings.degree = *degree;
 }
@@ -69,13 +69,13 @@ std::int64_t WorkingBytes(const Settings& settings, const PictureShape& shape) {
 } // namespace
 
 Verb DeMotionBlurVerb() {
-    const std::string turn = std::to_string(LargestDegree);
+    const std::string turn = std::to_string(kLargestDegree);
     return {"demotion-blur", "undo the smear of motion along a line",
             WithPictureOptions(
                 {{"--length", "N",
                   "length of the motion in pixels, at most " + std::to_string(FoTransformMargin - 1) +
                       " more than half the picture's smaller side",
-                  WholeNumber{&Settings::length, 1, LargestLength}},
+                  WholeNumber{&Settings::length, 1, kLargestLength}},
                  {"--degree", "N|auto",
                   "direction in which points are smeared, counter-clockwise from the right, which is motion-blur's "
                   "turned by 180; -" +

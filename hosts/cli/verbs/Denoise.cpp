@@ -20,16 +20,16 @@ namespace cli {
 namespace {
 
 /// Derived: no detail coefficient of three levels over bytes comes near 8 * 255.
-constexpr float LargestThreshold = 2040.0f;
+constexpr float kLargestThreshold = 2040.0f;
 
 /// What the measured threshold is multiplied by for each rule, in the order of the library's numbers; the most that it
 /// may be of the noise level, where the square it is measured on has texture of its own; and the level up to which a
 /// picture counts as clean. Tuned for the PSNR at noise of 0 to 25 on twelve photographs: those of Debian's
 /// mate-backgrounds (nature) and lomiri-wallpapers-20.04, reduced to 640 pixels. Larger values blur detail away,
 /// smaller ones leave noise. DenoiseTest.cpp pins that clean pictures stay as they are and that noise lessens.
-constexpr std::array<float, 3> RuleFactors = {1.0f, 2.0f, 1.2f};
-constexpr double MostOfNoise = 1.35;
-constexpr double CleanNoise = 1.7;
+constexpr std::array<float, 3> kRuleFactors = {1.0f, 2.0f, 1.2f};
+constexpr double kMostOfNoise = 1.35;
+constexpr double kCleanNoise = 1.7;
 
 std::int64_t SumOf(const std::vector<unsigned char>& plane) {
     return std::accumulate(plane.begin(), plane.end(), std::int64_t{0});
@@ -108,14 +108,14 @@ struct Strength {
 Strength MeasuredStrength(const YuvPlanes& planes, int rule, const PackedPixels& pixels) {
     const double noise = NoiseLevel(planes.y, pixels.width, pixels.height);
     const std::string told = Formatted("noise %.3f: ", noise);
-    if (noise <= CleanNoise) {
+    if (noise <= kCleanNoise) {
         return {0.0f, 0.0, told + "so clean that it is left as it is"};
     }
     const denoise::SquareCorner square = denoise::FlattestSquare(planes.y.data(), pixels.width, pixels.height, {0, 0});
     const float measured = denoise::NoiseIn(planes.y.data(), pixels.width, square);
     const float threshold =
-        std::min(measured, static_cast<float>(MostOfNoise * noise)) * RuleFactors.at(static_cast<std::size_t>(rule));
-    const double share = 1.0 - CleanNoise * CleanNoise / (noise * noise);
+        std::min(measured, static_cast<float>(kMostOfNoise * noise)) * kRuleFactors.at(static_cast<std::size_t>(rule));
+    const double share = 1.0 - kCleanNoise * kCleanNoise / (noise * noise);
     return {threshold, share,
             told + Formatted("threshold %.3f, ", static_cast<double>(threshold)) +
                 OnSquare(square.left, square.top, square.left + DnEstSize, square.top + DnEstSize) +
@@ -161,15 +161,15 @@ void ParseThreshold(Settings& settings, const std::string& option, const std::st
     float value = 0.0f;
     const char* const last = text.data() + text.size();
     const auto [end, error] = std::from_chars(text.data(), last, value);
-    if (error != std::errc{} || end != last || !(value >= 0.0f && value <= LargestThreshold)) {
+    if (error != std::errc{} || end != last || !(value >= 0.0f && value <= kLargestThreshold)) {
         throw UsageError(option + " takes auto or a number from 0 to " +
-                         std::to_string(static_cast<int>(LargestThreshold)) + ", not '" + text + "'");
+                         std::to_string(static_cast<int>(kLargestThreshold)) + ", not '" + text + "'");
     }
     settings.threshold = value;
 }
 
 std::string RuleHelp() {
-    const auto factor = [](std::size_t rule) { return Formatted("%g", static_cast<double>(RuleFactors.at(rule))); };
+    const auto factor = [](std::size_t rule) { return Formatted("%g", static_cast<double>(kRuleFactors.at(rule))); };
     return "how details above the threshold are kept; auto multiplies what it measures by " + factor(0) +
            " for soft, " + factor(1) + " for hard and " + factor(2) +
            " for garrote, the best on twelve photographs with noise of 5 to 25";

@@ -13,12 +13,12 @@
 namespace cli {
 
 /// Derived: the kernel's (2 * length + 1)^2 elements are counted in 32 bits.
-inline constexpr int LargestLength = 23169;
-static_assert((2LL * LargestLength + 1) * (2LL * LargestLength + 1) <= INT32_MAX);
-static_assert((2LL * LargestLength + 3) * (2LL * LargestLength + 3) > INT32_MAX);
+inline constexpr int kLargestLength = 23169;
+static_assert((2LL * kLargestLength + 1) * (2LL * kLargestLength + 1) <= INT32_MAX);
+static_assert((2LL * kLargestLength + 3) * (2LL * kLargestLength + 3) > INT32_MAX);
 
 /// One full turn either way; the library would take more.
-inline constexpr int LargestDegree = 360;
+inline constexpr int kLargestDegree = 360;
 
 CImageFocus FocusFor(const PackedPixels& pixels);
 

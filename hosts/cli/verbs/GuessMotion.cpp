@@ -101,9 +101,9 @@ int PrintMotionGuesses(const Settings& settings) {
             PrintOut(line);
         }
     } catch (const Interrupted&) {
-        return ExitInterrupted;
+        return kExitInterrupted;
     }
-    return all ? ExitDone : ExitPictureFailed;
+    return all ? kExitDone : kExitPictureFailed;
 }
 
 } // namespace

@@ -111,7 +111,7 @@ std::string AsJson(const std::vector<InfoRow>& rows) {
 int PrintInfo(const Settings& settings) {
     const std::vector<InfoRow> rows = Rows();
     PrintOut(settings.json ? AsJson(rows) : AsText(rows));
-    return ExitDone;
+    return kExitDone;
 }
 
 } // namespace

@@ -26,9 +26,9 @@ std::int64_t WorkingBytes(const Settings& settings, const PictureShape& shape) {
 Verb MotionBlurVerb() {
     return {"motion-blur", "smear pictures along a line, as a moving camera does",
             WithPictureOptions({{"--length", "N", "length of the motion in pixels, below the picture's smaller side",
-                                 WholeNumber{&Settings::length, 1, LargestLength}},
+                                 WholeNumber{&Settings::length, 1, kLargestLength}},
                                 {"--degree", "N", "direction of the camera's motion, counter-clockwise from the right",
-                                 WholeNumber{&Settings::degree, -LargestDegree, LargestDegree}}}),
+                                 WholeNumber{&Settings::degree, -kLargestDegree, kLargestDegree}}}),
             PixelOperation{MotionBlur, Misfit, WorkingBytes}};
 }
 

@@ -12,7 +12,7 @@ namespace cli {
 namespace {
 
 /// Smallest side on which pixels with all their neighbours are measured.
-constexpr int SmallestMeasured = 4;
+constexpr int kSmallestMeasured = 4;
 
 bool IsLookedAtInHalfSize(std::int64_t pixels) {
     return pixels >= FoHalfSizePixels;
@@ -67,7 +67,7 @@ std::int64_t GuessWorkingBytes(const PictureShape& shape) {
 }
 
 std::string GuessMisfit(const PictureShape& shape) {
-    const int smallest = SmallestMeasured * (IsLookedAtInHalfSize(shape.Pixels()) ? 2 : 1);
+    const int smallest = kSmallestMeasured * (IsLookedAtInHalfSize(shape.Pixels()) ? 2 : 1);
     return shape.SmallerSide() >= smallest
                ? ""
                : "has a side of " + std::to_string(shape.SmallerSide()) + " pixels; a direction can be guessed from " +

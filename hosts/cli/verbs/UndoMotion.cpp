@@ -16,9 +16,9 @@ namespace {
 
 /// Given: the relative noise power that `CImageFocus::DeMotionBlur` assumes. A smaller one sharpens more and amplifies
 /// noise.
-constexpr float NoisePower = 0.06f;
+constexpr float kNoisePower = 0.06f;
 
-constexpr std::size_t MostPlanes = 3;
+constexpr std::size_t kMostPlanes = 3;
 
 struct ExtendedSize {
     explicit ExtendedSize(const PackedPixels& pixels)
@@ -39,7 +39,7 @@ public:
         ChMakeMotionPSF(kernel, length, degree);
         kernel.Normalize();
         ChPSF2OTF(m_Spectrum, kernel, size.width, size.height);
-        ChInverseOTF(m_Spectrum, size.width, size.height, NoisePower);
+        ChInverseOTF(m_Spectrum, size.width, size.height, kNoisePower);
         // The transfer function of a normalised kernel is 1 there but for rounding: motion leaves a flat picture as it
         // is.
         const double scale = 1.0 / static_cast<double>(m_Spectrum.m_Spectrum[0].re);
@@ -91,7 +91,7 @@ void OnThreads(std::size_t count, const Work& work) {
 } // namespace
 
 void UndoMotion(const Settings& settings, int degree, const PackedPixels& pixels) {
-    std::array<std::vector<unsigned char>, MostPlanes> planes;
+    std::array<std::vector<unsigned char>, kMostPlanes> planes;
     planes.fill(std::vector<unsigned char>(CountOf(pixels)));
     ForEachPixel(pixels, [&](unsigned char b, unsigned char g, unsigned char r, std::size_t k) {
         planes[0][k] = b;
@@ -101,7 +101,7 @@ void UndoMotion(const Settings& settings, int degree, const PackedPixels& pixels
     const bool grey = planes[0] == planes[1] && planes[0] == planes[2];
     const ExtendedSize size(pixels);
     FlatGainInverse inverse(size, settings.length, degree);
-    OnThreads(grey ? 1 : MostPlanes, [&](std::size_t k) {
+    OnThreads(grey ? 1 : kMostPlanes, [&](std::size_t k) {
         const auto extended = std::make_unique_for_overwrite<unsigned char[]>(size.Count());
         ChEntendBuffer(planes[k].data(), pixels.width, pixels.height, extended.get(), FoTransformMargin);
         ChInverseFilter(extended.get(), size.width, size.height, inverse.Spectrum());

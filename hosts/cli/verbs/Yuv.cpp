@@ -5,7 +5,7 @@
 namespace cli {
 namespace {
 
-constexpr int Middle = 128;
+constexpr int kMiddle = 128;
 
 constexpr int Fixed(double factor) {
     return static_cast<int>(factor * 65536.0 + (factor < 0.0 ? -0.5 : 0.5));
@@ -21,8 +21,8 @@ unsigned char RoundedByte(std::int64_t number) {
 
 Yuv::Yuv(int blue, int green, int red)
     : y(RoundedByte(Fixed(0.299) * red + Fixed(0.587) * green + Fixed(0.114) * blue)),
-      u(RoundedByte((Middle << 16) + Fixed(-0.168736) * red + Fixed(-0.331264) * green + Fixed(0.5) * blue)),
-      v(RoundedByte((Middle << 16) + Fixed(0.5) * red + Fixed(-0.418688) * green + Fixed(-0.081312) * blue)) {}
+      u(RoundedByte((kMiddle << 16) + Fixed(-0.168736) * red + Fixed(-0.331264) * green + Fixed(0.5) * blue)),
+      v(RoundedByte((kMiddle << 16) + Fixed(0.5) * red + Fixed(-0.418688) * green + Fixed(-0.081312) * blue)) {}
 
 ColourTerms::ColourTerms(std::int64_t u, std::int64_t v)
     : blue(Fixed(1.772) * u), green(Fixed(-0.344136) * u + Fixed(-0.714136) * v), red(Fixed(1.402) * v) {}
@@ -41,7 +41,7 @@ YuvPlanes ToYuv(const PackedPixels& pixels) {
 void FromYuv(const YuvPlanes& planes, const PackedPixels& pixels) {
     ForEachPixel(pixels, [&](unsigned char& blue, unsigned char& green, unsigned char& red, std::size_t k) {
         const std::int64_t y = planes.y[k] << 16;
-        const ColourTerms terms(planes.u[k] - Middle, planes.v[k] - Middle);
+        const ColourTerms terms(planes.u[k] - kMiddle, planes.v[k] - kMiddle);
         blue = RoundedByte(y + terms.blue);
         green = RoundedByte(y + terms.green);
         red = RoundedByte(y + terms.red);

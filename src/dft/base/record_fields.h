@@ -8,16 +8,16 @@
 namespace dft {
 
 /// Which strides, offset and distance lay out an array: the input's, or out of place the output's.
-enum class Side { kInput, kOutput };
+enum class Side { Input, Output };
 
 inline std::ptrdiff_t Stride(const DftDescriptor& record, Side side) {
-    return side == Side::kInput ? record.input_stride : record.output_stride;
+    return side == Side::Input ? record.input_stride : record.output_stride;
 }
 inline std::ptrdiff_t Offset(const DftDescriptor& head, Side side) {
-    return side == Side::kInput ? head.input_offset : head.output_offset;
+    return side == Side::Input ? head.input_offset : head.output_offset;
 }
 inline std::ptrdiff_t Distance(const DftDescriptor& head, Side side) {
-    return side == Side::kInput ? head.input_distance : head.output_distance;
+    return side == Side::Input ? head.input_distance : head.output_distance;
 }
 
 /// Bytes of work memory for one run of any routine of the job.

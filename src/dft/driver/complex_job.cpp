@@ -43,7 +43,7 @@ private:
         const std::ptrdiff_t distance = Distance(*m_Head, m_Side);
         if (m_Head->rank == 1) {
             const Lines<Real> lines{first, Stride(*m_Head, m_Side), distance, transforms, m_Head->length};
-            return TransformLines(m_Head, m_Direction, lines, StatusRule::kAllTested, work);
+            return TransformLines(m_Head, m_Direction, lines, StatusRule::AllTested, work);
         }
         std::int32_t status = DFT_OK;
         for (std::ptrdiff_t t = 0; t < transforms && status == DFT_OK; ++t) {
@@ -67,7 +67,7 @@ private:
     std::int32_t c1d_rows_dft(Complex<Real>* firstRow, std::ptrdiff_t rowCount, void* work) {
         const Lines<Real> rows{firstRow, Stride(m_Head[0], m_Side), Stride(m_Head[1], m_Side), rowCount,
                                m_Head->length};
-        return TransformLines(m_Head, m_Direction, rows, StatusRule::kAllTested, work);
+        return TransformLines(m_Head, m_Direction, rows, StatusRule::AllTested, work);
     }
 
     /// Lines along record k, from 1 upward, beside one another along record 0.
@@ -75,7 +75,7 @@ private:
         DftDescriptor* const record = m_Head + k;
         const Lines<Real> columns{firstColumn, Stride(*record, m_Side), Stride(*m_Head, m_Side), columnCount,
                                   record->length};
-        const StatusRule rule = columns.lineStride == 1 ? StatusRule::kLastGroupUntested : StatusRule::kAllTested;
+        const StatusRule rule = columns.lineStride == 1 ? StatusRule::LastGroupUntested : StatusRule::AllTested;
         return TransformLines(record, m_Direction, columns, rule, work);
     }
 
@@ -128,10 +128,10 @@ private:
         const DftTuning& tuning = dft_tuning();
         const Lines<Real> line{first, Stride(*m_Head, m_Side), 0, 1, m_Head->length};
         if (m_Head->length < tuning.serial_rank1_below[kPrecision<Real>] || m_Head->general_length == 1) {
-            return TransformLines(m_Head, m_Direction, line, StatusRule::kAllTested, m_Work.data());
+            return TransformLines(m_Head, m_Direction, line, StatusRule::AllTested, m_Work.data());
         }
         // In single precision the limit of two threads is one of jobs out of place.
-        const bool isLimited = kPrecision<Real> == 1 || m_Side == Side::kOutput;
+        const bool isLimited = kPrecision<Real> == 1 || m_Side == Side::Output;
         const bool isShort = m_Head->length < tuning.two_threads_below[kPrecision<Real>];
         const int threads = isLimited && isShort ? std::min(m_Threads, 2) : m_Threads;
         const DftThreadedRoutine routine = m_Head->*RecordFields<Real>::kThreaded[m_Direction];
@@ -196,8 +196,8 @@ void CopyInput(const DftDescriptor* head, const Complex<Real>* input, Complex<Re
         Complex<Real>* const to = output + head->output_offset + t * head->output_distance;
         Odometer rows;
         for (rows.AddRecords(head, 1, -1, kWhole); !rows.IsDone(); rows.Next()) {
-            dft_copy_strided(head->length, from + rows.Offset(Side::kInput), head->input_stride,
-                             to + rows.Offset(Side::kOutput), head->output_stride);
+            dft_copy_strided(head->length, from + rows.Offset(Side::Input), head->input_stride,
+                             to + rows.Offset(Side::Output), head->output_stride);
         }
     }
 }
@@ -207,10 +207,10 @@ void CopyInput(const DftDescriptor* head, const Complex<Real>* input, Complex<Re
 template <typename Real>
 std::int32_t RunJob(DftDescriptor* head, Direction direction, Complex<Real>* data, Complex<Real>* output, int threads) {
     if (head->placement == DFT_INPLACE) {
-        return ComplexJob<Real>(head, direction, Side::kInput, threads).Run(data);
+        return ComplexJob<Real>(head, direction, Side::Input, threads).Run(data);
     }
     CopyInput<Real>(head, data, output);
-    return ComplexJob<Real>(head, direction, Side::kOutput, threads).Run(output);
+    return ComplexJob<Real>(head, direction, Side::Output, threads).Run(output);
 }
 
 template std::int32_t RunJob(DftDescriptor*, Direction, Complex<float>*, Complex<float>*, int);

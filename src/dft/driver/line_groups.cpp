@@ -57,12 +57,12 @@ public:
     }
 
     bool Exists() const { return m_Exists; }
-    std::ptrdiff_t lanes() const { return m_Lanes; }
+    std::ptrdiff_t Lanes() const { return m_Lanes; }
     std::size_t BatchReals() const { return Reals(m_LineBytes); }
     std::size_t WorkReals() const { return Reals(m_WorkBytes); }
 
     /// The factor that `Run` leaves to be applied.
-    Real scale() const { return m_Scale; }
+    Real Scale() const { return m_Scale; }
 
     /// Whether `RunRow` or `RunColumns` may take the place of bringing lines together. The passes at the ends of
     /// columns take spectra in natural order and apply no factor.
@@ -117,7 +117,7 @@ std::ptrdiff_t LinesBeforeBoundary(const Lines<Real>& lines) {
 /// Lines of a first batch that is not full.
 template <typename Real>
 std::ptrdiff_t LeadingLines(const BatchRoutine<Real>& routine, const Lines<Real>& lines) {
-    return lines.count > routine.lanes() ? LinesBeforeBoundary(lines) % routine.lanes() : 0;
+    return lines.count > routine.Lanes() ? LinesBeforeBoundary(lines) % routine.Lanes() : 0;
 }
 
 template <typename Real>
@@ -129,16 +129,16 @@ std::int32_t TransformInBatches(const BatchRoutine<Real>& routine, const Lines<R
     }
     const LineTransport<Real>& transport = ActiveLineTransport<Real>();
     const std::ptrdiff_t leading = LeadingLines(routine, lines);
-    Lines<Real> group = Part(lines, 0, leading > 0 ? leading : routine.lanes());
+    Lines<Real> group = Part(lines, 0, leading > 0 ? leading : routine.Lanes());
     transport.gather(group, batch.data());
     for (std::ptrdiff_t first = group.count; first < lines.count; first += group.count) {
         routine.Run(batch.data(), work.data());
-        const Lines<Real> next = Part(lines, first, routine.lanes());
-        transport.exchange(batch.data(), group, next, routine.scale());
+        const Lines<Real> next = Part(lines, first, routine.Lanes());
+        transport.exchange(batch.data(), group, next, routine.Scale());
         group = next;
     }
     routine.Run(batch.data(), work.data());
-    transport.scatter(batch.data(), group, routine.scale());
+    transport.scatter(batch.data(), group, routine.Scale());
     return DFT_OK;
 }
 
@@ -158,14 +158,14 @@ std::int32_t TransformRows(const BatchRoutine<Real>& routine, const Lines<Real>&
 template <typename Real>
 std::int32_t TransformColumns(const BatchRoutine<Real>& routine, const Lines<Real>& columns) {
     const std::ptrdiff_t leading = LeadingLines(routine, columns);
-    const std::ptrdiff_t firstOfRest = leading + (columns.count - leading) / routine.lanes() * routine.lanes();
+    const std::ptrdiff_t firstOfRest = leading + (columns.count - leading) / routine.Lanes() * routine.Lanes();
     {
         const LineBuffer<Real> work(routine.WorkReals());
         if (work.data() == nullptr) {
             return DFT_NO_MEMORY;
         }
-        for (std::ptrdiff_t first = leading; first < firstOfRest; first += routine.lanes()) {
-            routine.RunColumns(Part(columns, first, routine.lanes()), work.data());
+        for (std::ptrdiff_t first = leading; first < firstOfRest; first += routine.Lanes()) {
+            routine.RunColumns(Part(columns, first, routine.Lanes()), work.data());
         }
     }
     for (const Lines<Real>& others :
@@ -214,7 +214,7 @@ std::int32_t TransformInCopies(DftDescriptor* record, Direction direction, const
     const bool isOwn = IsGeneral<Real>(routine, direction) || IsPow2<Real>(routine, direction);
     for (std::ptrdiff_t first = 0; first < lines.count; first += perGroup) {
         const Lines<Real> group = Part(lines, first, perGroup);
-        const bool isTested = rule == StatusRule::kAllTested || group.count == perGroup || isOwn;
+        const bool isTested = rule == StatusRule::AllTested || group.count == perGroup || isOwn;
         Gather(group, buffer.data());
         for (std::ptrdiff_t j = 0; j < group.count; ++j) {
             Complex<Real>* const line = buffer.data() + j * lines.length;
@@ -238,7 +238,7 @@ std::int32_t TransformLines(DftDescriptor* record, Direction direction, const Li
         if (routine.Exists() && lines.elementStride == 1 && routine.RunsRows()) {
             return TransformRows(routine, lines);
         }
-        if (routine.Exists() && lines.lineStride == 1 && lines.count >= routine.lanes() && routine.RunsColumns()) {
+        if (routine.Exists() && lines.lineStride == 1 && lines.count >= routine.Lanes() && routine.RunsColumns()) {
             return TransformColumns(routine, lines);
         }
         if (routine.Exists()) {

@@ -11,11 +11,11 @@ namespace dft {
 
 /// Which statuses of a pass over columns count.
 enum class StatusRule {
-    kAllTested,
+    AllTested,
     /// Required: a group of less than four adjacent columns at the end of a pass runs without a look at its statuses
     /// (Driver.StatusOfTheLastColumnsIsNotTested). Those of the engine's own routines are looked at all the same:
     /// lack of memory is never passed over.
-    kLastGroupUntested,
+    LastGroupUntested,
 };
 
 /// Transforms every line in place with the record's routine of the direction, scale factor included. A line that is not

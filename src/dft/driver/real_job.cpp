@@ -74,7 +74,7 @@ struct RealJob {
 
     /// In place a backward transform also clears the element behind the line in the full format.
     std::ptrdiff_t OutputElements() const {
-        const bool clears = IsFull() && outputSide == Side::kInput;
+        const bool clears = IsFull() && outputSide == Side::Input;
         return direction == kForward ? PackedElements() : head->length + (clears ? 1 : 0);
     }
 };
@@ -84,7 +84,7 @@ struct RealJob {
 template <typename Real>
 std::int32_t RunJob(DftDescriptor* head, Direction direction, Real* data, Real* output, int threads) {
     const bool inPlace = head->placement == DFT_INPLACE;
-    const RealJob<Real> job{head, direction, data, inPlace ? data : output, inPlace ? Side::kInput : Side::kOutput};
+    const RealJob<Real> job{head, direction, data, inPlace ? data : output, inPlace ? Side::Input : Side::Output};
     return job.Run(threads);
 }
 

@@ -11,15 +11,15 @@ namespace kernels {
 class DefaultFloatingMode {
 public:
     DefaultFloatingMode() {
-        std::fegetenv(&caller_);
+        std::fegetenv(&m_Caller);
         std::fesetenv(FE_DFL_ENV);
     }
-    ~DefaultFloatingMode() { std::fesetenv(&caller_); }
+    ~DefaultFloatingMode() { std::fesetenv(&m_Caller); }
     DefaultFloatingMode(const DefaultFloatingMode&) = delete;
     DefaultFloatingMode& operator=(const DefaultFloatingMode&) = delete;
 
 private:
-    std::fenv_t caller_;
+    std::fenv_t m_Caller;
 };
 
 } // namespace kernels

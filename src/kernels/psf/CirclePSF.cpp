@@ -10,26 +10,26 @@ namespace {
 /// A disk about the origin and the area measures of its first quadrant.
 class Disk {
 public:
-    explicit Disk(double radius) : radius_(radius), radiusSquared_(radius * radius) {}
+    explicit Disk(double radius) : m_Radius(radius), m_RadiusSquared(radius * radius) {}
 
-    double Area() const { return Pi * radiusSquared_; }
+    double Area() const { return kPi * m_RadiusSquared; }
 
     /// Where the horizontal line at height `y` leaves the disk, kept within x0..x1.
     double Crossing(double x0, double x1, double y) const {
-        if (x0 * x0 + y * y > radiusSquared_) {
+        if (x0 * x0 + y * y > m_RadiusSquared) {
             return x0;
         }
-        if (x1 * x1 + y * y > radiusSquared_) {
-            return std::sqrt(radiusSquared_ - y * y);
+        if (x1 * x1 + y * y > m_RadiusSquared) {
+            return std::sqrt(m_RadiusSquared - y * y);
         }
         return x1;
     }
 
     /// Antiderivative of the height sqrt(R^2 - x^2) of the upper half circle, constant beyond its ends.
     double HeightIntegral(double x) const {
-        const double quarter = 0.25 * Pi * radiusSquared_;
-        const double q = x / radius_;
-        const double heightSquared = radiusSquared_ - x * x;
+        const double quarter = 0.25 * kPi * m_RadiusSquared;
+        const double q = x / m_Radius;
+        const double heightSquared = m_RadiusSquared - x * x;
         if (heightSquared < 0.0) {
             return q < 0.0 ? -quarter : quarter;
         }
@@ -39,14 +39,14 @@ public:
         if (q > 1.0) {
             return quarter;
         }
-        return 0.5 * radiusSquared_ * std::asin(q) + 0.5 * x * std::sqrt(heightSquared);
+        return 0.5 * m_RadiusSquared * std::asin(q) + 0.5 * x * std::sqrt(heightSquared);
     }
 
 private:
-    static constexpr double Pi = static_cast<double>(kernels::PIF);
+    static constexpr double kPi = static_cast<double>(kernels::PIF);
 
-    double radius_;
-    double radiusSquared_;
+    double m_Radius;
+    double m_RadiusSquared;
 };
 
 /// The share of `disk` that falls on the element `dx` columns and `dy` rows from its centre; both must be 0 or more.
