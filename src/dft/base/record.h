@@ -71,47 +71,31 @@ struct DftDescriptor {
     std::int32_t forward_domain;       ///< 32 or 33
     std::int32_t precision;            ///< 35 or 36
     std::int32_t number_of_transforms; ///< 1 at creation
-    std::int32_t cfg_b;
-    std::int32_t cfg_c;
-    std::int32_t cfg_d;
-    std::int32_t placement;     ///< 43 at creation; any other value is out of place
-    std::int32_t packed_format; ///< 54 at creation
-    std::int32_t input_stride;  ///< product of the lengths of all earlier records
-    std::int32_t output_stride;
-    std::int32_t cfg_e;
-    std::int32_t cfg_f;
+    std::int32_t cfg_b, cfg_c, cfg_d;
+    std::int32_t placement;                   ///< 43 at creation; any other value is out of place
+    std::int32_t packed_format;               ///< 54 at creation
+    std::int32_t input_stride, output_stride; ///< product of the lengths of all earlier records
+    std::int32_t cfg_e, cfg_f;
     std::int32_t ordering; ///< 48 at creation
     std::int32_t cfg_g;
     std::int32_t rank; ///< 1 to 7
-    std::int32_t dimension_index;
-    std::int32_t length;
+    std::int32_t dimension_index, length;
     Complex<float>* table_single; ///< twiddles of a power of two, else null
     Complex<double>* table_double;
     float forward_scale_single;
     double forward_scale_double;
     float backward_scale_single;
     double backward_scale_double;
-    std::int32_t log2_length;  ///< rounded down
-    std::int32_t input_offset; ///< elements before the first; 0 at creation
-    std::int32_t output_offset;
-    std::int32_t input_distance; ///< from one transform of a job to the next; 0 at creation
-    std::int32_t output_distance;
-    std::int32_t general_length;  ///< 0: the power-of-two path serves this dimension; 1: a general plan does
-    std::int32_t running_product; ///< product of the lengths up to this record; in the head, of all
-    DftDescriptor* previous;
-    DftDescriptor* next;
-    DftRoutine backward_single;
-    DftRoutine forward_single;
-    DftRoutine backward_double;
-    DftRoutine forward_double;
-    DftThreadedRoutine c1d_back_dft;
-    DftThreadedRoutine c1d_forw_dft;
-    DftThreadedRoutine z1d_back_dft;
-    DftThreadedRoutine z1d_forw_dft;
-    DftPackRoutine real_pack_backward_single;
-    DftPackRoutine real_pack_forward_single;
-    DftPackRoutine real_pack_backward_double;
-    DftPackRoutine real_pack_forward_double;
+    std::int32_t log2_length;                     ///< rounded down
+    std::int32_t input_offset, output_offset;     ///< elements before the first; 0 at creation
+    std::int32_t input_distance, output_distance; ///< from one transform of a job to the next; 0 at creation
+    std::int32_t general_length;                  ///< 0: the power-of-two path serves this dimension; 1: a general plan
+    std::int32_t running_product;                 ///< product of the lengths up to this record; in the head, of all
+    DftDescriptor *previous, *next;
+    DftRoutine backward_single, forward_single, backward_double, forward_double;
+    DftThreadedRoutine c1d_back_dft, c1d_forw_dft, z1d_back_dft, z1d_forw_dft;
+    DftPackRoutine real_pack_backward_single, real_pack_forward_single;
+    DftPackRoutine real_pack_backward_double, real_pack_forward_double;
     std::int32_t longest_length;   ///< largest `length` of all records
     std::int32_t commit_state;     ///< 30 or 31; 30 also after a commit that failed
     std::int32_t unsupported_flag; ///< commit refuses with DFT_UNSUPPORTED where it reads 1

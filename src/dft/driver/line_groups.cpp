@@ -32,77 +32,6 @@ bool IsPow2(DftRoutine routine, Direction direction) {
     return routine == kRoutines[kPrecision<Real>][direction];
 }
 
-/// A record's routine on batches of lines. A routine that is none of the engine's own has none such.
-template <typename Real>
-class BatchRoutine {
-public:
-    BatchRoutine(const DftDescriptor& record, Direction direction) : m_Direction(direction) {
-        const DftRoutine routine = RoutineOf<Real>(record, direction);
-        const BasicDftPlan<Real>* const plan = record.*RecordFields<Real>::kPlan;
-        const auto length = static_cast<std::uint64_t>(record.length);
-        m_LineBytes = length * sizeof(Complex<Real>);
-        if (IsGeneral<Real>(routine, direction)) {
-            m_Exists = plan != nullptr && plan->tag == kDftPlanTag && plan->norm_flag == kUnscaled &&
-                       plan->length == record.length;
-            m_Plan = plan;
-            m_Scale = ScaleFactor<Real>(record, direction);
-            m_WorkBytes = m_Exists ? static_cast<std::uint64_t>(plan->work_bytes) : 0;
-        } else if (IsPow2<Real>(routine, direction)) {
-            m_Exists = true;
-            m_Schedule = ScheduleOf<Real>(record, direction);
-            m_WorkBytes = m_LineBytes;
-        }
-        const auto lanes = static_cast<std::uint64_t>(m_Lanes);
-        m_Exists = m_Exists && lanes > 1 && lanes * (m_LineBytes + m_WorkBytes) <= kLargestBatchBytes;
-    }
-
-    bool Exists() const { return m_Exists; }
-    std::ptrdiff_t Lanes() const { return m_Lanes; }
-    std::size_t BatchReals() const { return Reals(m_LineBytes); }
-    std::size_t WorkReals() const { return Reals(m_WorkBytes); }
-
-    /// The factor that `Run` leaves to be applied.
-    Real Scale() const { return m_Scale; }
-
-    /// Whether `RunRow` or `RunColumns` may take the place of bringing lines together. The passes at the ends of
-    /// columns take spectra in natural order and apply no factor.
-    bool RunsRows() const { return m_Plan == nullptr && m_Kernels.has_vectors(m_Schedule.log2_length); }
-    bool RunsColumns() const {
-        return m_Plan == nullptr && m_Schedule.log2_length >= 4 && m_Schedule.ordered && m_Schedule.scaleBefore == 1 &&
-               m_Schedule.scaleAfter == 1;
-    }
-    /// One line of adjacent elements, where it lies. `work` holds another.
-    void RunRow(Complex<Real>* row, Complex<Real>* work) const { m_Kernels.line[m_Direction](m_Schedule, row, work); }
-    /// As many adjacent columns as a batch has lanes, where they lie.
-    void RunColumns(const Lines<Real>& columns, Real* work) const {
-        m_Kernels.columns[m_Direction](m_Schedule, columns, work);
-    }
-
-    /// In place.
-    void Run(Real* batch, Real* work) const {
-        if (m_Plan != nullptr) {
-            KernelsOf(*m_Plan).batch[m_Direction](*m_Plan, batch, batch, work);
-        } else {
-            m_Kernels.batch[m_Direction](m_Schedule, batch, work);
-        }
-    }
-
-private:
-    std::size_t Reals(std::uint64_t bytesOfLine) const {
-        return static_cast<std::size_t>(static_cast<std::uint64_t>(m_Lanes) * bytesOfLine / sizeof(Real));
-    }
-
-    Direction m_Direction;
-    std::ptrdiff_t m_Lanes = BatchLanes<Real>();
-    const Pow2Kernels<Real>& m_Kernels = ActivePow2Kernels<Real>();
-    Pow2Schedule<Real> m_Schedule = {}; ///< of a power of two
-    bool m_Exists = false;
-    const BasicDftPlan<Real>* m_Plan = nullptr; ///< null for a power of two
-    Real m_Scale = 1;
-    std::uint64_t m_LineBytes = 0;
-    std::uint64_t m_WorkBytes = 0; ///< of one line
-};
-
 /// Columns before the first that starts a cache line, in all rows or in every other: groups that begin there touch the
 /// fewest lines. 0 where no group size gains anything.
 template <typename Real>
@@ -114,69 +43,121 @@ std::ptrdiff_t LinesBeforeBoundary(const Lines<Real>& lines) {
     return lines.lineStride == 1 && isShared && past % element == 0 ? (cacheLine - past) % cacheLine / element : 0;
 }
 
-/// Lines of a first batch that is not full.
+/// One of the engine's own routines on batches of lines. Lines of a power of two mostly need not be brought together
+/// for that: rows run one by one with vectors within them, columns where they lie.
 template <typename Real>
-std::ptrdiff_t LeadingLines(const BatchRoutine<Real>& routine, const Lines<Real>& lines) {
-    return lines.count > routine.Lanes() ? LinesBeforeBoundary(lines) % routine.Lanes() : 0;
-}
+class Batches {
+public:
+    Batches(const DftDescriptor& record, Direction direction)
+        : m_Direction(direction), m_LineBytes(static_cast<std::uint64_t>(record.length) * sizeof(Complex<Real>)) {
+        const DftRoutine routine = RoutineOf<Real>(record, direction);
+        if (IsGeneral<Real>(routine, direction)) {
+            m_Plan = record.*RecordFields<Real>::kPlan;
+            m_Exist = m_Plan != nullptr && m_Plan->tag == kDftPlanTag && m_Plan->norm_flag == kUnscaled &&
+                      m_Plan->length == record.length;
+            m_Scale = ScaleFactor<Real>(record, direction);
+            m_WorkBytes = m_Exist ? static_cast<std::uint64_t>(m_Plan->work_bytes) : 0;
+        } else if (IsPow2<Real>(routine, direction)) {
+            m_Exist = true;
+            m_Schedule = ScheduleOf<Real>(record, direction);
+            m_WorkBytes = m_LineBytes;
+        }
+        const std::uint64_t bytes = static_cast<std::uint64_t>(m_Lanes) * (m_LineBytes + m_WorkBytes);
+        m_Exist = m_Exist && m_Lanes > 1 && bytes <= kLargestBatchBytes;
+    }
 
-template <typename Real>
-std::int32_t TransformInBatches(const BatchRoutine<Real>& routine, const Lines<Real>& lines) {
-    const LineBuffer<Real> batch(routine.BatchReals());
-    const LineBuffer<Real> work(routine.WorkReals());
-    if (batch.data() == nullptr || work.data() == nullptr) {
-        return DFT_NO_MEMORY;
-    }
-    const LineTransport<Real>& transport = ActiveLineTransport<Real>();
-    const std::ptrdiff_t leading = LeadingLines(routine, lines);
-    Lines<Real> group = Part(lines, 0, leading > 0 ? leading : routine.Lanes());
-    transport.gather(group, batch.data());
-    for (std::ptrdiff_t first = group.count; first < lines.count; first += group.count) {
-        routine.Run(batch.data(), work.data());
-        const Lines<Real> next = Part(lines, first, routine.Lanes());
-        transport.exchange(batch.data(), group, next, routine.Scale());
-        group = next;
-    }
-    routine.Run(batch.data(), work.data());
-    transport.scatter(batch.data(), group, routine.Scale());
-    return DFT_OK;
-}
+    /// False for other routines, for batches of one line and for those too large.
+    bool Exist() const { return m_Exist; }
 
-template <typename Real>
-std::int32_t TransformRows(const BatchRoutine<Real>& routine, const Lines<Real>& rows) {
-    const LineBuffer<Complex<Real>> work(static_cast<std::size_t>(rows.length));
-    if (work.data() == nullptr) {
-        return DFT_NO_MEMORY;
+    std::int32_t Transform(const Lines<Real>& lines) const {
+        if (m_Plan == nullptr && lines.elementStride == 1 && m_Pow2.has_vectors(m_Schedule.log2_length)) {
+            return TransformRows(lines);
+        }
+        // The passes at the ends of columns take spectra in natural order and apply no factor.
+        const bool isPlain = m_Plan == nullptr && m_Schedule.log2_length >= 4 && m_Schedule.ordered &&
+                             m_Schedule.scaleBefore == 1 && m_Schedule.scaleAfter == 1;
+        const bool isColumns = lines.lineStride == 1 && lines.count >= m_Lanes;
+        return isPlain && isColumns ? TransformColumns(lines) : TransformInBatches(lines);
     }
-    for (std::ptrdiff_t j = 0; j < rows.count; ++j) {
-        routine.RunRow(rows.base + j * rows.lineStride, work.data());
-    }
-    return DFT_OK;
-}
 
-/// Columns where they lie, but for those before the first cache line and after the last full group.
-template <typename Real>
-std::int32_t TransformColumns(const BatchRoutine<Real>& routine, const Lines<Real>& columns) {
-    const std::ptrdiff_t leading = LeadingLines(routine, columns);
-    const std::ptrdiff_t firstOfRest = leading + (columns.count - leading) / routine.Lanes() * routine.Lanes();
-    {
-        const LineBuffer<Real> work(routine.WorkReals());
+private:
+    std::int32_t TransformRows(const Lines<Real>& rows) const {
+        const LineBuffer<Complex<Real>> work(static_cast<std::size_t>(rows.length));
         if (work.data() == nullptr) {
             return DFT_NO_MEMORY;
         }
-        for (std::ptrdiff_t first = leading; first < firstOfRest; first += routine.Lanes()) {
-            routine.RunColumns(Part(columns, first, routine.Lanes()), work.data());
+        for (std::ptrdiff_t j = 0; j < rows.count; ++j) {
+            m_Pow2.line[m_Direction](m_Schedule, rows.base + j * rows.lineStride, work.data());
         }
+        return DFT_OK;
     }
-    for (const Lines<Real>& others :
-         {Part(columns, 0, leading), Part(columns, firstOfRest, columns.count - firstOfRest)}) {
-        const std::int32_t status = others.count > 0 ? TransformInBatches(routine, others) : DFT_OK;
-        if (status != DFT_OK) {
-            return status;
+
+    /// Columns where they lie, but for those before the first cache line and after the last full group.
+    std::int32_t TransformColumns(const Lines<Real>& columns) const {
+        const std::ptrdiff_t leading = LeadingLines(columns);
+        const std::ptrdiff_t firstOfRest = leading + (columns.count - leading) / m_Lanes * m_Lanes;
+        {
+            const LineBuffer<Real> work(BatchReals(m_WorkBytes));
+            if (work.data() == nullptr) {
+                return DFT_NO_MEMORY;
+            }
+            for (std::ptrdiff_t first = leading; first < firstOfRest; first += m_Lanes) {
+                m_Pow2.columns[m_Direction](m_Schedule, Part(columns, first, m_Lanes), work.data());
+            }
         }
+        std::int32_t status = leading > 0 ? TransformInBatches(Part(columns, 0, leading)) : DFT_OK;
+        if (status == DFT_OK && firstOfRest < columns.count) {
+            status = TransformInBatches(Part(columns, firstOfRest, columns.count - firstOfRest));
+        }
+        return status;
     }
-    return DFT_OK;
-}
+
+    std::int32_t TransformInBatches(const Lines<Real>& lines) const {
+        const LineBuffer<Real> batch(BatchReals(m_LineBytes));
+        const LineBuffer<Real> work(BatchReals(m_WorkBytes));
+        if (batch.data() == nullptr || work.data() == nullptr) {
+            return DFT_NO_MEMORY;
+        }
+        const LineTransport<Real>& transport = ActiveLineTransport<Real>();
+        const auto run = [&] {
+            if (m_Plan != nullptr) {
+                KernelsOf(*m_Plan).batch[m_Direction](*m_Plan, batch.data(), batch.data(), work.data());
+            } else {
+                m_Pow2.batch[m_Direction](m_Schedule, batch.data(), work.data());
+            }
+        };
+        const std::ptrdiff_t leading = LeadingLines(lines);
+        Lines<Real> group = Part(lines, 0, leading > 0 ? leading : m_Lanes);
+        transport.gather(group, batch.data());
+        for (std::ptrdiff_t first = group.count; first < lines.count; first += group.count) {
+            run();
+            const Lines<Real> next = Part(lines, first, m_Lanes);
+            transport.exchange(batch.data(), group, next, m_Scale);
+            group = next;
+        }
+        run();
+        transport.scatter(batch.data(), group, m_Scale);
+        return DFT_OK;
+    }
+
+    /// Lines of a first batch that is not full.
+    std::ptrdiff_t LeadingLines(const Lines<Real>& lines) const {
+        return lines.count > m_Lanes ? LinesBeforeBoundary(lines) % m_Lanes : 0;
+    }
+    std::size_t BatchReals(std::uint64_t bytesOfLine) const {
+        return static_cast<std::size_t>(static_cast<std::uint64_t>(m_Lanes) * bytesOfLine / sizeof(Real));
+    }
+
+    Direction m_Direction;
+    std::ptrdiff_t m_Lanes = BatchLanes<Real>();
+    const Pow2Kernels<Real>& m_Pow2 = ActivePow2Kernels<Real>();
+    Pow2Schedule<Real> m_Schedule = {};         ///< of a power of two
+    const BasicDftPlan<Real>* m_Plan = nullptr; ///< null for a power of two
+    Real m_Scale = 1;                           ///< what the kernels leave to be applied
+    std::uint64_t m_LineBytes;
+    std::uint64_t m_WorkBytes = 0; ///< of one line
+    bool m_Exist = false;
+};
 
 template <typename Real>
 std::int32_t TransformWhereTheyLie(DftDescriptor* record, Direction direction, const Lines<Real>& lines, void* work) {
@@ -234,15 +215,9 @@ template <typename Real>
 std::int32_t TransformLines(DftDescriptor* record, Direction direction, const Lines<Real>& lines, StatusRule rule,
                             void* work) {
     if (lines.count > 1 && AreApart(lines)) {
-        const BatchRoutine<Real> routine(*record, direction);
-        if (routine.Exists() && lines.elementStride == 1 && routine.RunsRows()) {
-            return TransformRows(routine, lines);
-        }
-        if (routine.Exists() && lines.lineStride == 1 && lines.count >= routine.Lanes() && routine.RunsColumns()) {
-            return TransformColumns(routine, lines);
-        }
-        if (routine.Exists()) {
-            return TransformInBatches(routine, lines);
+        const Batches<Real> batches(*record, direction);
+        if (batches.Exist()) {
+            return batches.Transform(lines);
         }
     }
     if (lines.elementStride == 1) {

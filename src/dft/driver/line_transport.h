@@ -15,7 +15,7 @@ struct LineTransport {
     /// 0.
     void (*gather)(const Lines<Real>& lines, Real* batch);
     /// Copies the lines back, each part times `scale` unless that is 1.
-    void (*scatter)(const Real* batch, const Lines<Real>& lines, Real scale);
+    void (*scatter)(Real* batch, const Lines<Real>& lines, Real scale);
     /// Scatters `done`, then gathers `next` into the same batch. Columns come and go row by row: where every row lies
     /// in a page of its own, the misses of the translation buffer cost more than all else. The two share no element.
     void (*exchange)(Real* batch, const Lines<Real>& done, const Lines<Real>& next, Real scale);

@@ -10,223 +10,195 @@ using namespace simd::CLARIBOX_VECTOR_CLASS;
 
 // The loops take the lines by value: through a reference they would be read anew after every store.
 
-/// Elements first .. last - 1 of lines at any strides.
 template <typename V>
-void GatherPlain(Lines<Real<V>> lines, std::ptrdiff_t first, std::ptrdiff_t last, Real<V>* batch) {
-    constexpr int lanes = kLines<V>;
-    for (std::ptrdiff_t k = first; k < last; ++k) {
-        const Complex<Real<V>>* const row = lines.base + k * lines.elementStride;
-        Real<V>* const element = batch + 2 * lanes * k;
-        for (int j = 0; j < lanes; ++j) {
-            const Complex<Real<V>> x = j < lines.count ? row[j * lines.lineStride] : Complex<Real<V>>{};
-            element[j] = x.re;
-            element[lanes + j] = x.im;
+struct Transport {
+    using T = Real<V>;
+    static constexpr int kLanes = kLines<V>;
+
+    /// Elements first .. last - 1 of lines at any strides.
+    static void GatherPlain(Lines<T> lines, std::ptrdiff_t first, std::ptrdiff_t last, T* batch) {
+        for (std::ptrdiff_t k = first; k < last; ++k) {
+            const Complex<T>* const row = lines.base + k * lines.elementStride;
+            T* const element = batch + 2 * kLanes * k;
+            for (int j = 0; j < kLanes; ++j) {
+                const Complex<T> x = j < lines.count ? row[j * lines.lineStride] : Complex<T>{};
+                element[j] = x.re;
+                element[kLanes + j] = x.im;
+            }
         }
     }
-}
-template <typename V>
-void ScatterPlain(const Real<V>* batch, Lines<Real<V>> lines, std::ptrdiff_t first, std::ptrdiff_t last,
-                  Real<V> scale) {
-    constexpr int lanes = kLines<V>;
-    for (std::ptrdiff_t k = first; k < last; ++k) {
-        Complex<Real<V>>* const row = lines.base + k * lines.elementStride;
-        const Real<V>* const element = batch + 2 * lanes * k;
-        for (int j = 0; j < lines.count; ++j) {
-            row[j * lines.lineStride] = {element[j] * scale, element[lanes + j] * scale};
+    static void ScatterPlain(const T* batch, Lines<T> lines, std::ptrdiff_t first, std::ptrdiff_t last, T scale) {
+        for (std::ptrdiff_t k = first; k < last; ++k) {
+            Complex<T>* const row = lines.base + k * lines.elementStride;
+            const T* const element = batch + 2 * kLanes * k;
+            for (int j = 0; j < lines.count; ++j) {
+                row[j * lines.lineStride] = {element[j] * scale, element[kLanes + j] * scale};
+            }
         }
     }
-}
 
 #if !defined(CLARIBOX_VECTOR_Portable)
 
-/// As many elements of a row as a square of numbers takes from it.
-template <typename V>
-constexpr std::ptrdiff_t kTile = kLines<V> / 2;
+    /// As many elements of a row as a square of numbers takes from it.
+    static constexpr std::ptrdiff_t kTile = kLanes / 2;
 
-/// How far ahead memory is prefetched: rows of columns, far enough to hide the memory and few enough for arrays whose
-/// rows all fall on the same few places of a cache; and elements of a row.
-constexpr std::ptrdiff_t kRowsAhead = 8;
-template <typename V>
-constexpr std::ptrdiff_t kElementsAhead = 256 / static_cast<std::ptrdiff_t>(sizeof(Complex<Real<V>>));
+    /// How far ahead memory is prefetched: rows of columns, far enough to hide the memory and few enough for arrays
+    /// whose rows all fall on the same few places of a cache; and elements of a row.
+    static constexpr std::ptrdiff_t kRowsAhead = 8;
+    static constexpr std::ptrdiff_t kElementsAhead = 256 / static_cast<std::ptrdiff_t>(sizeof(Complex<T>));
 
-/// k + ahead, or the last index of a line.
-template <typename R>
-inline std::ptrdiff_t Ahead(const Lines<R>& lines, std::ptrdiff_t k, std::ptrdiff_t ahead) {
-    return k + ahead < lines.length ? k + ahead : lines.length - 1;
-}
-
-/// Prefetches the row of full columns that comes after row k. Always inlined: g++ 12 drops calls of a function that
-/// does nothing else.
-template <int isWrite, typename V>
-[[gnu::always_inline]] inline void PrefetchRowAhead(const Lines<Real<V>>& lines, std::ptrdiff_t k) {
-    constexpr std::size_t bytes = 2 * sizeof(V);
-    const auto* const row =
-        reinterpret_cast<const char*>(lines.base + Ahead(lines, k, kRowsAhead) * lines.elementStride);
-    for (std::size_t at = 0; at < bytes; at += 64) {
-        __builtin_prefetch(row + at, isWrite);
+    /// k + ahead, or the last index of a line.
+    static std::ptrdiff_t Ahead(const Lines<T>& lines, std::ptrdiff_t k, std::ptrdiff_t ahead) {
+        return k + ahead < lines.length ? k + ahead : lines.length - 1;
     }
-    __builtin_prefetch(row + bytes - 1, isWrite);
-}
 
-/// The elements of rows that go by squares. They start where row 0 starts a vector: rows that all lie on the same few
-/// places of a cache then need each cache line once.
-struct Squares {
-    std::ptrdiff_t begin;
-    std::ptrdiff_t end;
-};
-template <typename V>
-Squares SquaresOf(const Lines<Real<V>>& rows) {
-    const std::uintptr_t past = reinterpret_cast<std::uintptr_t>(rows.base) % sizeof(V);
-    const std::uintptr_t bytes = past % sizeof(Complex<Real<V>>) == 0 ? (sizeof(V) - past) % sizeof(V) : 0;
-    const auto leading = static_cast<std::ptrdiff_t>(bytes / sizeof(Complex<Real<V>>));
-    const std::ptrdiff_t begin = leading < rows.length ? leading : rows.length;
-    return {begin, begin + (rows.length - begin) / kTile<V> * kTile<V>};
-}
+    /// Prefetches the row of full columns that comes after row k. Always inlined: g++ 12 drops calls of a function that
+    /// does nothing else.
+    template <int isWrite>
+    [[gnu::always_inline]] static void PrefetchRowAhead(const Lines<T>& lines, std::ptrdiff_t k) {
+        constexpr std::size_t bytes = 2 * sizeof(V);
+        const auto* const row =
+            reinterpret_cast<const char*>(lines.base + Ahead(lines, k, kRowsAhead) * lines.elementStride);
+        for (std::size_t at = 0; at < bytes; at += 64) {
+            __builtin_prefetch(row + at, isWrite);
+        }
+        __builtin_prefetch(row + bytes - 1, isWrite);
+    }
 
-template <typename V, bool isFull>
-void GatherRows(Lines<Real<V>> lines, Real<V>* batch) {
-    const Squares squares = SquaresOf<V>(lines);
-    GatherPlain<V>(lines, 0, squares.begin, batch);
-    for (std::ptrdiff_t k = squares.begin; k < squares.end; k += kTile<V>) {
-        const std::ptrdiff_t ahead = Ahead(lines, k, kElementsAhead<V>);
-        V square[kLines<V>];
-        Unrolled<kLines<V>>([&](int j) {
-            if (isFull || j < lines.count) {
-                const Complex<Real<V>>* const line = lines.base + j * lines.lineStride;
-                __builtin_prefetch(line + ahead);
-                square[j] = Load<V>(line + k);
-            } else {
-                square[j] = V{};
+    /// The elements of rows that go by squares. They start where row 0 starts a vector: rows that all lie on the same
+    /// few places of a cache then need each cache line once.
+    struct Squares {
+        std::ptrdiff_t begin;
+        std::ptrdiff_t end;
+    };
+    static Squares SquaresOf(const Lines<T>& rows) {
+        const std::uintptr_t past = reinterpret_cast<std::uintptr_t>(rows.base) % sizeof(V);
+        const std::uintptr_t bytes = past % sizeof(Complex<T>) == 0 ? (sizeof(V) - past) % sizeof(V) : 0;
+        const auto leading = static_cast<std::ptrdiff_t>(bytes / sizeof(Complex<T>));
+        const std::ptrdiff_t begin = leading < rows.length ? leading : rows.length;
+        return {begin, begin + (rows.length - begin) / kTile * kTile};
+    }
+
+    template <bool isFull>
+    static void GatherRows(Lines<T> lines, T* batch) {
+        const Squares squares = SquaresOf(lines);
+        GatherPlain(lines, 0, squares.begin, batch);
+        for (std::ptrdiff_t k = squares.begin; k < squares.end; k += kTile) {
+            const std::ptrdiff_t ahead = Ahead(lines, k, kElementsAhead);
+            V square[kLanes];
+            Unrolled<kLanes>([&](int j) {
+                if (isFull || j < lines.count) {
+                    const Complex<T>* const line = lines.base + j * lines.lineStride;
+                    __builtin_prefetch(line + ahead);
+                    square[j] = Load<V>(line + k);
+                } else {
+                    square[j] = V{};
+                }
+            });
+            Transpose(square);
+            Unrolled<kLanes>([&](int j) { Store(batch + (2 * k + j) * kLanes, square[j]); });
+        }
+        GatherPlain(lines, squares.end, lines.length, batch);
+    }
+
+    template <bool isFull>
+    static void ScatterRows(const T* batch, Lines<T> lines, T scale) {
+        const Squares squares = SquaresOf(lines);
+        ScatterPlain(batch, lines, 0, squares.begin, scale);
+        for (std::ptrdiff_t k = squares.begin; k < squares.end; k += kTile) {
+            const std::ptrdiff_t ahead = Ahead(lines, k, kElementsAhead);
+            V square[kLanes];
+            Unrolled<kLanes>([&](int j) { square[j] = Load<V>(batch + (2 * k + j) * kLanes) * scale; });
+            Transpose(square);
+            Unrolled<kLanes>([&](int j) {
+                if (isFull || j < lines.count) {
+                    Complex<T>* const line = lines.base + j * lines.lineStride;
+                    __builtin_prefetch(line + ahead, 1);
+                    Store(line + k, square[j]);
+                }
+            });
+        }
+        ScatterPlain(batch, lines, squares.end, lines.length, scale);
+    }
+
+    /// Full columns, row by row: scatters `done`, gathers `next`, or both. Columns that do not move are not looked at.
+    template <bool scatters, bool gathers>
+    static void MoveColumns(T* batch, Lines<T> done, Lines<T> next, T scale) {
+        const std::ptrdiff_t length = scatters ? done.length : next.length;
+        for (std::ptrdiff_t k = 0; k < length; ++k) {
+            T* const element = batch + 2 * k * kLanes;
+            if constexpr (scatters) {
+                PrefetchRowAhead<1>(done, k);
             }
-        });
-        Transpose(square);
-        Unrolled<kLines<V>>([&](int j) { Store(batch + (2 * k + j) * kLines<V>, square[j]); });
-    }
-    GatherPlain<V>(lines, squares.end, lines.length, batch);
-}
-
-template <typename V, bool isFull>
-void ScatterRows(const Real<V>* batch, Lines<Real<V>> lines, Real<V> scale) {
-    const Squares squares = SquaresOf<V>(lines);
-    ScatterPlain<V>(batch, lines, 0, squares.begin, scale);
-    for (std::ptrdiff_t k = squares.begin; k < squares.end; k += kTile<V>) {
-        const std::ptrdiff_t ahead = Ahead(lines, k, kElementsAhead<V>);
-        V square[kLines<V>];
-        Unrolled<kLines<V>>([&](int j) { square[j] = Load<V>(batch + (2 * k + j) * kLines<V>) * scale; });
-        Transpose(square);
-        Unrolled<kLines<V>>([&](int j) {
-            if (isFull || j < lines.count) {
-                Complex<Real<V>>* const line = lines.base + j * lines.lineStride;
-                __builtin_prefetch(line + ahead, 1);
-                Store(line + k, square[j]);
+            if constexpr (gathers) {
+                PrefetchRowAhead<0>(next, k);
             }
-        });
+            if constexpr (scatters) {
+                StoreJoined(done.base + k * done.elementStride, Load<V>(element) * scale,
+                            Load<V>(element + kLanes) * scale);
+            }
+            if constexpr (gathers) {
+                V re;
+                V im;
+                LoadSeparated(next.base + k * next.elementStride, re, im);
+                Store(element, re);
+                Store(element + kLanes, im);
+            }
+        }
     }
-    ScatterPlain<V>(batch, lines, squares.end, lines.length, scale);
-}
 
-template <typename V>
-inline void GatherRowOfColumns(const Complex<Real<V>>* row, Real<V>* element) {
-    V re;
-    V im;
-    LoadSeparated(row, re, im);
-    Store(element, re);
-    Store(element + kLines<V>, im);
-}
-template <typename V>
-inline void ScatterRowOfColumns(const Real<V>* element, Complex<Real<V>>* row, Real<V> scale) {
-    StoreJoined(row, Load<V>(element) * scale, Load<V>(element + kLines<V>) * scale);
-}
-
-template <typename V>
-void GatherColumns(Lines<Real<V>> lines, Real<V>* batch) {
-    for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
-        PrefetchRowAhead<0, V>(lines, k);
-        GatherRowOfColumns<V>(lines.base + k * lines.elementStride, batch + 2 * k * kLines<V>);
+    static bool AreFullColumns(const Lines<T>& lines) {
+        return lines.lineStride == 1 && lines.count == kLanes;
     }
-}
 
-template <typename V>
-void ScatterColumns(const Real<V>* batch, Lines<Real<V>> lines, Real<V> scale) {
-    for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
-        PrefetchRowAhead<1, V>(lines, k);
-        ScatterRowOfColumns<V>(batch + 2 * k * kLines<V>, lines.base + k * lines.elementStride, scale);
+    static void Gather(const Lines<T>& lines, T* batch) {
+        if (AreFullColumns(lines)) {
+            MoveColumns<false, true>(batch, lines, lines, 1);
+        } else if (lines.elementStride == 1) {
+            lines.count == kLanes ? GatherRows<true>(lines, batch) : GatherRows<false>(lines, batch);
+        } else {
+            GatherPlain(lines, 0, lines.length, batch);
+        }
     }
-}
-
-template <typename V>
-void ExchangeColumns(Real<V>* batch, Lines<Real<V>> done, Lines<Real<V>> next, Real<V> scale) {
-    for (std::ptrdiff_t k = 0; k < done.length; ++k) {
-        PrefetchRowAhead<1, V>(done, k);
-        PrefetchRowAhead<0, V>(next, k);
-        Real<V>* const element = batch + 2 * k * kLines<V>;
-        ScatterRowOfColumns<V>(element, done.base + k * done.elementStride, scale);
-        GatherRowOfColumns<V>(next.base + k * next.elementStride, element);
+    static void Scatter(T* batch, const Lines<T>& lines, T scale) {
+        if (AreFullColumns(lines)) {
+            MoveColumns<true, false>(batch, lines, lines, scale);
+        } else if (lines.elementStride == 1) {
+            lines.count == kLanes ? ScatterRows<true>(batch, lines, scale) : ScatterRows<false>(batch, lines, scale);
+        } else {
+            ScatterPlain(batch, lines, 0, lines.length, scale);
+        }
     }
-}
-
-template <typename V>
-bool AreFullColumns(const Lines<Real<V>>& lines) {
-    return lines.lineStride == 1 && lines.count == kLines<V>;
-}
-
-template <typename V>
-void GatherLines(const Lines<Real<V>>& lines, Real<V>* batch) {
-    const bool isFull = lines.count == kLines<V>;
-    if (AreFullColumns<V>(lines)) {
-        GatherColumns<V>(lines, batch);
-    } else if (lines.elementStride == 1) {
-        isFull ? GatherRows<V, true>(lines, batch) : GatherRows<V, false>(lines, batch);
-    } else {
-        GatherPlain<V>(lines, 0, lines.length, batch);
+    static void Exchange(T* batch, const Lines<T>& done, const Lines<T>& next, T scale) {
+        if (AreFullColumns(done) && AreFullColumns(next) && done.length == next.length) {
+            return MoveColumns<true, true>(batch, done, next, scale);
+        }
+        Scatter(batch, done, scale);
+        Gather(next, batch);
     }
-}
-
-template <typename V>
-void ScatterLines(const Real<V>* batch, const Lines<Real<V>>& lines, Real<V> scale) {
-    const bool isFull = lines.count == kLines<V>;
-    if (AreFullColumns<V>(lines)) {
-        ScatterColumns<V>(batch, lines, scale);
-    } else if (lines.elementStride == 1) {
-        isFull ? ScatterRows<V, true>(batch, lines, scale) : ScatterRows<V, false>(batch, lines, scale);
-    } else {
-        ScatterPlain<V>(batch, lines, 0, lines.length, scale);
-    }
-}
-
-template <typename V>
-void ExchangeLines(Real<V>* batch, const Lines<Real<V>>& done, const Lines<Real<V>>& next, Real<V> scale) {
-    if (AreFullColumns<V>(done) && AreFullColumns<V>(next) && done.length == next.length) {
-        return ExchangeColumns<V>(batch, done, next, scale);
-    }
-    ScatterLines<V>(batch, done, scale);
-    GatherLines<V>(next, batch);
-}
 
 #else
 
-// A batch is one line.
-template <typename V>
-void GatherLines(const Lines<Real<V>>& lines, Real<V>* batch) {
-    GatherPlain<V>(lines, 0, lines.length, batch);
-}
-template <typename V>
-void ScatterLines(const Real<V>* batch, const Lines<Real<V>>& lines, Real<V> scale) {
-    ScatterPlain<V>(batch, lines, 0, lines.length, scale);
-}
-template <typename V>
-void ExchangeLines(Real<V>* batch, const Lines<Real<V>>& done, const Lines<Real<V>>& next, Real<V> scale) {
-    ScatterLines<V>(batch, done, scale);
-    GatherLines<V>(next, batch);
-}
+    // A batch is one line.
+    static void Gather(const Lines<T>& lines, T* batch) {
+        GatherPlain(lines, 0, lines.length, batch);
+    }
+    static void Scatter(T* batch, const Lines<T>& lines, T scale) {
+        ScatterPlain(batch, lines, 0, lines.length, scale);
+    }
+    static void Exchange(T* batch, const Lines<T>& done, const Lines<T>& next, T scale) {
+        Scatter(batch, done, scale);
+        Gather(next, batch);
+    }
 
 #endif
 
+    static constexpr LineTransport<T> kKernels = {Gather, Scatter, Exchange};
+};
+
 } // namespace
 
-const LineTransport<float> kLineTransportSingle = {GatherLines<BatchSingle>, ScatterLines<BatchSingle>,
-                                                   ExchangeLines<BatchSingle>};
-const LineTransport<double> kLineTransportDouble = {GatherLines<BatchDouble>, ScatterLines<BatchDouble>,
-                                                    ExchangeLines<BatchDouble>};
+const LineTransport<float> kLineTransportSingle = Transport<BatchSingle>::kKernels;
+const LineTransport<double> kLineTransportDouble = Transport<BatchDouble>::kKernels;
 
 } // namespace dft::CLARIBOX_VECTOR_CLASS

@@ -66,13 +66,19 @@ std::int32_t StoreWorkBytes(Plan& plan, std::int64_t bytes) {
     return kPlanOk;
 }
 
-/// A plan of `length` elements: `build(plan)` fills in all but the normalisation and returns a status. `*plan`, null
-/// before, is stored only with kPlanOk; what was built until another status goes to `release`.
+/// Creates a plan of `length` elements, unless `argument` is another status than kPlanOk: `build(plan)` fills in all
+/// but the normalisation and returns a status. `*plan` is null but for kPlanOk; what was built until another status
+/// goes to `release`.
 template <typename Plan, typename Build>
-std::int32_t CreatePlan(Plan** plan, double length, int norm_flag, Build build, void (*release)(Plan*)) {
-    Plan* const built = AllocateTable<Plan>(1);
+std::int32_t CreatePlan(Plan** plan, std::int32_t argument, double length, int norm_flag, Build build,
+                        void (*release)(Plan*)) {
+    if (plan == nullptr) {
+        return kPlanNullPointer;
+    }
+    *plan = nullptr;
+    Plan* const built = argument == kPlanOk ? AllocateTable<Plan>(1) : nullptr;
     if (built == nullptr) {
-        return kPlanNoMemory;
+        return argument == kPlanOk ? kPlanNoMemory : argument;
     }
     std::int32_t status = StoreNormalisation(*built, length, norm_flag);
     if (status == kPlanOk) {

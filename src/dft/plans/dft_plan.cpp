@@ -20,20 +20,13 @@ std::int32_t Run(Direction direction, const Complex<Real>* input, Complex<Real>*
 
 template <typename Real>
 std::int32_t dft_plan_create(BasicDftPlan<Real>** plan, int length, int norm_flag, int hint) {
-    if (plan == nullptr) {
-        return kPlanNullPointer;
-    }
-    *plan = nullptr;
-    if (length < 1) {
-        return kPlanBadLength;
-    }
     const auto build = [=](BasicDftPlan<Real>& built) {
         built.tag = kDftPlanTag;
         built.length = length;
         built.norm_flag = norm_flag;
         return BuildMethod<Real>(built, {length, kLargestTiny, kLargestFactor}, {}, hint);
     };
-    return CreatePlan(plan, length, norm_flag, build, dft_plan_free<Real>);
+    return CreatePlan(plan, length < 1 ? kPlanBadLength : kPlanOk, length, norm_flag, build, dft_plan_free<Real>);
 }
 
 template <typename Real>

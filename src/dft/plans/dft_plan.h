@@ -45,9 +45,7 @@ struct BasicDftPlan {
     std::int32_t power_of_two;
     std::int32_t compact_tables; ///< always 0
     std::int32_t bluestein_length;
-    Complex<Real>* direct_matrix;
-    Complex<Real>* chirp;
-    Complex<Real>* chirp_spectrum;
+    Complex<Real>*direct_matrix, *chirp, *chirp_spectrum;
     BasicFftPlan<Real>* fft_plan;
     BasicFftPlan<Real>* bluestein_fft_plan;
     std::int32_t mixed_radix;

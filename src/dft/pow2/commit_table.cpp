@@ -41,34 +41,34 @@ void FillTriples(Real* base, int log2_length) {
     }
 }
 
+/// The three lists from `lists` on, each behind its count.
 void FillLists(std::int32_t* lists, int log2_length) {
     const int bits = log2_length - 4;
     const std::int32_t blocks = 1 << bits;
-    *lists++ = blocks;
-    const std::int32_t* const reversals = lists;
+    *lists = blocks;
+    std::int32_t* const reversals = lists + 1;
+    std::int32_t* const swapCount = reversals + blocks;
+    std::int32_t* end = swapCount + 1;
     for (std::int32_t m = 0; m < blocks; ++m) {
-        *lists++ = ReverseBits(m, bits);
-    }
-    std::int32_t* count = lists++;
-    *count = 0;
-    for (std::int32_t m = 0; m < blocks; ++m) {
+        reversals[m] = ReverseBits(m, bits);
         if (m < reversals[m]) {
-            *lists++ = m;
-            ++*count;
+            *end++ = m;
         }
     }
-    count = lists++;
-    *count = 0;
+    *swapCount = static_cast<std::int32_t>(end - swapCount) - 1;
+    std::int32_t* const pairCount = end++;
+    const auto index = [=](std::int32_t m, std::int32_t place) {
+        return (place / 4 << (log2_length - 2)) + 4 * m + place % 4;
+    };
     for (std::int32_t m = 0; m < blocks; ++m) {
         for (std::int32_t place = 0; m == reversals[m] && place < 16; ++place) {
-            const std::int32_t other = ReverseBits(place, 4);
-            if (place < other) {
-                *lists++ = (place / 4 << (log2_length - 2)) + 4 * m + place % 4;
-                *lists++ = (other / 4 << (log2_length - 2)) + 4 * m + other % 4;
-                ++*count;
+            if (place < ReverseBits(place, 4)) {
+                *end++ = index(m, place);
+                *end++ = index(m, ReverseBits(place, 4));
             }
         }
     }
+    *pairCount = static_cast<std::int32_t>(end - pairCount) / 2;
 }
 
 /// Whether the twiddles are triples by block.

@@ -95,20 +95,14 @@ std::int32_t Run(Direction direction, const Complex<Real>* input, Complex<Real>*
 
 template <typename Real>
 std::int32_t fft_plan_create(BasicFftPlan<Real>** plan, int order, int norm_flag, int hint) {
-    if (plan == nullptr) {
-        return kPlanNullPointer;
-    }
-    *plan = nullptr;
-    if (order < 0 || order > kLargestOrder) {
-        return kPlanBadOrder;
-    }
     const auto build = [=](BasicFftPlan<Real>& built) {
         built.tag = kFftPlanTag;
         built.order = order;
         built.hint = hint;
         return BuildTables(built);
     };
-    return CreatePlan(plan, std::ldexp(1.0, order), norm_flag, build, fft_plan_free<Real>);
+    return CreatePlan(plan, order < 0 || order > kLargestOrder ? kPlanBadOrder : kPlanOk, std::ldexp(1.0, order),
+                      norm_flag, build, fft_plan_free<Real>);
 }
 
 template <typename Real>

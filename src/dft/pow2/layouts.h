@@ -55,37 +55,35 @@ private:
 template <typename V, typename Number = Real<V>>
 struct Interleaved {
     Number* at;
+
     Interleaved operator+(std::ptrdiff_t vectors) const { return {at + 2 * kLines<V> * vectors}; }
+    friend LaneComplex<V> Load(Interleaved from, std::ptrdiff_t k) {
+        LaneComplex<V> x;
+        simd::CLARIBOX_VECTOR_CLASS::LoadSeparated((from + k).at, x.re, x.im);
+        return x;
+    }
+    friend void Store(Interleaved to, std::ptrdiff_t k, LaneComplex<V> x) {
+        simd::CLARIBOX_VECTOR_CLASS::StoreJoined((to + k).at, x.re, x.im);
+    }
 };
-template <typename V, typename Number>
-inline LaneComplex<V> Load(Interleaved<V, Number> from, std::ptrdiff_t k) {
-    LaneComplex<V> x;
-    simd::CLARIBOX_VECTOR_CLASS::LoadSeparated((from + k).at, x.re, x.im);
-    return x;
-}
-template <typename V>
-inline void Store(Interleaved<V> to, std::ptrdiff_t k, LaneComplex<V> x) {
-    simd::CLARIBOX_VECTOR_CLASS::StoreJoined((to + k).at, x.re, x.im);
-}
 
 /// Vectors within a line, all real parts, then all imaginary ones, at any address. A vector takes the same place as in
 /// `Interleaved`, so that one layout can take the other's place.
 template <typename V>
 struct Separated {
     Real<V>* at;
+
     Separated operator+(std::ptrdiff_t vectors) const { return {at + 2 * kLines<V> * vectors}; }
+    friend LaneComplex<V> Load(Separated from, std::ptrdiff_t k) {
+        const Real<V>* const at = (from + k).at;
+        return {simd::CLARIBOX_VECTOR_CLASS::Load<V>(at), simd::CLARIBOX_VECTOR_CLASS::Load<V>(at + kLines<V>)};
+    }
+    friend void Store(Separated to, std::ptrdiff_t k, LaneComplex<V> x) {
+        Real<V>* const at = (to + k).at;
+        simd::CLARIBOX_VECTOR_CLASS::Store(at, x.re);
+        simd::CLARIBOX_VECTOR_CLASS::Store(at + kLines<V>, x.im);
+    }
 };
-template <typename V>
-inline LaneComplex<V> Load(Separated<V> from, std::ptrdiff_t k) {
-    const Real<V>* const at = (from + k).at;
-    return {simd::CLARIBOX_VECTOR_CLASS::Load<V>(at), simd::CLARIBOX_VECTOR_CLASS::Load<V>(at + kLines<V>)};
-}
-template <typename V>
-inline void Store(Separated<V> to, std::ptrdiff_t k, LaneComplex<V> x) {
-    Real<V>* const at = (to + k).at;
-    simd::CLARIBOX_VECTOR_CLASS::Store(at, x.re);
-    simd::CLARIBOX_VECTOR_CLASS::Store(at + kLines<V>, x.im);
-}
 
 /// As many adjacent columns of an array as V has lanes, read and written where they lie as if they were a batch:
 /// element k of all is a piece of row k.
@@ -96,34 +94,30 @@ struct Columns {
 
     Complex<Real<V>>* Row(std::ptrdiff_t k) const { return base + k * rowStride; }
     Columns operator+(std::ptrdiff_t rows) const { return {Row(rows), rowStride}; }
+    friend LaneComplex<V> Load(Columns from, std::ptrdiff_t k) {
+        if constexpr (kLines<V> == 1) {
+            return *from.Row(k);
+        } else {
+            return Load(Interleaved<V>{&from.Row(k)->re}, 0);
+        }
+    }
+    friend void Store(Columns to, std::ptrdiff_t k, LaneComplex<V> x) {
+        if constexpr (kLines<V> == 1) {
+            *to.Row(k) = x;
+        } else {
+            Store(Interleaved<V>{&to.Row(k)->re}, 0, x);
+        }
+    }
+    /// Prefetches row k, which will be read or written, into the second-level cache: rows that are a power of two apart
+    /// compete for few places of the first-level one. Always inlined: g++ 12 drops calls of a function that does
+    /// nothing else.
+    [[gnu::always_inline]] friend void Prefetch(Columns columns, std::ptrdiff_t k) {
+        const auto* const row = reinterpret_cast<const char*>(columns.Row(k));
+        for (std::size_t at = 0; at < 2 * sizeof(V); at += 64) {
+            __builtin_prefetch(row + at, 0, 2);
+        }
+    }
 };
-template <typename V>
-inline LaneComplex<V> Load(Columns<V> from, std::ptrdiff_t k) {
-    if constexpr (kLines<V> == 1) {
-        return *from.Row(k);
-    } else {
-        return Load(Interleaved<V>{&from.Row(k)->re}, 0);
-    }
-}
-template <typename V>
-inline void Store(Columns<V> to, std::ptrdiff_t k, LaneComplex<V> x) {
-    if constexpr (kLines<V> == 1) {
-        *to.Row(k) = x;
-    } else {
-        Store(Interleaved<V>{&to.Row(k)->re}, 0, x);
-    }
-}
-
-/// Prefetches row k, which will be read or written, into the second-level cache: rows that are a power of two apart
-/// compete for few places of the first-level one. Always inlined: g++ 12 drops calls of a function that does nothing
-/// else.
-template <typename V>
-[[gnu::always_inline]] inline void Prefetch(Columns<V> columns, std::ptrdiff_t k) {
-    const auto* const row = reinterpret_cast<const char*>(columns.Row(k));
-    for (std::size_t at = 0; at < 2 * sizeof(V); at += 64) {
-        __builtin_prefetch(row + at, 0, 2);
-    }
-}
 /// Batches are near enough.
 template <typename V>
 inline void Prefetch(LaneComplex<V>*, std::ptrdiff_t) {}
@@ -135,20 +129,15 @@ struct PrefetchedColumns {
     std::ptrdiff_t last; ///< row of the array, counted from `columns`
 
     PrefetchedColumns operator+(std::ptrdiff_t rows) const { return {columns + rows, last - rows}; }
-    std::ptrdiff_t After(std::ptrdiff_t k) const {
-        constexpr std::ptrdiff_t kAhead = 8;
-        return k + kAhead < last ? k + kAhead : last;
+    std::ptrdiff_t Later(std::ptrdiff_t k) const { return k + 8 < last ? k + 8 : last; }
+    friend LaneComplex<V> Load(PrefetchedColumns from, std::ptrdiff_t k) {
+        Prefetch(from.columns, from.Later(k));
+        return Load(from.columns, k);
+    }
+    friend void Store(PrefetchedColumns to, std::ptrdiff_t k, LaneComplex<V> x) {
+        Prefetch(to.columns, to.Later(k));
+        Store(to.columns, k, x);
     }
 };
-template <typename V>
-inline LaneComplex<V> Load(PrefetchedColumns<V> from, std::ptrdiff_t k) {
-    Prefetch(from.columns, from.After(k));
-    return Load(from.columns, k);
-}
-template <typename V>
-inline void Store(PrefetchedColumns<V> to, std::ptrdiff_t k, LaneComplex<V> x) {
-    Prefetch(to.columns, to.After(k));
-    Store(to.columns, k, x);
-}
 
 } // namespace dft::CLARIBOX_VECTOR_CLASS

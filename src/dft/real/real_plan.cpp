@@ -63,20 +63,13 @@ std::int32_t BuildTables(BasicRealDftPlan<Real>& plan, int hint) {
 
 template <typename Real>
 std::int32_t real_plan_create(BasicRealDftPlan<Real>** plan, int length, int norm_flag, int hint) {
-    if (plan == nullptr) {
-        return kPlanNullPointer;
-    }
-    *plan = nullptr;
-    if (length < 1) {
-        return kPlanBadLength;
-    }
     const auto build = [=](BasicRealDftPlan<Real>& built) {
         built.tag = kRealPlanTag;
         built.length = length;
         built.norm_flag = norm_flag;
         return BuildTables(built, hint);
     };
-    return CreatePlan(plan, length, norm_flag, build, real_plan_free<Real>);
+    return CreatePlan(plan, length < 1 ? kPlanBadLength : kPlanOk, length, norm_flag, build, real_plan_free<Real>);
 }
 
 template <typename Real>
