@@ -83,7 +83,7 @@ public:
     void SetMotionDegree(int degree);
     int GetMotionDegree() const;
 
-    /// Blurs with a bell of side 2*radius+1 that falls to one half at a distance of 2*radius. Above
+    /// Blurs with a Gaussian of side 2*radius+1 that falls to one half at a distance of 2*radius. Above
     /// `FoMaxSafeBlurRadius`, bright areas wrap at 32 bits and turn dark.
     void Blur(unsigned char* pixels, FoPixelFmt format, int pitch);
 
@@ -115,7 +115,7 @@ public:
 
     /// The same in the coordinates of the full picture: all four doubled above `FoHalfSizePixels`, with no bound by
     /// the picture's size. A picture of exactly so many pixels, already looked at in half size, still reports the
-    /// half-size coordinates: required.
+    /// half-size coordinates: required (EstRectTest).
     void GetEstRectActSize(int& left, int& top, int& right, int& bottom) const;
 
 private:
@@ -137,7 +137,7 @@ private:
     /// leaves it where no square fits.
     void Probe_Region(unsigned char* plane, int width, int height);
     /// Stores, for each sample, its distance from the mean of its 11 by 11 neighbours, or 0 below `threshold`. In the
-    /// band of 5 at the edges the distance is the sample itself: required. `spare` is not read.
+    /// band of 5 at the edges the distance is the sample itself: required (EstRegionTest). `spare` is not read.
     void GetEdgeMap(unsigned char* plane, unsigned char* map, int spare, int threshold);
     /// Luminance of a red, a green and a blue plane; white becomes 254.
     void CvtToPlaneY(unsigned char* y, unsigned char* first, unsigned char* second, unsigned char* third);

@@ -13,12 +13,12 @@
 /// floats of each in 32 bits. Nothing tests it: for larger ones the counts wrap and too little is allocated.
 inline constexpr std::int32_t ChMaxTransformElements = (std::int32_t{1} << 30) - 1;
 
-/// Fills `psf`, made `rows` by `cols`, with the bell 2^-(r^2 / sigma^2), r being the distance from the middle in
+/// Fills `psf`, made `rows` by `cols`, with the Gaussian 2^-(r^2 / sigma^2), r being the distance from the middle in
 /// pixels. `sigma` is the half width at half maximum, not a standard deviation. Neither thresholds nor normalises. A
 /// sigma of 0 gives NaN on the centre and 0 elsewhere.
 CLARIBOX_API void ChMakeGaussianPSF(ChMatrix<float>& psf, int rows, int cols, double sigma);
 
-/// Fills `psf`, made square with side 2*length+1, with a ray from its centre whose weight falls as
+/// Fills `psf`, made square with side 2*length+1, with a line from its centre whose weight falls as
 /// exp(-d^2 / length^2). `degree` counts counter-clockwise from the right; any degree from -360 on is reduced to a full
 /// turn, one below -360 keeps a negative remainder. A `length` of 0 gives a single 0. Not normalised.
 CLARIBOX_API void ChMakeMotionPSF(ChMatrix<float>& psf, int length, int degree);

@@ -7,8 +7,4 @@
 #include "none-below-C++20" // missing on purpose: no other errors follow the one above
 #endif
 
-#if defined(_WIN32)
-#define CLARIBOX_API
-#else
 #define CLARIBOX_API __attribute__((visibility("default")))
-#endif

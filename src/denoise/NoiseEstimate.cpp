@@ -14,6 +14,7 @@
 namespace denoise {
 namespace {
 
+// All given: results depend on each. ProbeRegion pins those of the search, NoiseEstimateTest those of the measurement.
 constexpr int kBlock = 8;                        // side in pixels of a block of statistics
 constexpr int kSquareBlocks = kEstSide / kBlock; // side of a candidate square in blocks
 constexpr double kBlocks = kSquareBlocks * kSquareBlocks;
@@ -64,7 +65,7 @@ Statistics OfBlock(const unsigned char* pixels, int stride) {
 SquareCorner FlattestSquare(const unsigned char* plane, int width, int height, SquareCorner otherwise) {
     const int columns = width / kBlock;
     const int rows = height / kBlock;
-    // Neither the last row nor the last column of squares is tried. Required; NoiseEstimateTest pins it.
+    // Neither the last row nor the last column of squares is tried. Required; ProbeRegion pins it.
     if (rows <= kSquareBlocks || columns <= kSquareBlocks) {
         return otherwise;
     }

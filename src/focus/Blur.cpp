@@ -10,7 +10,7 @@ void CImageFocus::Blur(unsigned char* pixels, FoPixelFmt format, int pitch) {
     focus::FoPlaneSet planes(m_Width, m_Height);
     planes.Split(pixels, format, pitch);
     const int side = kernels::WrapAdd(kernels::WrapMultiply(2, m_Radius), 1);
-    // A bell twice as wide as the kernel's half: the edge still weighs 0.84 of the middle, close to a box with soft
+    // A Gaussian twice as wide as the kernel's half: the edge still weighs 0.84 of the middle, close to a box with soft
     // corners.
     ChMakeGaussianPSF(kernel, side, side, 2.0 * m_Radius);
     for (unsigned char* const plane : planes.All()) {

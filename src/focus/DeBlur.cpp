@@ -12,15 +12,16 @@
 namespace focus {
 namespace {
 
-// Relative noise power the restoration assumes, by radius. Entry 0 is never reached through DeBlur.
+// Given: the noise power, relative to the picture, that the restoration assumes at each radius. Larger values blur the
+// restored picture more. Entry 0 is never reached through DeBlur. FocusOperationsTest pins the table.
 constexpr float DeconvNoiseByRadius[11] = {0.0f, 0.01f, 0.1f, 0.14f, 0.2f, 0.24f, 0.24f, 0.24f, 0.24f, 0.24f, 0.24f};
 
-// Correlation of neighbouring picture points that the restoration assumes.
+// Given: the correlation of neighbouring pixels in the picture before it was blurred. Pinned by FocusOperationsTest.
 constexpr float kCorrelation = 0.5f;
 
 // Stores in `noiseFactor` the one it uses.
 void MakeRestorationKernel(ChMatrix<float>& kernel, int radius, float& noiseFactor) {
-    ChMakeCirclePSF(kernel, 2 * radius + 1, 0.66 * radius); // a disc a third smaller than the radius set
+    ChMakeCirclePSF(kernel, 2 * radius + 1, 0.66 * radius); // given: a disc a third smaller than the radius set
     noiseFactor = DeconvNoiseByRadius[radius];
     ChMakeDeconvMatrix(kernel, kCorrelation, noiseFactor);
 }

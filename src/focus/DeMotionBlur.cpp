@@ -10,7 +10,8 @@
 namespace focus {
 namespace {
 
-// Relative noise power that the restoration assumes.
+// Given: the relative noise power that the restoration assumes. Pinned by
+// InverseFilterTest.MotionDeblurEqualsItsDefinitionInBothForms.
 constexpr float kNoise = 0.06f;
 
 // The inverse spectrum of a motion kernel for the extended picture; three workers may read it at once. The kernel lives

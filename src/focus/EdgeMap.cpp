@@ -12,11 +12,12 @@
 namespace focus {
 namespace {
 
-constexpr int kReach = 5;
+constexpr int kReach = 5; // given: half of the side of 11 over which a mean is taken
 constexpr int kBox = 2 * kReach + 1;
 
 // Sums of `kBox` rows, column by column. A plane narrower than a box has the columns of one box nevertheless: rows then
-// run on into the next, as required, and behind the plane's last byte there is nothing to add.
+// run on into the next, as required (EstRegionTest.TheEdgeMapIsTheDistanceFromTheMean), and behind the plane's last
+// byte there is nothing to add.
 class BoxColumns {
 public:
     BoxColumns(const std::uint8_t* plane, int width, int height)
@@ -43,7 +44,7 @@ private:
 };
 
 // Box means of all pixels whose box lies inside the plane. Required: in a plane narrower than a box the first mean of a
-// row is formed all the same, and stored 5 bytes from the start of the row.
+// row is formed all the same, and stored 5 bytes from the start of the row. The same test pins it.
 void StoreMeans(const std::uint8_t* plane, std::uint8_t* means, int width, int height) {
     BoxColumns columns(plane, width, height);
     for (int row = 0; row < kBox - 1; ++row) {

@@ -56,7 +56,7 @@ struct BlockPosition {
 };
 
 // The first window of the highest score, rows before columns. Required: the last position in each direction is not
-// tried. There is at least one window.
+// tried (EstRegionTest.TheBusiestSquareIsTheFirstOfTheBest). There is at least one window.
 BlockPosition BusiestWindow(const std::uint8_t* plane, int width, int rows, int cols, int side) {
     const auto colCount = static_cast<std::size_t>(cols);
     const BlockStatistics& statistics = ActiveBlockStatistics();
@@ -105,6 +105,7 @@ void CImageFocus::Probe_Region(unsigned char* plane, int width, int height) {
     const int side = m_EstSize / m_EstBlock;
     if (rows <= side || cols <= side) {
         return; // required: the region stays where an earlier picture had it
+                // (MotionGuess.OfPackedPixelsIsThatOfThePlainForm)
     }
     const focus::BlockPosition best = focus::BusiestWindow(plane, width, rows, cols, side);
     m_EstLeft = best.col * m_EstBlock;
@@ -112,7 +113,8 @@ void CImageFocus::Probe_Region(unsigned char* plane, int width, int height) {
 }
 
 void CImageFocus::GetEstRect(int& left, int& top, int& right, int& bottom) const {
-    // Required: the object's size decides, also where a plane of half the size was looked at.
+    // Required: the object's size decides, even where the region was found on a plane of half the size. Pinned by
+    // EstRectTest.IsToldByTheFullSize.
     left = m_EstLeft;
     top = m_EstTop;
     right = m_Width > m_EstSize ? left + m_EstSize : m_Width - 1;

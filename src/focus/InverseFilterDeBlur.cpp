@@ -20,9 +20,9 @@ void CImageFocus::DeBlur_Inv(unsigned char* first, unsigned char* second, unsign
     const focus::ExtendedSize extended(m_Width, m_Height);
     ChMatrix<float> psf;
     const int side = kernels::WrapAdd(kernels::WrapMultiply(2, m_Radius), 1);
-    ChMakeCirclePSF(psf, side, 0.66 * m_Radius); // a disc a third smaller than the radius set
+    ChMakeCirclePSF(psf, side, 0.66 * m_Radius); // given, as in DeBlur
     const auto scratch = std::make_unique_for_overwrite<unsigned char[]>(extended.Count());
-    m_NoiseFactor = 0.04f;
+    m_NoiseFactor = 0.04f; // given: relative noise power; InverseFilterTest.FocusDeblurEqualsItsDefinition pins both
     DFT_Buffer inverse(extended.Count(), 0);
     focus::MakeInverse(inverse, psf, extended, m_NoiseFactor);
     for (unsigned char* const plane : {first, second, third}) {

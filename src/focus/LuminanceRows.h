@@ -17,7 +17,7 @@ struct LuminanceRows {
     void (*GuessEverySecond)(const PlaneRow& planes, std::uint8_t* luminance, int count);
 
     /// (19595 * red + 38469 * green + 7471 * blue) / 65536, truncated. Required: the weights add up to 65535, so that
-    /// white is 254.
+    /// white is 254 (EstRegionTest.TheLuminancePlaneIsWeighedWith65535Parts).
     void (*Video)(const PlaneRow& planes, std::uint8_t* luminance, int count);
 };
 

@@ -20,8 +20,9 @@ int CImageFocus::GuessMotionDegree(unsigned char* pixels, FoPixelFmt format, int
     Probe_Region(plane.Samples(), plane.Width(), plane.Height());
     focus::EstRect rect;
     GetEstRect(rect.left, rect.top, rect.right, rect.bottom);
-    // Required: the rectangle is told by the full size, and may lie where an earlier picture had it. It may reach
-    // beyond the plane, to the right, where rows are read on into the next, and at the bottom, where the plane ends.
+    // Required: the rectangle comes from the full size, and may lie where an earlier picture had it. It may reach
+    // beyond the plane, to the right, where rows run on into the next, and at the bottom, where the plane ends.
+    // MotionGuess.OfPackedPixelsIsThatOfThePlainForm pins it.
     rect = focus::TrimBottom(rect, plane.Width(), plane.Height());
     m_GuessedDegree = ChGuessMotionDirection(plane.Samples(), plane.Width(), plane.Height(), rect.left, rect.top,
                                              rect.right, rect.bottom);

@@ -42,7 +42,7 @@ struct KernelTableAtLoad {
     KernelTableAtLoad() {
         const KernelTableBase* const filler = new KernelTableFiller;
         delete filler;
-        // Required, though without effect: the slots outlive all code that could call them.
+        // Required, though without effect, so that no test can pin it: the slots outlive all code that could call them.
         std::atexit(DoNothing);
     }
 };

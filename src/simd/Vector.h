@@ -215,6 +215,46 @@ struct F64Pair {
     F64 high;
 };
 
+/// The lanes of x as doubles, the lower half of them in `low`.
+inline F64Pair Widen(F32 x) {
+#if defined(CLARIBOX_VECTOR_AVX512)
+    return {_mm512_maskz_cvtps_pd(0xFF, _mm512_castps512_ps256(x)),
+            _mm512_maskz_cvtps_pd(0xFF, _mm512_extractf32x8_ps(x, 1))};
+#elif defined(CLARIBOX_VECTOR_AVX2)
+    return {_mm256_cvtps_pd(_mm256_castps256_ps128(x)), _mm256_cvtps_pd(_mm256_extractf128_ps(x, 1))};
+#elif defined(CLARIBOX_VECTOR_SSE2)
+    return {_mm_cvtps_pd(x), _mm_cvtps_pd(_mm_movehl_ps(x, x))};
+#else
+    F64Pair wide{};
+    for (int k = 0; k < kLanes<double>; ++k) {
+        wide.low[k] = static_cast<double>(x[k]);
+        wide.high[k] = static_cast<double>(x[k + kLanes<double>]);
+    }
+    return wide;
+#endif
+}
+
+/// Each lane rounded to float.
+inline F32 Narrow(F64Pair wide) {
+#if defined(CLARIBOX_VECTOR_AVX512)
+    return _mm512_insertf32x8(_mm512_castps256_ps512(_mm512_maskz_cvtpd_ps(0xFF, wide.low)),
+                              _mm512_maskz_cvtpd_ps(0xFF, wide.high), 1);
+#elif defined(CLARIBOX_VECTOR_AVX2)
+    return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm256_cvtpd_ps(wide.low)), _mm256_cvtpd_ps(wide.high), 1);
+#elif defined(CLARIBOX_VECTOR_SSE2)
+    return _mm_movelh_ps(_mm_cvtpd_ps(wide.low), _mm_cvtpd_ps(wide.high));
+#else
+    F32 x{};
+    for (int k = 0; k < kLanes<double>; ++k) {
+        volatile float low = static_cast<float>(wide.low[k]); // a store, which rounds in x87 code too
+        volatile float high = static_cast<float>(wide.high[k]);
+        x[k] = low;
+        x[k + kLanes<double>] = high;
+    }
+    return x;
+#endif
+}
+
 /// The doubles of columns 0 .. 2 * kLanes<std::int32_t> - 1, from any address.
 inline SplitColumns<F64Pair> LoadSplit(const double* address) {
 #if defined(CLARIBOX_VECTOR_AVX512)

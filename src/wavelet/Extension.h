@@ -6,7 +6,8 @@
 
 namespace wavelet {
 
-/// What the two ends of a line do: kind 1 mirrors about the last sample, kind 2 about the gap behind it.
+/// What the two ends of a line do: kind 1 is whole-sample symmetric, mirrored about the last sample,
+/// kind 2 half-sample symmetric, mirrored about the gap behind it.
 ///
 ///     kind 1:  d c b | a b c d      kind 2:  c b a | a b c d      kind 2, sign -1:  -c -b -a | a b c d
 struct MirrorEnds {

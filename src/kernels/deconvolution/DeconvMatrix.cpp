@@ -36,7 +36,8 @@ int PairIndex(int u, int v) {
 }
 
 /// Fills `normal`, made T by T: element (J, I) is the coefficient of unknown J in equation I. `blurred` is the
-/// autocorrelation of the blurred picture, (4h + 1) square. The sums are required to be floats, rounded at each step.
+/// autocorrelation of the blurred picture, (4h + 1) square. The sums are required to be floats, rounded at each step;
+/// DeconvMatrixTest.SolvesTheNormalEquationsOfTheWholeSquare pins it.
 void BuildNormalMatrix(ChMatrix<float>& normal, const ChMatrix<float>& blurred, int half, float noise) {
     const int unknowns = PairIndex(half, half) + 1;
     normal.Create(unknowns, unknowns);
@@ -79,7 +80,8 @@ ChMatrix<double> SolveWeights(const ChMatrix<float>& normal, const ChMatrix<floa
     ChMatrixToDouble(solution, right);
     ChMatrixToDouble(matrix, normal);
     const std::unique_ptr<int[]> pivots(new int[static_cast<std::size_t>(matrix.m_Rows)]);
-    int info = 0; // not looked at: for a singular matrix the right-hand side is required as the result
+    int info =
+        0; // ignored: a singular matrix is required to leave the right-hand side (DeconvMatrixTest.ASingularSystem...)
     const kernels::DefaultFloatingMode mode;
     dgesv_(&matrix.m_Rows, &right.m_Cols, matrix.m_Data, &matrix.m_Rows, pivots.get(), solution.m_Data, &right.m_Rows,
            &info);

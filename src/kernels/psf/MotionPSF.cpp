@@ -10,16 +10,17 @@ using kernels::RoundToFloat;
 
 namespace {
 
-/// One step along the ray in pixels, and where the sampling ends, counted in steps.
-struct Ray {
+/// One step along the motion line in pixels, and where the sampling ends, counted in steps.
+struct MotionLine {
     float stepX;
     float stepY;
     float end;
 };
 
 // Every float here is a required rounding: the kernel's elements are found by truncating multiples of the step.
-Ray TraceRay(int length, int degree) {
-    const int angle = kernels::WrapAdd(degree, 360) % 360; // stays negative below -360, as required
+// PointSpreadTest.MotionKernelsAgreeBitForBit pins them.
+MotionLine TraceLine(int length, int degree) {
+    const int angle = kernels::WrapAdd(degree, 360) % 360; // required to stay negative below -360 (PointSpreadTest)
     const int halfTurn = angle % 180;
     const float theta = RoundToFloat(halfTurn / 180.0 * static_cast<double>(kernels::PIF));
     const double sine = std::sin(static_cast<double>(theta));
@@ -45,12 +46,12 @@ void ChMakeMotionPSF(ChMatrix<float>& psf, int length, int degree) {
     const int side = kernels::WrapAdd(kernels::WrapMultiply(2, length), 1);
     psf.Create(side, side);
     psf.Zero();
-    const Ray ray = TraceRay(length, degree);
+    const MotionLine line = TraceLine(length, degree);
     const double lengthSquared = kernels::WrapMultiply(length, length);
-    // A real counter, since at shallow angles the ray of a long kernel has more samples than an int can count.
-    for (double k = 0.0; k < static_cast<double>(ray.end); k += 1.0) {
-        const double p = k * static_cast<double>(ray.stepX);
-        const double q = k * static_cast<double>(ray.stepY);
+    // A real counter, since at shallow angles the line of a long kernel has more samples than an int can count.
+    for (double k = 0.0; k < static_cast<double>(line.end); k += 1.0) {
+        const double p = k * static_cast<double>(line.stepX);
+        const double q = k * static_cast<double>(line.stepY);
         const double x = std::trunc(p) + length;
         const double y = std::trunc(q) + length;
         if (x >= 0.0 && x < side && y >= 0.0 && y < side) { // false for NaN, so that the conversions are defined
