@@ -5,8 +5,8 @@
 namespace dft {
 namespace {
 
-// The threading runtime orders memory at fork and join by means that the thread sanitizer cannot see. The atomics say
-// the same in its language; beside a fork they cost nothing.
+// The thread sanitizer cannot see how the runtime orders memory at fork and join; the atomics say the same in its
+// terms.
 struct Region {
     void (*run)(void* work, int chunk);
     void* work;
@@ -14,14 +14,14 @@ struct Region {
     std::atomic<int> ended{0};
 };
 
-// Not inlined: the first read of shared memory that the sanitizer sees stands behind the acquire.
+// Not inlined: the first read of shared memory that the sanitizer sees comes after the acquire.
 [[gnu::noinline]] void RunOne(Region& region, int chunk) {
     static_cast<void>(region.forked.load(std::memory_order_acquire));
     region.run(region.work, chunk);
     region.ended.fetch_add(1, std::memory_order_release);
 }
 
-// Compilers hand `region` to the threads through a block of their own, on which no atomic of ours stands.
+// Compilers pass `region` to the threads in a block of their own, which no atomic of ours guards.
 [[gnu::noinline]] __attribute__((no_sanitize("thread"))) void ForkAndJoin(int chunks, int threads, Region* region) {
 #pragma omp parallel for num_threads(threads) schedule(static) default(none) shared(chunks, region)
     for (int chunk = 0; chunk < chunks; ++chunk) {

@@ -1,4 +1,4 @@
-// Fork and join: the parallel regions of the engine, how work is cut into chunks, and the status of all.
+// Fork and join: parallel regions, the chunks of work in them, and their common status.
 #pragma once
 
 #include "dft/base/record.h"
@@ -9,10 +9,9 @@
 
 namespace dft {
 
-/// Calls run(work, chunk) for every chunk below `chunks`, on up to `threads` threads, each with a run of adjacent
-/// chunks (OpenMP's static schedule), and returns when all have ended. What the caller wrote before is seen by every
-/// chunk, and what the chunks wrote by the caller afterwards. Fewer threads serve where the runtime grants no more,
-/// down to the calling one alone. Nothing happens for `chunks` below 1.
+/// Calls run(work, chunk) for every chunk on up to `threads` threads, each taking adjacent chunks (OpenMP's static
+/// schedule), and returns when all have ended. Memory is ordered at both ends. If the runtime grants fewer threads,
+/// fewer serve, at worst the calling one. Does nothing for `chunks` below 1.
 void RunChunks(int chunks, int threads, void (*run)(void* work, int chunk), void* work);
 
 /// The same with work(chunk).
@@ -29,8 +28,7 @@ struct Slice {
     std::ptrdiff_t count;
 };
 
-/// The slice of `record` that chunk `chunk` of `chunks` takes: runs of ceil(length / chunks) positions, the last cut at
-/// the end; surplus chunks get none.
+/// The share of chunk `chunk`: ceil(length / chunks) positions, cut at the end; surplus chunks get none.
 inline Slice ChunkOf(int record, std::ptrdiff_t length, int chunks, int chunk) {
     const std::ptrdiff_t size = length / chunks + (length % chunks != 0 ? 1 : 0);
     const std::ptrdiff_t first = chunk * size < length ? chunk * size : length;

@@ -1,7 +1,7 @@
-// Tables of kernels, which each vector class fills for both precisions, and batches, which most of them take.
+// Tables of kernels, filled by each vector class for both precisions, and batches, which most kernels take.
 //
-// A batch holds element k of several lines together: BatchLanes<Real>() real parts, then as many imaginary parts, so
-// that a batch of one line is an ordinary array of complex elements.
+// A batch holds element k of several lines together: BatchLanes<Real>() real parts, then as many imaginary parts. A
+// batch of one line is an ordinary array of complex elements.
 #pragma once
 
 #include "dft/base/complex.h"

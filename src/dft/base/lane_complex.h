@@ -1,17 +1,16 @@
-// Complex arithmetic on one element (V = float or double) or on the same element of several lines, one a lane
-// (V = a vector). Every pass is a template of V, so that a line gets the same bytes alone and beside others. For vector
-// sources only.
+// Complex arithmetic on one element (V = float or double) or on one element of several lines, a lane each (V = a
+// vector). Every pass is a template of V, so a line gets the same bytes alone and in a batch. For vector sources only.
 #pragma once
 
 #include "dft/base/complex.h"
 #include "simd/Vector.h"
 
 #include <type_traits>
-#include <utility>
 
 namespace dft::CLARIBOX_VECTOR_CLASS {
 
-// Without SSE the x87 unit rounds by how a compiler arranges its code: there a batch is one line, by the same code.
+// Without SSE, rounding depends on how the compiler arranges x87 code: a batch is one line there, run by the same
+// code.
 #if defined(CLARIBOX_VECTOR_Portable)
 using BatchSingle = float;
 using BatchDouble = double;
@@ -20,22 +19,17 @@ using BatchSingle = simd::CLARIBOX_VECTOR_CLASS::F32;
 using BatchDouble = simd::CLARIBOX_VECTOR_CLASS::F64;
 #endif
 
-template <typename V>
-struct RealOf {
-    using Type = std::remove_reference_t<decltype(std::declval<V&>()[0])>;
-};
-template <>
-struct RealOf<float> {
-    using Type = float;
-};
-template <>
-struct RealOf<double> {
-    using Type = double;
-};
-
 /// The element type of V.
 template <typename V>
-using Real = typename RealOf<V>::Type;
+constexpr auto ElementOf(V x) {
+    if constexpr (std::is_arithmetic_v<V>) {
+        return x;
+    } else {
+        return x[0];
+    }
+}
+template <typename V>
+using Real = decltype(ElementOf(V{}));
 
 template <typename V>
 inline constexpr int kLines = static_cast<int>(sizeof(V) / sizeof(Real<V>));

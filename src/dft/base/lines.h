@@ -20,8 +20,8 @@ struct Lines {
     std::ptrdiff_t length;
 };
 
-/// Copies `count` elements, source[k * sourceStride] to destination[k * destinationStride]; none for a count below 1.
-/// The two do not overlap unless they are the same.
+/// source[k * sourceStride] to destination[k * destinationStride] for k below `count`; the two are the same or
+/// disjoint.
 template <typename Element>
 void dft_copy_strided(std::ptrdiff_t count, const Element* source, std::ptrdiff_t sourceStride, Element* destination,
                       std::ptrdiff_t destinationStride) {
@@ -30,7 +30,7 @@ void dft_copy_strided(std::ptrdiff_t count, const Element* source, std::ptrdiff_
     }
 }
 
-/// Whether no two lines share an element, as far as blocks of lines and interleaved lines go.
+/// Whether no two lines share an element, judged by blocks of lines and interleaved lines.
 template <typename Real>
 bool AreApart(const Lines<Real>& lines) {
     const auto span = [](std::ptrdiff_t count, std::ptrdiff_t stride) {

@@ -1,4 +1,4 @@
-// The status codes of plans, how their results are scaled, and what their statuses mean to a job.
+// Status codes of plans and the normalisations they offer.
 #pragma once
 
 #include "dft/base/record.h"

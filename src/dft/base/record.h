@@ -1,5 +1,4 @@
-// The record that describes one dimension of a job, its codes and the results of all operations (dft.h has the
-// operations).
+// The record of one dimension of a job, its codes, and the status of every operation.
 #pragma once
 
 #include "dft/base/complex.h"
@@ -8,7 +7,7 @@
 
 namespace dft {
 
-/// Values of the configuration fields of a descriptor: one numbering for all, and a field holds the number itself.
+/// Values of a descriptor's configuration fields, in one numbering.
 enum DftCode : std::int32_t {
     DFT_COMMITTED = 30,       ///< `commit_state` after commit
     DFT_UNCOMMITTED = 31,     ///< `commit_state` after creation
@@ -51,10 +50,9 @@ struct BasicDftPlan;
 template <typename Real>
 struct BasicRealDftPlan;
 
-/// One-dimensional routine of a record: transforms `length` elements at unit stride from input to output, which may be
-/// the same, and multiplies by the scale factor of its direction. `work` holds the record's `workspace_need` bytes, or
-/// is null: then the routine takes what it needs from the engine's memory. Power-of-two routines work in place on
-/// `input` and look at nothing else. DFT_OK or another status.
+/// A record's descriptor routine: transforms `length` elements at unit stride from input to output, which may be the
+/// same, and applies the scale factor of its direction. `work` has the record's `workspace_need` bytes; if null, the
+/// routine allocates engine memory. Power-of-two routines work in place on `input` alone. DFT_OK or another status.
 using DftRoutine = std::int32_t (*)(void* input, void* output, DftDescriptor* record, void* work);
 
 /// Threaded one-dimensional power-of-two routine, in place at unit stride on up to `threads` threads.
@@ -63,8 +61,8 @@ using DftThreadedRoutine = std::int32_t (*)(void* data, std::int32_t threads, Df
 /// Real transform of a `BasicRealDftPlan` to or from one packed layout. A plan status (plans/dft_plan.h).
 using DftPackRoutine = std::int32_t (*)(const void* input, void* output, const void* plan, void* work);
 
-/// One record a dimension, in one block, the fastest-varying dimension (record 0, the head) first. Strides, offsets and
-/// distances are counted in elements. Created by `dfti_create_descriptor`; opaque to callers.
+/// One record per dimension, in one block, the fastest-varying first (record 0, the head). Strides, offsets and
+/// distances count elements. Created by `dfti_create_descriptor`; opaque to callers.
 struct DftDescriptor {
     char tag[3]; ///< 'D', 'F', 'T'
     std::int32_t cfg_a;
@@ -105,8 +103,8 @@ struct DftDescriptor {
     BasicRealDftPlan<double>* plan_real_double;
     std::int32_t workspace_need;  ///< bytes of work memory of this dimension's plan
     std::int32_t workspace_bytes; ///< head: the largest need of all records; 0 if that is 16 or less
-    /// head: 1 if a single call of record 0's routine is the whole job. A real job that would be one but for its number
-    /// of transforms holds that number, and runs as any other.
+    /// head: 1 if one call of record 0's routine is the whole job. A real job of several transforms has their number
+    /// here.
     std::int32_t one_shot;
 };
 

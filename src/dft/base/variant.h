@@ -38,12 +38,12 @@ struct ProcessorIdentity {
 /// -1 until selected, then 0 to 3.
 extern std::atomic<std::int32_t> dft_variant_code;
 
-/// The code of the variant in force, chosen at the first call: by the environment variable `CLARIBOX_DFT_VARIANT`, else
-/// by the processor.
+/// The variant in force, chosen at the first call: by the environment variable `CLARIBOX_DFT_VARIANT`, else by
+/// processor.
 std::int32_t dft_select_variant();
 
-/// The code that a value of the environment variable asks for: a number from 1 to 3 as atoi reads it, or exactly "0".
-/// -1 for any other. No more than 32 characters are looked at.
+/// The code a value of the environment variable asks for: 1 to 3 as atoi reads it, or exactly "0"; -1 for any other.
+/// Only the first 32 characters count.
 std::int32_t dft_variant_of_override(std::string_view value);
 
 /// The code for a processor.

@@ -4,7 +4,6 @@
 #include "dft/base/variant.h"
 #include "dft/memory/engine_memory.h"
 #include "dft/plans/dft_plan.h"
-#include "dft/plans/general_routines.h"
 #include "dft/pow2/pow2.h"
 #include "dft/real/real_routines.h"
 
@@ -14,10 +13,6 @@
 
 namespace dft {
 namespace {
-
-bool IsPowerOfTwo(const DftDescriptor& record) {
-    return std::has_single_bit(static_cast<std::uint32_t>(record.length));
-}
 
 bool HasUnitStrides(const DftDescriptor& record) {
     return record.input_stride == 1 && record.output_stride == 1;
@@ -86,7 +81,7 @@ std::int32_t BuildPowerOfTwo(DftDescriptor& record) {
 
 template <typename Real>
 std::int32_t Build(DftDescriptor& record) {
-    record.general_length = IsPowerOfTwo(record) ? 0 : 1;
+    record.general_length = std::has_single_bit(static_cast<std::uint32_t>(record.length)) ? 0 : 1;
     if (record.forward_domain != DFT_COMPLEX) {
         return InstallReal<Real>(record);
     }

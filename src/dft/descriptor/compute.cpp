@@ -25,12 +25,6 @@ std::int32_t ComputeJob(DftDescriptor* head, Direction direction, void* data, vo
     return RoutineOf<Real>(*head, direction)(from + head->input_offset, result, head, work.data());
 }
 
-template <typename Real>
-std::int32_t ComputeByDomain(DftDescriptor* head, Direction direction, void* data, void* output) {
-    return head->forward_domain == DFT_COMPLEX ? ComputeJob<Real, Complex<Real>>(head, direction, data, output)
-                                               : ComputeJob<Real, Real>(head, direction, data, output);
-}
-
 } // namespace
 
 std::int32_t Compute(DftDescriptor* head, Direction direction, void* data, void* output) {
@@ -43,8 +37,11 @@ std::int32_t Compute(DftDescriptor* head, Direction direction, void* data, void*
     if (head->commit_state == DFT_UNCOMMITTED) {
         return DFT_NOT_COMMITTED;
     }
-    return head->precision == DFT_SINGLE ? ComputeByDomain<float>(head, direction, data, output)
-                                         : ComputeByDomain<double>(head, direction, data, output);
+    const bool isComplex = head->forward_domain == DFT_COMPLEX;
+    const auto job = head->precision == DFT_SINGLE
+                         ? (isComplex ? ComputeJob<float, Complex<float>> : ComputeJob<float, float>)
+                         : (isComplex ? ComputeJob<double, Complex<double>> : ComputeJob<double, double>);
+    return job(head, direction, data, output);
 }
 
 } // namespace dft

@@ -17,8 +17,8 @@ std::int32_t CommitDescriptor(DftDescriptor* const* handle);
 /// As dfti_free_descriptor.
 std::int32_t FreeDescriptor(DftDescriptor** handle);
 
-/// As dfti_compute_forward and dfti_compute_backward, in place or out of place, complex or real, single or double as
-/// the head's fields read: sixteen cases of one routine.
+/// As dfti_compute_forward and dfti_compute_backward: in place or out of place, complex or real, single or double, as
+/// the head's fields say.
 std::int32_t Compute(DftDescriptor* head, Direction direction, void* data, void* output);
 
 /// Releases the plans and tables of all records, from the last of the chain back to the head.

@@ -1,17 +1,18 @@
 #include "dft/dft.h"
 
-#include "dft/base/scale_vector.h"
 #include "dft/descriptor/descriptor_routines.h"
 #include "dft/dispatch/dft_dispatch.h"
 
 #include <cstdarg>
 #include <cstdint>
 
+extern "C" void sscal_(const int* count, const float* scale, float* x, const int* increment);
+
 namespace dft {
 namespace {
 
-/// Holds the x87 control word at 64 bits of mantissa, round to nearest, all exceptions masked, and gives the caller's
-/// own back at the end. MXCSR stays as it is.
+/// Holds the x87 control word at 64 bits of mantissa, round to nearest, all exceptions masked, and restores the
+/// caller's. MXCSR stays as it is.
 class EngineControlWord {
 public:
     EngineControlWord() {
@@ -28,13 +29,23 @@ private:
     std::uint16_t m_Caller;
 };
 
-/// Calls routine(arguments) under the engine's control word, with the variant in force. The four variants share their
-/// routines: they differ in their DftTuning.
+/// Calls routine(arguments) under the engine's control word, with the variant in force. The variants share all
+/// routines and differ only in their DftTuning.
 template <typename Result, typename... Parameters, typename... Arguments>
 Result Dispatch(Result (*routine)(Parameters...), Arguments... arguments) {
     const EngineControlWord controlWord;
     dft_select_variant();
     return routine(arguments...);
+}
+
+void ScaleVector(const int* count, const float* scale, float* x, const int* increment) {
+    if (*count < 1) {
+        return;
+    }
+    // The linked routine does nothing for a negative increment.
+    const auto magnitude = static_cast<unsigned int>(*increment);
+    const int step = static_cast<int>(*increment < 0 ? 0 - magnitude : magnitude);
+    sscal_(count, scale, x, &step);
 }
 
 } // namespace

@@ -13,8 +13,8 @@ namespace {
 /// A slice that confines nothing.
 constexpr Slice kWhole = {-1, 0, 0};
 
-/// One compute call. All passes work in place; `m_Side` says which strides, offset and distance lay the array out. The
-/// serial and the parallel form meet in the same passes, so that they give the same bytes.
+/// One compute call. All passes work in place; `m_Side` names the strides, offset and distance in force. Serial and
+/// parallel form share their passes, and so give the same bytes.
 template <typename Real>
 class ComplexJob {
 public:
@@ -36,8 +36,7 @@ public:
     }
 
 private:
-    /// `transforms` transforms of any rank. `data` is the caller's pointer plus the distances of the transforms before;
-    /// the offset is added here.
+    /// `transforms` transforms of any rank. `data` includes the distances of those before, but not the offset.
     std::int32_t cnd_dft_serial(Complex<Real>* data, std::ptrdiff_t transforms, void* work) {
         Complex<Real>* const first = data + Offset(*m_Head, m_Side);
         const std::ptrdiff_t distance = Distance(*m_Head, m_Side);
@@ -90,8 +89,8 @@ private:
         return status;
     }
 
-    /// The lines along record k, from 2 upward, as far as they lie in the slice of another record from 1 upward. A
-    /// record of length 1 is skipped, its scale factor too.
+    /// The lines along record k, from 2 upward, within the slice of another record from 1 upward. A record of length 1
+    /// is skipped, its scale factor too.
     std::int32_t TransformAlong(int k, Complex<Real>* first, const Slice& slice, void* work) {
         Odometer positions;
         positions.AddRecords(m_Head, 1, k, slice);

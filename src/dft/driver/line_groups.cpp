@@ -2,7 +2,6 @@
 
 #include "dft/base/record_fields.h"
 #include "dft/memory/work_memory.h"
-#include "dft/plans/general_routines.h"
 #include "dft/plans/methods.h"
 #include "dft/pow2/pow2.h"
 #include "dft/pow2/record_kernels.h"
@@ -14,13 +13,14 @@
 namespace dft {
 namespace {
 
-/// Lines taken from adjacent columns together, so that each cache line of the array is fetched for several of them.
+/// Adjacent columns copied together, so that each cache line is fetched once for all of them. Given: the group of four
+/// decides which statuses count.
 constexpr std::ptrdiff_t kColumnGroup = 4;
 
-/// Batches beyond this go line by line: their memory would be out of proportion to the job's.
+/// Larger batches go line by line: their memory would be out of proportion. Chosen, not tuned.
 constexpr std::uint64_t kLargestBatchBytes = std::uint64_t{64} << 20;
 
-/// The engine's own routines: of a general plan, and of a power of two, the latter by precision and direction.
+/// The engine's own routines: of general plans and of powers of two.
 template <typename Real>
 bool IsGeneral(DftRoutine routine, Direction direction) {
     return routine == (direction == kForward ? GeneralRoutine<kForward, Real> : GeneralRoutine<kBackward, Real>);
@@ -32,8 +32,8 @@ bool IsPow2(DftRoutine routine, Direction direction) {
     return routine == kRoutines[kPrecision<Real>][direction];
 }
 
-/// Columns before the first that starts a cache line, in all rows or in every other: groups that begin there touch the
-/// fewest lines. 0 where no group size gains anything.
+/// Columns before the first that starts a cache line in all rows or in every other: groups from there on touch the
+/// fewest lines. 0 if no grouping gains anything.
 template <typename Real>
 std::ptrdiff_t LinesBeforeBoundary(const Lines<Real>& lines) {
     constexpr std::ptrdiff_t cacheLine = 64;
@@ -43,8 +43,8 @@ std::ptrdiff_t LinesBeforeBoundary(const Lines<Real>& lines) {
     return lines.lineStride == 1 && isShared && past % element == 0 ? (cacheLine - past) % cacheLine / element : 0;
 }
 
-/// One of the engine's own routines on batches of lines. Lines of a power of two mostly need not be brought together
-/// for that: rows run one by one with vectors within them, columns where they lie.
+/// One of the engine's own routines on batches of lines. Lines of a power of two mostly need no gathering: rows run
+/// one by one with vectors within them, columns where they lie.
 template <typename Real>
 class Batches {
 public:
@@ -169,20 +169,6 @@ std::int32_t TransformWhereTheyLie(DftDescriptor* record, Direction direction, c
     return status;
 }
 
-/// Copies lines to or from a buffer in which they stand one after the other.
-template <typename Real>
-void Gather(const Lines<Real>& lines, Complex<Real>* buffer) {
-    for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
-        dft_copy_strided(lines.count, lines.base + k * lines.elementStride, lines.lineStride, buffer + k, lines.length);
-    }
-}
-template <typename Real>
-void Scatter(Complex<Real>* buffer, const Lines<Real>& lines) {
-    for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
-        dft_copy_strided(lines.count, buffer + k, lines.length, lines.base + k * lines.elementStride, lines.lineStride);
-    }
-}
-
 template <typename Real>
 std::int32_t TransformInCopies(DftDescriptor* record, Direction direction, const Lines<Real>& lines, StatusRule rule,
                                void* work) {
@@ -196,7 +182,10 @@ std::int32_t TransformInCopies(DftDescriptor* record, Direction direction, const
     for (std::ptrdiff_t first = 0; first < lines.count; first += perGroup) {
         const Lines<Real> group = Part(lines, first, perGroup);
         const bool isTested = rule == StatusRule::AllTested || group.count == perGroup || isOwn;
-        Gather(group, buffer.data());
+        for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
+            dft_copy_strided(group.count, group.base + k * group.elementStride, group.lineStride, buffer.data() + k,
+                             group.length);
+        }
         for (std::ptrdiff_t j = 0; j < group.count; ++j) {
             Complex<Real>* const line = buffer.data() + j * lines.length;
             const std::int32_t status = routine(line, line, record, work);
@@ -204,7 +193,10 @@ std::int32_t TransformInCopies(DftDescriptor* record, Direction direction, const
                 return status;
             }
         }
-        Scatter(buffer.data(), group);
+        for (std::ptrdiff_t k = 0; k < lines.length; ++k) {
+            dft_copy_strided(group.count, buffer.data() + k, group.length, group.base + k * group.elementStride,
+                             group.lineStride);
+        }
     }
     return DFT_OK;
 }

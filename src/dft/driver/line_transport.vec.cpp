@@ -8,7 +8,7 @@ namespace {
 
 using namespace simd::CLARIBOX_VECTOR_CLASS;
 
-// The loops take the lines by value: through a reference they would be read anew after every store.
+// The loops take lines by value: a reference would be reread after every store.
 
 template <typename V>
 struct Transport {
@@ -42,8 +42,8 @@ struct Transport {
     /// As many elements of a row as a square of numbers takes from it.
     static constexpr std::ptrdiff_t kTile = kLanes / 2;
 
-    /// How far ahead memory is prefetched: rows of columns, far enough to hide the memory and few enough for arrays
-    /// whose rows all fall on the same few places of a cache; and elements of a row.
+    /// Prefetch distances, tuned on 1024 to 4096 square planes (Ice Lake): rows of columns, far enough to hide memory
+    /// and few enough for rows that map to the same cache sets; and elements of a row.
     static constexpr std::ptrdiff_t kRowsAhead = 8;
     static constexpr std::ptrdiff_t kElementsAhead = 256 / static_cast<std::ptrdiff_t>(sizeof(Complex<T>));
 
@@ -52,8 +52,7 @@ struct Transport {
         return k + ahead < lines.length ? k + ahead : lines.length - 1;
     }
 
-    /// Prefetches the row of full columns that comes after row k. Always inlined: g++ 12 drops calls of a function that
-    /// does nothing else.
+    /// Prefetches the row of full columns after row k. Always inlined: g++ 12 drops calls of such a function.
     template <int isWrite>
     [[gnu::always_inline]] static void PrefetchRowAhead(const Lines<T>& lines, std::ptrdiff_t k) {
         constexpr std::size_t bytes = 2 * sizeof(V);
@@ -65,8 +64,8 @@ struct Transport {
         __builtin_prefetch(row + bytes - 1, isWrite);
     }
 
-    /// The elements of rows that go by squares. They start where row 0 starts a vector: rows that all lie on the same
-    /// few places of a cache then need each cache line once.
+    /// The elements of rows that go by squares, from where row 0 is aligned to a vector: rows that map to the same
+    /// cache sets then need each cache line once.
     struct Squares {
         std::ptrdiff_t begin;
         std::ptrdiff_t end;
@@ -121,7 +120,7 @@ struct Transport {
         ScatterPlain(batch, lines, squares.end, lines.length, scale);
     }
 
-    /// Full columns, row by row: scatters `done`, gathers `next`, or both. Columns that do not move are not looked at.
+    /// Full columns, row by row: scatters `done`, gathers `next`, or both.
     template <bool scatters, bool gathers>
     static void MoveColumns(T* batch, Lines<T> done, Lines<T> next, T scale) {
         const std::ptrdiff_t length = scatters ? done.length : next.length;

@@ -1,4 +1,4 @@
-// Walks the positions of several records of a job.
+// A multi-index over the positions of several records of a job.
 #pragma once
 
 #include "dft/base/chunks.h"

@@ -65,7 +65,7 @@ struct RealJob {
 
     bool IsFull() const { return head->packed_format == DFT_PACK_FULL; }
 
-    /// With the zeros that the full format adds: the imaginary part of element 0, and for an even length of the last.
+    /// Including the zeros of the full format: the imaginary part of element 0 and, for an even length, of the last.
     std::ptrdiff_t PackedElements() const {
         const std::ptrdiff_t n = head->length;
         return IsFull() ? n + 2 - n % 2 : n;

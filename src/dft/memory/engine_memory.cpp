@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
+#include <omp.h>
 #include <pthread.h>
+#include <string_view>
 #include <unistd.h>
 
 namespace dft {
@@ -31,8 +34,8 @@ public:
 
 thread_local std::uint32_t knownThread = 0;
 
-/// The system's id of the calling thread, asked for once: the question costs more than the rest of an allocation. A
-/// forked child has another id.
+/// The calling thread's system id, asked for once: the call costs more than the rest of an allocation. A forked child
+/// asks again.
 std::uint32_t CallingThread() {
     if (knownThread == 0) {
         [[maybe_unused]] static const int registered = pthread_atfork(nullptr, nullptr, [] { knownThread = 0; });
@@ -49,8 +52,8 @@ EngineBlockSlot* SlotOf(std::uint32_t owner) {
     return slot == std::end(engine_block_table) ? nullptr : slot;
 }
 
-/// The slot of the calling thread, claimed where it has none. A slot that another thread gave up comes with its blocks:
-/// the lock orders what that thread did to them before what this one does. Null if all slots have other owners.
+/// The calling thread's slot, claimed if it has none; null if all are taken. A slot given up by another thread comes
+/// with its blocks; the lock orders what both did to them.
 EngineBlockSlot* ClaimSlot() {
     const std::uint32_t thread = CallingThread();
     const TableLock lock;
@@ -64,8 +67,8 @@ EngineBlockSlot* ClaimSlot() {
     return slot;
 }
 
-/// The idle cell with the smallest block of at least `bytes`, the first of equals, or -1. Cells never used, of size 0,
-/// count only where `mayBeEmpty` is set.
+/// The idle cell with the smallest block of at least `bytes`, the first of equals, or -1. Cells never used count only
+/// if `mayBeEmpty`.
 int SmallestIdleCell(const EngineBlockSlot& slot, std::size_t bytes, bool mayBeEmpty) {
     int smallest = -1;
     for (int i = 0; i < kBlocksPerThread; ++i) {
@@ -154,6 +157,60 @@ void engine_free_buffers() {
         }
         slot.owner_thread.store(0, std::memory_order_relaxed);
     }
+}
+
+namespace {
+constexpr std::size_t kPlanAlignment = 32;
+// Room for the word below the result and for moving it up to a multiple of the alignment.
+constexpr std::size_t kPlanHeader = kPlanAlignment + sizeof(void*);
+} // namespace
+
+void* plan_alloc(std::ptrdiff_t bytes) {
+    if (bytes < 1) {
+        return nullptr;
+    }
+    void* const heap = engine_system_allocator.allocate(static_cast<std::size_t>(bytes) + kPlanHeader);
+    if (heap == nullptr) {
+        return nullptr;
+    }
+    const std::size_t past = (reinterpret_cast<std::uintptr_t>(heap) + kPlanHeader - 1) % kPlanAlignment;
+    unsigned char* const result = static_cast<unsigned char*>(heap) + kPlanHeader - 1 - past;
+    std::memcpy(result - sizeof(heap), &heap, sizeof(heap));
+    return result;
+}
+
+void plan_free(void* block) {
+    if (block == nullptr) {
+        return;
+    }
+    void* heap = nullptr;
+    std::memcpy(&heap, static_cast<unsigned char*>(block) - sizeof(heap), sizeof(heap));
+    engine_system_allocator.release(heap);
+}
+
+std::atomic<std::int32_t> serial_switch{-1};
+
+std::int32_t engine_serial_switch() {
+    std::int32_t serial = serial_switch.load(std::memory_order_relaxed);
+    if (serial == -1) {
+        const char* const value = std::getenv("CLARIBOX_SERIAL");
+        if (value == nullptr) {
+            serial = std::getenv("OMP_NUM_THREADS") == nullptr ? 1 : 0;
+        } else {
+            // Required: no other spelling counts, "Yes" included. Pinned by EngineThreads.SerialSwitch.
+            const std::string_view spelling(value);
+            serial = spelling == "YES" || spelling == "yes" ? 1 : 0;
+        }
+        serial_switch.store(serial, std::memory_order_relaxed);
+    }
+    return serial;
+}
+
+int engine_maximum_threads() {
+    if (engine_serial_switch() == 1 || omp_in_parallel() != 0) {
+        return 1;
+    }
+    return omp_get_max_threads();
 }
 
 } // namespace dft

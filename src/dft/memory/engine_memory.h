@@ -1,8 +1,7 @@
-// Memory of the DFT engine, and the one decision on whether it may use threads.
+// Memory of the DFT engine, and the decision whether it may use threads.
 //
-// A compute call takes its work memory and gives it back at once, often on several threads, and in the same few sizes.
-// A fixed table keeps such blocks for each thread, so that the steady state costs one lock round and a scan of 32
-// cells.
+// A compute call allocates its work memory and frees it at once, often on several threads, in the same few sizes. A
+// fixed table caches such blocks per thread, so the steady state costs one lock and a scan of 32 cells.
 #pragma once
 
 #include <atomic>
@@ -14,8 +13,7 @@ namespace dft {
 inline constexpr int kThreadSlots = 64;
 inline constexpr int kBlocksPerThread = 32;
 
-/// The cached blocks of one thread. `owner_thread` changes under `engine_table_lock` and is read by all threads; the
-/// other members are touched by the owner alone.
+/// The cached blocks of one thread. Only `owner_thread` is shared; it changes under `engine_table_lock`.
 struct EngineBlockSlot {
     void* block[kBlocksPerThread];              ///< null while never used
     std::uint32_t block_size[kBlocksPerThread]; ///< bytes, 2^32 - 1 for more; 0 while never used
@@ -35,13 +33,13 @@ struct SystemAllocator {
 };
 extern SystemAllocator engine_system_allocator;
 
-/// Work memory of the calling thread, from its cached blocks where one fits. Null if the system has none, if the thread
-/// holds 32 blocks, or if 64 other threads hold some. Aligned as the system allocator aligns. Where the environment
-/// variable `CLARIBOX_DISABLE_FAST_MM` is set and not empty, every block comes from the system allocator directly.
+/// Work memory of the calling thread, from its cached blocks if one fits, aligned as the system allocator aligns. Null
+/// if the system has none, the thread holds 32 blocks, or 64 other threads hold some. If `CLARIBOX_DISABLE_FAST_MM` is
+/// set and not empty, every block comes from the system allocator.
 void* engine_alloc(std::size_t bytes);
 
-/// Gives a block back; the thread that allocated it must be the caller. Other pointers are ignored, unless
-/// `CLARIBOX_DISABLE_FAST_MM` is set: then the system allocator gets whatever is passed.
+/// Gives back a block of the calling thread. Other pointers are ignored, or passed to the system allocator if
+/// `CLARIBOX_DISABLE_FAST_MM` is set.
 void engine_free(void* block);
 
 /// Releases the cached blocks of all threads. No block may be in use.
@@ -50,8 +48,8 @@ void engine_free_buffers();
 /// 1 if the engine must not use threads, 0 if it may: by `OMP_NUM_THREADS` and `CLARIBOX_SERIAL`, read once.
 std::int32_t engine_serial_switch();
 
-/// The number of threads a compute call may use: 1 where the serial switch is on or the call comes from inside a
-/// parallel region, else what the threading runtime gives.
+/// Threads a compute call may use: 1 if the serial switch is on or inside a parallel region, else what the runtime
+/// grants.
 int engine_maximum_threads();
 
 /// Memory of a plan, aligned to 32 bytes; null for a count below 1 or exhausted memory. Any thread may release it.

@@ -1,4 +1,4 @@
-// The life of a plan of any kind: its creation, the memory of its tables, and how each of its runs begins and ends.
+// The life of a plan of any kind: creation, tables, and how each run begins and ends.
 #pragma once
 
 #include "dft/base/plan_status.h"
@@ -50,13 +50,13 @@ void ScaleResult(const Plan& plan, Direction direction, Complex<Real>* output, s
     }
 }
 
-/// False for lines that no method can hold in as many bytes as `work_bytes` can tell.
+/// False for lines too long for `work_bytes`, whatever the method.
 template <typename Real>
 bool FitsWorkMemory(std::int64_t length) {
     return length * static_cast<std::int64_t>(sizeof(Complex<Real>)) <= std::numeric_limits<std::int32_t>::max();
 }
 
-/// Stores the work memory of one run. kPlanNoMemory for more bytes than `work_bytes` can tell.
+/// Stores the bytes of work memory of one run; kPlanNoMemory if `work_bytes` cannot hold the number.
 template <typename Plan>
 std::int32_t StoreWorkBytes(Plan& plan, std::int64_t bytes) {
     if (bytes > std::numeric_limits<std::int32_t>::max()) {
@@ -66,9 +66,8 @@ std::int32_t StoreWorkBytes(Plan& plan, std::int64_t bytes) {
     return kPlanOk;
 }
 
-/// Creates a plan of `length` elements, unless `argument` is another status than kPlanOk: `build(plan)` fills in all
-/// but the normalisation and returns a status. `*plan` is null but for kPlanOk; what was built until another status
-/// goes to `release`.
+/// Creates a plan of `length` elements unless `argument` is a status other than kPlanOk: `build(plan)` fills in all
+/// but the normalisation and returns a status. On failure `*plan` is null, and `release` gets what was built.
 template <typename Plan, typename Build>
 std::int32_t CreatePlan(Plan** plan, std::int32_t argument, double length, int norm_flag, Build build,
                         void (*release)(Plan*)) {
@@ -92,29 +91,28 @@ std::int32_t CreatePlan(Plan** plan, std::int32_t argument, double length, int n
     return status;
 }
 
+/// kPlanOk, kPlanNullPointer or kPlanBadTag for a plan that should have `tag`.
+template <typename Plan>
+std::int32_t CheckPlan(const Plan* plan, std::int32_t tag) {
+    return plan == nullptr ? kPlanNullPointer : plan->tag != tag ? kPlanBadTag : kPlanOk;
+}
+
 /// Stores the bytes of work memory of one run. kPlanNullPointer, kPlanBadTag.
 template <typename Plan>
 std::int32_t WorkSize(const Plan* plan, std::int32_t tag, int* bytes) {
-    if (plan == nullptr || bytes == nullptr) {
-        return kPlanNullPointer;
+    const std::int32_t status = bytes == nullptr ? kPlanNullPointer : CheckPlan(plan, tag);
+    if (status == kPlanOk) {
+        *bytes = plan->work_bytes;
     }
-    if (plan->tag != tag) {
-        return kPlanBadTag;
-    }
-    *bytes = plan->work_bytes;
-    return kPlanOk;
+    return status;
 }
 
-/// Calls run(work) if the arguments of a run are good, with the caller's work memory or, where that is null, its own.
-/// `work` begins on a multiple of 16 bytes, as the methods want it. The status of `run`, kPlanNullPointer, kPlanBadTag
-/// or kPlanNoMemory.
+/// Checks the arguments of a run and calls run(work), with `work` on a multiple of 16 bytes: the caller's or, if that
+/// is null, the run's own. The status of `run`, kPlanNullPointer, kPlanBadTag or kPlanNoMemory.
 template <typename Plan, typename Run>
 std::int32_t RunPlan(const Plan* plan, std::int32_t tag, const void* input, const void* output, void* work, Run run) {
-    if (plan == nullptr) {
-        return kPlanNullPointer;
-    }
-    if (plan->tag != tag) {
-        return kPlanBadTag;
+    if (const std::int32_t status = CheckPlan(plan, tag); status != kPlanOk) {
+        return status;
     }
     if (input == nullptr || output == nullptr) {
         return kPlanNullPointer;

@@ -8,7 +8,7 @@
 
 namespace dft {
 
-/// Work memory of routine slots, `slices` times `bytes` bytes; 16 bytes of its own where that is enough.
+/// Work memory of descriptor routines: `slices` times `bytes` bytes; up to 16 bytes come from the object itself.
 class WorkMemory {
 public:
     explicit WorkMemory(std::size_t bytes, int slices = 1) : m_SliceBytes(bytes), m_Block(nullptr) {
@@ -37,7 +37,7 @@ private:
     char* m_Block;
 };
 
-/// Elements from a multiple of 64 bytes on: `engine_alloc` promises no alignment, so the block is taken larger.
+/// Elements aligned to 64 bytes; `engine_alloc` promises no alignment, so the block is larger.
 template <typename T>
 class LineBuffer {
 public:

@@ -1,7 +1,6 @@
-// Short transforms of odd length: 3, 5, and any other; 2 and 4 stand in pow2/radix_passes.h. For vector sources only.
+// Short transforms of odd length: 3, 5 and any other; 2, 4 and 8 are in pow2/passes.h. For vector sources only.
 //
-// Each reads its inputs through load(k) before it gives the first output to store(j), so that both may name the same
-// places.
+// Each reads all inputs through load(k) before its first store(j), so that both may name the same places.
 #pragma once
 
 #include "dft/base/lane_complex.h"
@@ -97,8 +96,8 @@ inline void DftOddOutputs(int length, const Complex<Real<V>>* matrix, LaneComple
     });
 }
 
-/// The definition for an odd `length` of 3 or more, on sums and differences of mirrored inputs, which halves the
-/// multiplications. `matrix` is a direct table (plans/plan_tables.h); `pairs` has room for length - 1 elements.
+/// The definition for an odd `length` from 3, on sums and differences of mirrored inputs, which halves the products.
+/// `matrix` is AllocateTwoCircles (pow2/roots.h); `pairs` has room for length - 1 elements.
 template <Direction direction, typename V, typename Load, typename Store>
 inline void DftOdd(int length, const Complex<Real<V>>* matrix, LaneComplex<V>* pairs, Load load, Store store) {
     const LaneComplex<V> first = load(0);

@@ -58,8 +58,8 @@ struct BasicDftPlan {
 using DftPlan = BasicDftPlan<float>;
 using DftPlanDouble = BasicDftPlan<double>;
 
-/// Builds a plan for `length` elements; `*plan` is null unless kPlanOk is returned. `hint` is carried, no run looks at
-/// it. kPlanNullPointer, kPlanBadLength, kPlanBadNormalisation, kPlanNoMemory.
+/// Builds a plan for `length` elements; `*plan` is null unless kPlanOk is returned. `hint` is carried only.
+/// kPlanNullPointer, kPlanBadLength, kPlanBadNormalisation, kPlanNoMemory.
 template <typename Real>
 std::int32_t dft_plan_create(BasicDftPlan<Real>** plan, int length, int norm_flag, int hint);
 
@@ -67,15 +67,19 @@ std::int32_t dft_plan_create(BasicDftPlan<Real>** plan, int length, int norm_fla
 template <typename Real>
 std::int32_t dft_plan_work_size(const BasicDftPlan<Real>* plan, int* bytes);
 
-/// Transforms `length` elements from `input` to `output`, which are the same or do not overlap. `work` holds
-/// `work_bytes` bytes at any alignment; if it is null, the run allocates them itself. kPlanNullPointer, kPlanBadTag,
-/// kPlanNoMemory.
+/// Transforms `length` elements from `input` to `output`, in place or disjoint. `work` has `work_bytes` bytes at any
+/// alignment; if null, the run allocates them. kPlanNullPointer, kPlanBadTag, kPlanNoMemory.
 template <typename Real>
 std::int32_t dft_plan_forward(const Complex<Real>* input, Complex<Real>* output, const BasicDftPlan<Real>* plan,
                               void* work);
 template <typename Real>
 std::int32_t dft_plan_backward(const Complex<Real>* input, Complex<Real>* output, const BasicDftPlan<Real>* plan,
                                void* work);
+
+/// The descriptor routine of a complex dimension with a general plan: a run of it, then the scale factor unless that
+/// is 1.
+template <Direction direction, typename Real>
+std::int32_t GeneralRoutine(void* input, void* output, DftDescriptor* record, void* work);
 
 /// Releases a plan and all it owns; null is ignored.
 template <typename Real>

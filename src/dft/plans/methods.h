@@ -1,5 +1,5 @@
-// The methods by which a plan transforms lines. One table lists them all (methods.cpp); each has a header, a builder
-// and a vector source of its own name.
+// The methods by which a plan transforms lines. One table lists them (methods.cpp); each has its builder and its
+// vector source in files of its name.
 #pragma once
 
 #include "dft/base/kernels.h"
@@ -10,9 +10,8 @@
 
 namespace dft {
 
-/// The kernels of a method: unscaled runs of a good plan, in place or to another array. `work` starts on a multiple of
-/// 16 bytes and holds `work_bytes` less what was lost by that. A batch gives each of its lines the very bytes that
-/// `line` gives.
+/// The kernels of a method: unscaled runs of a valid plan, in place or disjoint. `work` is aligned to 16 bytes and has
+/// `work_bytes` less the alignment. A batch gives each of its lines the bytes of `line`.
 template <typename Real>
 struct PlanKernels {
     void (*line[2])(const BasicDftPlan<Real>& plan, const Complex<Real>* input, Complex<Real>* output, void* work);
@@ -32,8 +31,8 @@ template <typename Real>
 struct Method {
     bool (*serves)(const MethodQuery& query);
     bool needsRoots; ///< of build
-    /// Builds the tables for `length` elements, which divides `roots.count`, and sets `work_bytes`. `hint` is that of
-    /// dft_plan_create. A plan status; what was built until a failure is left to `release`.
+    /// Builds the tables for `length`, which divides `roots.count`, and sets `work_bytes`. A plan status; on failure
+    /// `release` frees what was built.
     std::int32_t (*build)(BasicDftPlan<Real>& plan, int length, Roots<Real> roots, int hint);
     void (*release)(BasicDftPlan<Real>& plan);
     const PlanKernels<Real>& (*kernels)();

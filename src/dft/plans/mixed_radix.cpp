@@ -10,7 +10,7 @@ namespace {
 
 constexpr int kLargestDedicatedRadix = 5;
 
-/// The radices of a length: 2 if any, fours, odd primes ascending; the largest prime stands apart.
+/// The radices of a length: 2 if any, fours, odd primes ascending; the largest prime is apart.
 struct FactorList {
     int radix[kMaximumStages];
     int count; ///< of recorded radices

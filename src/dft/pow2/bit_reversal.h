@@ -16,8 +16,8 @@ constexpr std::int32_t ReverseBits(std::int32_t index, int bits) {
     return reversed;
 }
 
-/// The number after `reversed` in the order of reversed bits, all numbers being below 2 * top. Always inlined: vector
-/// sources share no function.
+/// The number after `reversed` in bit-reversed counting below 2 * top. Always inlined: vector sources share no
+/// function.
 template <typename Index>
 [[gnu::always_inline]] inline Index NextReversed(Index reversed, Index top) {
     for (; (reversed & top) != 0; top /= 2) {

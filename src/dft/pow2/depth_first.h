@@ -1,5 +1,5 @@
-// The radix-4 passes of a block, depth first, so that all but the first or last few run in the first-level cache; for
-// the transforms of records and of plans. For vector sources only.
+// The radix-4 passes of a block, for records and plans, depth first: all but the outermost run in the first-level
+// cache. For vector sources only.
 #pragma once
 
 #include "dft/pow2/fft_plan.h"
@@ -58,8 +58,8 @@ inline TwiddleTriple<T> TripleAt(const T* triples, std::ptrdiff_t block) {
     return {{triple[0], triple[1]}, {triple[2], triple[3]}, {triple[4], triple[5]}};
 }
 
-/// With series, passes to bit-reversed order are decimated in frequency and those back in time: the twiddles depend on
-/// the element. With triples it is the other way round, and one triple serves a whole block.
+/// With series, passes to bit-reversed order decimate in frequency, those back in time, and twiddles depend on the
+/// element. With triples it is the other way round, and one triple serves a whole block.
 template <Order order, bool triples>
 inline constexpr Decimation kDecimation = (order == kToBitReversed) == triples ? kInTime : kInFrequency;
 
@@ -80,9 +80,9 @@ inline void Radix4Pass(const Twiddles& twiddles, In in, Out out, int bits, std::
                                                        TripleSeries<Vectors>{SeriesOf(twiddles, bits)});
 }
 
-/// The radix-4 passes of the block of 2^bits elements that is number `block` of its size, between it and blocks of
-/// 2^leafBits, which leaves(work, bits, block) transforms; bits - leafBits is even. To bit-reversed order the first
-/// pass reads `outer`, to natural order the last one writes it; all else goes on in `work`, which may be the same.
+/// The radix-4 passes between block number `block` of 2^bits elements and its blocks of 2^leafBits, which leaves(work,
+/// bits, block) transforms; bits - leafBits is even. To bit-reversed order the first pass reads `outer`, to natural
+/// order the last one writes it; the rest runs in `work`, which may be the same.
 template <typename Vectors, Direction direction, Order order, typename Twiddles, typename Outer, typename Work,
           typename Leaves>
 void Radix4Passes(const Twiddles& twiddles, Outer outer, Work work, int bits, int leafBits, std::ptrdiff_t block,

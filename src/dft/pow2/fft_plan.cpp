@@ -135,6 +135,5 @@ void fft_plan_free(BasicFftPlan<Real>* plan) {
     template void fft_plan_free(BasicFftPlan<Real>*)
 CLARIBOX_INSTANTIATE(float);
 CLARIBOX_INSTANTIATE(double);
-#undef CLARIBOX_INSTANTIATE
 
 } // namespace dft

@@ -29,9 +29,9 @@ struct BasicFftPlan {
     Real scale;
     std::int32_t hint;
     std::int32_t work_bytes;
-    /// From order 4 on. Below kBlockedOrder: the number of pairs, then each pair (a, b), a <= b, of blocks of the first
-    /// pass whose indices are each other's bits reversed. From it on, the second form: the reversals of the lower half,
-    /// rounded up, of the bits of an index.
+    /// From order 4 on. Below kBlockedOrder: the number of pairs, then pairs (a, b), a <= b, of blocks of the first
+    /// pass with bit-reversed indices. From it on, the second form: the bit reversals of the lower half of an index,
+    /// rounded up.
     std::int32_t* bit_reversal;
     /// Radix-4 twiddles W^j, W^2j, W^3j of each stage of 2^k points, k from 4 (even order) or 5 (odd) by twos, j below
     /// 2^k / 4, in groups of four (stage_tables.h).

@@ -73,9 +73,9 @@ inline int ShortestWithin(int order) {
     return (order % 2 == 0 ? 4 : 5) + (kLines<V> > 4 ? 4 : 2);
 }
 
-/// One line with vectors within it. The first two passes make blocks of `points` elements, 16 (even order) or 32 (odd),
-/// a block in each lane; the others go over vectors of consecutive elements. `held`, which is `out` or overlaps neither
-/// `in` nor it, holds the line up to the last pass; `in` is `out` only if `held` is not.
+/// One line with vectors within it. The first two passes make blocks of `points` elements, 16 (even order) or 32
+/// (odd), one per lane. `held` holds the line up to the last pass; it is `out` or disjoint from both arrays, which may
+/// then be the same.
 template <int points, Direction direction, typename V>
 [[gnu::flatten]] void FftFirstBlocksWithin(const BasicFftPlan<Real<V>>& plan, Interleaved<V, const Real<V>> in,
                                            Separated<V> held) {
@@ -106,8 +106,8 @@ void FftRunWithin(const BasicFftPlan<Real<V>>& plan, const Complex<Real<V>>* in,
                                                        NoLeaves{});
 }
 
-/// The transform, unscaled. The arrays are the same or do not overlap. `scratch` holds 2^order elements; it is looked
-/// at only in place, and only below kBlockedOrder.
+/// The transform, unscaled, in place or disjoint. `scratch` holds 2^order elements, and is used only in place below
+/// kBlockedOrder.
 template <Direction direction, typename V>
 void FftRun(const BasicFftPlan<Real<V>>& plan, const LaneComplex<V>* in, LaneComplex<V>* out, LaneComplex<V>* scratch) {
     const int order = plan.order;

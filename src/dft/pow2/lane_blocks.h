@@ -1,5 +1,5 @@
-// Short blocks of one line, each in a lane of its own, several of them across the lanes: how a line that has its
-// vectors within it runs the passes on fewer elements than a vector holds. For vector sources only.
+// Short blocks of one line, a lane each: how a line with vectors within it runs the passes on fewer elements than a
+// vector holds. For vector sources only.
 #pragma once
 
 #include "dft/pow2/depth_first.h"
@@ -10,9 +10,8 @@ namespace dft::CLARIBOX_VECTOR_CLASS {
 template <typename T>
 using VectorWithin = typename simd::CLARIBOX_VECTOR_CLASS::VectorOf<T, simd::CLARIBOX_VECTOR_CLASS::kLanes<T>>::Type;
 
-/// A line of blocks of 16 or 32 elements, `groups` of them to each lane. A group is one block a lane, lane l having the
-/// one at index (l with its bits reversed) * groups + group: one frequency of all of them makes consecutive elements of
-/// the spectrum.
+/// A line of blocks of 16 or 32 elements, `groups` to a lane. A group has one block per lane, that of lane l at index
+/// (l bit-reversed) * groups + group, so that one frequency of all of them is a vector of the spectrum.
 template <typename V, int points>
 struct LaneBlocks {
     static constexpr int kLanes = kLines<V>;
@@ -91,8 +90,8 @@ inline void TransformBlock(LaneComplex<V>* x, TripleSeries<AcrossLines<V>> twidd
     }
 }
 
-/// The last passes of a record's line that has its vectors within it: the blocks of 16 elements of the block of 2^bits
-/// elements that is number `block` of its size.
+/// The last passes of a record's line with vectors within it: the blocks of 16 elements in block number `block` of
+/// 2^bits.
 template <typename V>
 class LastSixteens {
 public:

@@ -1,8 +1,8 @@
-// How vectors hold the elements of lines, and where these stand in memory. For vector sources only.
+// How vectors hold the elements of lines, and where these lie in memory. For vector sources only.
 //
-// Across lines, a vector holds element k of several lines; within a line, it holds consecutive elements of one. Both
-// run the same passes: a layout is anything with Load(layout, k) and Store(layout, k, x) for vector k, and layout +
-// vectors. An array of LaneComplex is the plainest (passes.h).
+// Across lines, a vector holds element k of several lines; within a line, consecutive elements of one. Both run the
+// same passes: a layout is anything with Load(layout, k), Store(layout, k, x) for vector k, and layout + vectors. The
+// simplest is an array of LaneComplex (passes.h).
 #pragma once
 
 #include "dft/pow2/passes.h"
@@ -67,8 +67,8 @@ struct Interleaved {
     }
 };
 
-/// Vectors within a line, all real parts, then all imaginary ones, at any address. A vector takes the same place as in
-/// `Interleaved`, so that one layout can take the other's place.
+/// Vectors within a line as real parts, then imaginary parts, at any address. A vector takes the space it has in
+/// `Interleaved`, so that one layout can replace the other.
 template <typename V>
 struct Separated {
     Real<V>* at;
@@ -85,8 +85,8 @@ struct Separated {
     }
 };
 
-/// As many adjacent columns of an array as V has lanes, read and written where they lie as if they were a batch:
-/// element k of all is a piece of row k.
+/// As many adjacent columns as V has lanes, read and written where they lie as if they were a batch: row k holds
+/// element k of all.
 template <typename V>
 struct Columns {
     Complex<Real<V>>* base;
@@ -108,9 +108,8 @@ struct Columns {
             Store(Interleaved<V>{&to.Row(k)->re}, 0, x);
         }
     }
-    /// Prefetches row k, which will be read or written, into the second-level cache: rows that are a power of two apart
-    /// compete for few places of the first-level one. Always inlined: g++ 12 drops calls of a function that does
-    /// nothing else.
+    /// Prefetches row k, to be read or written, into the second-level cache: rows a power of two apart compete for few
+    /// sets of the first. Always inlined: g++ 12 drops calls of such a function.
     [[gnu::always_inline]] friend void Prefetch(Columns columns, std::ptrdiff_t k) {
         const auto* const row = reinterpret_cast<const char*>(columns.Row(k));
         for (std::size_t at = 0; at < 2 * sizeof(V); at += 64) {

@@ -44,8 +44,8 @@ template <Direction direction, typename V, typename W>
     x3 = Rotate<direction>(x3, w.w3.re, w.w3.im);
 }
 
-/// The radix-4 butterfly on elements k, k + quarter, and so on. In bit-reversed order the four stand by the two lowest
-/// bits of their frequency, reversed: 0, 2, 1, 3. Always inlined: a call would cost more than it does.
+/// The radix-4 butterfly on elements k, k + quarter, and so on; in bit-reversed order they are frequencies 0, 2, 1, 3.
+/// Always inlined: a call would cost more than the butterfly.
 template <Direction direction, Order order, Decimation decimation, typename In, typename Out, typename W>
 [[gnu::always_inline]] inline void Radix4Butterfly(In in, Out out, std::ptrdiff_t k, std::ptrdiff_t quarter,
                                                    TwiddleTriple<W> w) {
@@ -74,8 +74,7 @@ template <Direction direction, Order order, Decimation decimation, typename In, 
 inline void Pass4(In in, Out out, std::ptrdiff_t quarter, std::ptrdiff_t blocks, Twiddle twiddle) {
     const std::ptrdiff_t end = 4 * quarter * blocks;
     if constexpr (std::is_arithmetic_v<decltype(twiddle(0).w1.re)>) {
-        // Taken from block to block, loads and stores would often be a multiple of 4096 bytes apart, which the
-        // processor takes for the same address.
+        // Block by block: otherwise loads and stores are often a multiple of 4096 bytes apart, an address conflict.
         for (std::ptrdiff_t first = 0; first < end; first += 4 * quarter) {
             for (std::ptrdiff_t j = 0; j < quarter; ++j) {
                 Radix4Butterfly<direction, order, decimation>(in, out, first + j, quarter, twiddle(j));
@@ -109,8 +108,8 @@ template <Direction direction, Decimation decimation, typename V, typename W>
     x1 = decimation == kInFrequency ? Rotate<direction>(difference, w.re, w.im) : difference;
 }
 
-/// One radix-2 pass (`levels` 1), or two at once, on positions first .. end - 1 of the quarters of a block of
-/// 4 * quarter vectors. The order of elements stays. Two passes go from the whole to its halves forward, back backward.
+/// One radix-2 pass, or two at once, on positions first .. end - 1 of the quarters of a block of 4 * quarter vectors.
+/// The order of elements stays. Two passes run from whole to halves forward, the other way backward.
 template <int levels, Direction direction, Decimation decimation, typename In, typename Out, typename Twiddle>
 inline void Pass2(In in, Out out, std::ptrdiff_t quarter, std::ptrdiff_t first, std::ptrdiff_t end, Twiddle twiddle) {
     for (std::ptrdiff_t j = first; j < end; ++j) {

@@ -15,16 +15,15 @@ struct Pow2Kernels {
     void (*line[2])(const Pow2Schedule<Real>& schedule, Complex<Real>* data, Complex<Real>* scratch);
     /// A batch in place, on a multiple of 64 bytes.
     void (*batch[2])(const Pow2Schedule<Real>& schedule, Real* data, Real* scratch);
-    /// As many adjacent columns as a batch has lines (lineStride 1, any elementStride) in place, where they lie: in
-    /// natural order, without scale factor, of 16 elements or more. `scratch` as for a batch.
+    /// As many adjacent columns as a batch has lines (lineStride 1) in place, where they lie: natural order, no scale
+    /// factor, 16 elements or more. `scratch` as for a batch.
     void (*columns[2])(const Pow2Schedule<Real>& schedule, const Lines<Real>& columns, Real* scratch);
-    /// Whether `line` has vectors within a line of 2^log2_length elements: it is then faster than a batch of lines that
-    /// must be brought together first.
+    /// Whether `line` has vectors within a line of 2^log2_length elements: faster than gathering batches.
     bool (*has_vectors)(int log2_length);
 
-    /// One line in 2^levels sub-transforms of 16 elements or more each, with the spectrum in bit-reversed order:
-    /// forward, the radix-2 passes over the whole line come first and leave it to them, backward they come last.
-    /// `scratch` connects the two. Sub-transforms may run at once.
+    /// One line in 2^levels sub-transforms of 16 elements or more, which may run at once, with the spectrum in
+    /// bit-reversed order: forward, the radix-2 passes over the whole line come first, backward last. `scratch`
+    /// connects the two.
     void (*levels[2])(const Pow2Schedule<Real>& schedule, Complex<Real>* data, Complex<Real>* scratch, int levels);
     void (*subtransform[2])(const Pow2Schedule<Real>& schedule, Complex<Real>* data, Complex<Real>* scratch, int levels,
                             int number);

@@ -72,8 +72,8 @@ void RunColumns(const Pow2Schedule<Real<V>>& schedule, const Lines<Real<V>>& lin
                                          SpectrumLeaves<direction>(schedule, columns, true));
 }
 
-/// Whether blocks of 2^bits elements of one line have vectors within it: there is a radix-4 pass above the blocks of
-/// 16, and one of these for each lane.
+/// Whether a line's blocks of 2^bits have vectors within them: a radix-4 pass above blocks of 16, and one of these a
+/// lane.
 template <typename V>
 bool IsWithin(int bits) {
     constexpr int kShortest = kLines<V> == 16 ? 8 : kLines<V> == 8 ? 7 : 6;

@@ -139,9 +139,9 @@ inline void RunLastBlocks(const Pow2Schedule<T>& schedule, LaneComplex<V>* work,
     }
 }
 
-/// All passes of the block of 2^bits elements that is number `block` of its size, down to blocks of 2^leafBits. Forward
-/// it reads `outer`, works in `work` and calls leaves(work, bits, block) where the leaves are in turn; backward it
-/// begins with the leaves and ends in `outer`, which may be the same as `work`.
+/// All passes of block number `block` of 2^bits elements, down to blocks of 2^leafBits. Forward they read `outer`,
+/// work in `work` and call leaves(work, bits, block); backward they begin with the leaves and end in `outer`, which
+/// may be `work`.
 template <typename Vectors, Direction direction, typename T, typename Outer, typename Leaves>
 void RunPasses(const Pow2Schedule<T>& schedule, Outer outer, Elements<Vectors> work, int bits, int leafBits,
                std::ptrdiff_t block, const Leaves& leaves) {

@@ -9,9 +9,8 @@
 
 namespace dft {
 
-/// Fills roots[k] = exp(-2 pi i k / count) for k below `count`, at least 1. Only a part of the circle, an eighth at the
-/// least, is computed; the rest follows by symmetry, so that mirrored roots have the very same digits. Values are
-/// computed one precision wider than they are kept.
+/// Fills roots[k] = exp(-2 pi i k / count) for k below `count`, at least 1, computed one precision wider than stored.
+/// At most half of the circle is computed, the rest mirrored, so that mirrored roots have the same digits.
 template <typename Real>
 void FillRoots(Complex<Real>* roots, int count);
 
@@ -29,15 +28,14 @@ struct Roots {
     Complex<Real> Of(int n, int k) const { return circle[static_cast<std::ptrdiff_t>(k) * (count / n)]; }
 };
 
-/// 2 * length roots, twice around the circle, so that an index below 2 * length needs no reduction, in plan memory;
-/// null if there is none. `length` divides the count of `roots`.
+/// 2 * length roots, twice around the circle, so that indices need no reduction, in plan memory; null if there is
+/// none. `length` divides the count of `roots`.
 template <typename Real>
 Complex<Real>* AllocateTwoCircles(int length, Roots<Real> roots);
 
-/// exp(-i * j * 2 pi / points) for j = 0, 1, 2 .. in turn, for the table of a commit. Single precision adds the angles
-/// up in extended precision, as is required of that table (the results of DftChecksum hold it). The sums drift by up to
-/// a 2^-64th of a radian a step, which would show in double precision: there each angle is a product
-/// (DftTransform.AwkwardLengths).
+/// exp(-i * j * 2 pi / points) for j = 0, 1, 2 .. in turn, for commit tables. Given: single precision sums the angles
+/// in extended precision (ChecksumTest). The sums drift by up to 2^-64 radians a step, too much for double precision:
+/// there each angle is a product (DftTransform.AwkwardLengths).
 template <typename Real>
 class RootSeries {
 public:

@@ -8,9 +8,8 @@
 
 namespace dft {
 
-/// Writes the twiddles W^j .. W^(powers * j) of `count` consecutive j, a multiple of 4, in groups of four: the four
-/// real parts of W^j, the four imaginary ones, then the same of W^2j, and so on. root(power * j) is W^(power * j).
-/// Returns the end, 2 * powers * count numbers on.
+/// Writes the twiddles W^j .. W^(powers * j) of `count` consecutive j, a multiple of 4, in groups of four: four real
+/// parts of W^j, four imaginary ones, the same for W^2j, and so on. root(power * j) is W^(power * j). Returns the end.
 template <typename Real, typename Root>
 Real* WriteStage(Real* group, std::int64_t count, int powers, Root root) {
     for (std::int64_t j = 0; j < count; j += 4) {

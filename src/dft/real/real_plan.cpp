@@ -24,38 +24,29 @@ bool MakeUnpackTables(BasicRealDftPlan<Real>& plan, Roots<Real> roots) {
     return true;
 }
 
+/// Chooses the method by the length and builds its tables.
 template <typename Real>
-std::int32_t BuildFrom(BasicRealDftPlan<Real>& plan, int hint, Roots<Real> roots) {
+std::int32_t BuildTables(BasicRealDftPlan<Real>& plan, int hint) {
     const bool isEven = plan.length % 2 == 0;
-    const int points = isEven ? plan.length / 2 : plan.length;
     const bool isTiny = plan.length <= kLargestTiny;
-    const MethodQuery query = {points, isTiny ? kLargestTiny : 0, isEven ? kLargestFactor : kLargestRealDirect};
-    const std::int32_t status = BuildMethod<Real>(plan, query, roots, hint);
-    if (status == kPlanOk && isEven && !isTiny && !MakeUnpackTables(plan, roots)) {
+    const int points = isEven ? plan.length / 2 : plan.length;
+    Complex<Real>* const circle = !isTiny && FitsWorkMemory<Real>(points) ? AllocateCircle<Real>(plan.length) : nullptr;
+    if (circle == nullptr && !isTiny) {
         return kPlanNoMemory;
     }
+    const Roots<Real> roots = {circle, plan.length};
+    const MethodQuery query = {points, isTiny ? kLargestTiny : 0, isEven ? kLargestFactor : kLargestRealDirect};
+    std::int32_t status = BuildMethod<Real>(plan, query, roots, hint);
+    if (status == kPlanOk && isEven && !isTiny && !MakeUnpackTables(plan, roots)) {
+        status = kPlanNoMemory;
+    }
+    plan_free(circle);
     if (!isEven && plan.direct_matrix != nullptr) {
         // Sums and differences of real elements take half the room of complex ones.
         plan.work_bytes = static_cast<std::int32_t>(sizeof(Real)) * points + 16;
     }
     plan.complex_run = static_cast<const BasicDftPlan<Real>&>(plan);
     plan.complex_run.length = points;
-    return status;
-}
-
-/// Chooses the method by the length and builds its tables.
-template <typename Real>
-std::int32_t BuildTables(BasicRealDftPlan<Real>& plan, int hint) {
-    if (plan.length <= kLargestTiny) {
-        return BuildFrom(plan, hint, {});
-    }
-    const bool fits = FitsWorkMemory<Real>(plan.length % 2 == 0 ? plan.length / 2 : plan.length);
-    Complex<Real>* const circle = fits ? AllocateCircle<Real>(plan.length) : nullptr;
-    if (circle == nullptr) {
-        return kPlanNoMemory;
-    }
-    const std::int32_t status = BuildFrom(plan, hint, {circle, plan.length});
-    plan_free(circle);
     return status;
 }
 
@@ -94,6 +85,5 @@ void real_plan_free(BasicRealDftPlan<Real>* plan) {
     template void real_plan_free(BasicRealDftPlan<Real>*)
 CLARIBOX_INSTANTIATE(float);
 CLARIBOX_INSTANTIATE(double);
-#undef CLARIBOX_INSTANTIATE
 
 } // namespace dft

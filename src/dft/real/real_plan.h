@@ -1,9 +1,8 @@
 // Plans of one-dimensional transforms of real elements.
 //
-// An even length n runs as n/2 complex elements, even-indexed elements being the real parts and odd-indexed ones the
-// imaginary parts, with one step that separates the two spectra (Brigham, "The Fast Fourier Transform", chapter 10). An
-// odd length has no such halves: the direct method reads real elements, and the two others run on a complex line whose
-// imaginary parts are zero.
+// An even length n runs as n/2 complex elements, even-indexed elements as real parts, odd-indexed as imaginary parts,
+// and one step separates the two spectra (Brigham, "The Fast Fourier Transform", chapter 10). An odd length runs by
+// the direct method on real elements, or by the others on a complex line with zero imaginary parts.
 #pragma once
 
 #include "dft/base/record.h"
@@ -13,10 +12,9 @@ namespace dft {
 
 inline constexpr int kLargestRealDirect = 180; ///< odd lengths without a factorisation, up to it: the direct method
 
-/// Plan for `length` real elements. The fields of BasicDftPlan have the tag kRealPlanTag, and the method, its tables
-/// and `work_bytes` are those of the complex transform inside, of n/2 elements for an even length n, else of n; the
-/// direct method of an odd length asks for no more than n real elements and 16 bytes. For powers of two `fft_plan` has
-/// the order log2(n) - 1.
+/// Plan for `length` real elements. Its BasicDftPlan has the tag kRealPlanTag and the method, tables and `work_bytes`
+/// of the complex transform inside, of n/2 elements for an even length n, else of n; the direct method of an odd
+/// length needs only n real elements and 16 bytes. For powers of two `fft_plan` has the order log2(n) - 1.
 template <typename Real>
 struct BasicRealDftPlan : BasicDftPlan<Real> {
     /// Even lengths from 6 on, (n + 3) / 4 entries each, for the roots w[j] = exp(-2 pi i j / n): half of w[j] + i.
@@ -29,9 +27,8 @@ struct BasicRealDftPlan : BasicDftPlan<Real> {
 using RealDftPlan = BasicRealDftPlan<float>;
 using RealDftPlanDouble = BasicRealDftPlan<double>;
 
-/// Builds a plan for `length` elements; `*plan` is null unless kPlanOk is returned. `norm_flag` is one of
-/// PlanNormalisation; `hint` is carried, no run looks at it. kPlanNullPointer, kPlanBadLength, kPlanBadNormalisation,
-/// kPlanNoMemory.
+/// Builds a plan for `length` elements; `*plan` is null unless kPlanOk is returned. `norm_flag` is a
+/// PlanNormalisation, `hint` is carried only. kPlanNullPointer, kPlanBadLength, kPlanBadNormalisation, kPlanNoMemory.
 template <typename Real>
 std::int32_t real_plan_create(BasicRealDftPlan<Real>** plan, int length, int norm_flag, int hint);
 
@@ -39,10 +36,9 @@ std::int32_t real_plan_create(BasicRealDftPlan<Real>** plan, int length, int nor
 template <typename Real>
 std::int32_t real_plan_work_size(const BasicRealDftPlan<Real>* plan, int* bytes);
 
-/// Transforms `length` real elements to their spectrum in the layout `format`, one of DFT_PACK_* (packed_formats.h;
-/// DFT_PACK_FULL has more elements than the input). Input and output are the same or do not overlap. `work` holds
-/// `work_bytes` bytes at any alignment; if it is null, the run allocates them itself. kPlanNullPointer, kPlanBadTag,
-/// kPlanNoMemory.
+/// Transforms `length` real elements to their spectrum in the layout `format`, a DFT_PACK_* (packed_formats.h), in
+/// place or disjoint. `work` has `work_bytes` bytes at any alignment; if null, the run allocates them.
+/// kPlanNullPointer, kPlanBadTag, kPlanNoMemory.
 template <DftCode format, typename Real>
 std::int32_t real_pack_forward(const Real* input, Real* output, const BasicRealDftPlan<Real>* plan, void* work);
 

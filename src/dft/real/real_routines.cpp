@@ -2,7 +2,8 @@
 
 #include "dft/base/plan_status.h"
 #include "dft/base/record_fields.h"
-#include "dft/base/scale_vector.h"
+
+extern "C" void sscal_(const int* count, const float* scale, float* x, const int* increment);
 
 namespace dft {
 namespace {
@@ -17,7 +18,7 @@ std::int32_t Pack(const void* input, void* output, const void* plan, void* work)
 
 void Scale(float* line, int count, float scale) {
     const int increment = 1;
-    ScaleVector(&count, &scale, line, &increment);
+    sscal_(&count, &scale, line, &increment);
 }
 
 void Scale(double* line, int count, double scale) {
@@ -26,29 +27,12 @@ void Scale(double* line, int count, double scale) {
     }
 }
 
-template <DftCode format, typename Real>
-void StorePackStages(DftDescriptor& record) {
-    using Fields = RecordFields<Real>;
-    record.*Fields::kPack[kForward] = Pack<format, kForward, Real>;
-    record.*Fields::kPack[kBackward] = Pack<format, kBackward, Real>;
-}
-
+/// By format, from DFT_PACK_FULL on, and direction.
 template <typename Real>
-bool InstallPackStages(DftDescriptor& record) {
-    switch (record.packed_format) {
-    case DFT_PACK_FULL:
-        StorePackStages<DFT_PACK_FULL, Real>(record);
-        return true;
-    case DFT_PACK_TIGHT:
-        StorePackStages<DFT_PACK_TIGHT, Real>(record);
-        return true;
-    case DFT_PACK_NATIVE:
-        StorePackStages<DFT_PACK_NATIVE, Real>(record);
-        return true;
-    default:
-        return false;
-    }
-}
+constexpr DftPackRoutine kPackStages[3][2] = {
+    {Pack<DFT_PACK_FULL, kForward, Real>, Pack<DFT_PACK_FULL, kBackward, Real>},
+    {Pack<DFT_PACK_TIGHT, kForward, Real>, Pack<DFT_PACK_TIGHT, kBackward, Real>},
+    {Pack<DFT_PACK_NATIVE, kForward, Real>, Pack<DFT_PACK_NATIVE, kBackward, Real>}};
 
 template <Direction direction, typename Real>
 std::int32_t RealRoutine(void* input, void* output, DftDescriptor* record, void* work) {
@@ -78,9 +62,12 @@ std::int32_t InstallReal(DftDescriptor& record) {
     using Fields = RecordFields<Real>;
     record.*Fields::kRoutine[kForward] = RealRoutine<kForward, Real>;
     record.*Fields::kRoutine[kBackward] = RealRoutine<kBackward, Real>;
-    if (!InstallPackStages<Real>(record)) {
+    if (record.packed_format < DFT_PACK_FULL || record.packed_format > DFT_PACK_NATIVE) {
         return DFT_UNSUPPORTED;
     }
+    const auto& stages = kPackStages<Real>[record.packed_format - DFT_PACK_FULL];
+    record.*Fields::kPack[kForward] = stages[kForward];
+    record.*Fields::kPack[kBackward] = stages[kBackward];
     BasicRealDftPlan<Real>*& plan = record.*Fields::kRealPlan;
     const std::int32_t status = real_plan_create(&plan, record.length, kUnscaled, 0);
     return StatusOfPlan(status == kPlanOk ? real_plan_work_size(plan, &record.workspace_need) : status);

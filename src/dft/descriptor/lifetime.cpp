@@ -1,11 +1,15 @@
 #include "dft/descriptor/descriptor_routines.h"
 
+#include "dft/base/record_fields.h"
 #include "dft/memory/engine_memory.h"
+#include "dft/plans/dft_plan.h"
+#include "dft/real/real_plan.h"
 
 #include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <memory>
+#include <utility>
 
 namespace dft {
 namespace {
@@ -59,6 +63,14 @@ void WriteDimensions(DftDescriptor* records, int rank, const int* lengths) {
     records[0].running_product = static_cast<std::int32_t>(product);
 }
 
+template <typename Real>
+void ReleaseFields(DftDescriptor& record) {
+    using Fields = RecordFields<Real>;
+    dft_plan_free(std::exchange(record.*Fields::kPlan, nullptr));
+    plan_free(std::exchange(record.*Fields::kTable, nullptr));
+    real_plan_free(std::exchange(record.*Fields::kRealPlan, nullptr));
+}
+
 } // namespace
 
 std::int32_t CreateDescriptor(DftDescriptor** handle, const int* precision, const int* domain, const int* rank,
@@ -84,6 +96,31 @@ std::int32_t CreateDescriptor(DftDescriptor** handle, const int* precision, cons
     WriteDefaults(*records);
     WriteDimensions(records, *rank, lengths);
     *handle = records;
+    return DFT_OK;
+}
+
+void ReleasePlans(DftDescriptor* head) {
+    DftDescriptor* record = head;
+    while (record->next != nullptr) {
+        record = record->next;
+    }
+    for (; record != nullptr; record = record->previous) {
+        ReleaseFields<double>(*record);
+        ReleaseFields<float>(*record);
+        record->workspace_need = 0;
+    }
+}
+
+std::int32_t FreeDescriptor(DftDescriptor** handle) {
+    if (handle == nullptr || *handle == nullptr) {
+        return DFT_BAD_ARGUMENT;
+    }
+    if (!HasTag(**handle)) {
+        return DFT_BAD_DESCRIPTOR;
+    }
+    ReleasePlans(*handle);
+    engine_free(*handle);
+    *handle = nullptr;
     return DFT_OK;
 }
 
