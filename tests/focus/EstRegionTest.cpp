@@ -19,24 +19,24 @@ TEST_P(EstRegionTest, TheBusiestSquareIsTheFirstOfTheBest) {
         Fill fill;
         reference::Region expected = {-2, -2}; // -2: as the plain form tells
     } rows[] = {
-        {"fits", 512, 512, 512, Noise, {0, 0}},
-        {"a pixel more", 512, 513, 513, Noise, kKept},
-        {"a pixel too narrow", 512, 519, 600, Noise, kKept},
-        {"a pixel too low", 512, 600, 519, Noise, kKept},
-        {"one window", 512, 520, 520, Noise, {0, 0}},
-        {"too low", 512, 600, 300, Noise, kKept},
-        {"too narrow", 512, 300, 600, Noise, kKept},
-        {"narrower than a block", 512, 7, 5000, Noise, kKept},
-        {"one value", 512, 700, 700, Constant, {0, 0}},
-        {"busy patch", 512, 1024, 1024, BusyPatch, {184, 320}},
-        {"half of a camera's", 512, 1600, 1000, Smeared},
-        {"largest scores", 512, 600, 640, BlackOrWhite},
-        {"near ties", 512, 728, 650, EqualBlocks},
-        {"small, noise", 16, 203, 119, Noise},
-        {"small, odd number of blocks", 24, 8 * 7 + 5, 8 * 5 + 3, Noise},
-        {"small, ties", 32, 330, 150, EqualBlocks},
-        {"small, smooth", 64, 97, 250, Smeared},
-        {"one block", 8, 17, 300, Smeared},
+        {"fits", 512, 512, 512, kNoise, {0, 0}},
+        {"a pixel more", 512, 513, 513, kNoise, kKept},
+        {"a pixel too narrow", 512, 519, 600, kNoise, kKept},
+        {"a pixel too low", 512, 600, 519, kNoise, kKept},
+        {"one window", 512, 520, 520, kNoise, {0, 0}},
+        {"too low", 512, 600, 300, kNoise, kKept},
+        {"too narrow", 512, 300, 600, kNoise, kKept},
+        {"narrower than a block", 512, 7, 5000, kNoise, kKept},
+        {"one value", 512, 700, 700, kConstant, {0, 0}},
+        {"busy patch", 512, 1024, 1024, kBusyPatch, {184, 320}},
+        {"half of a camera's", 512, 1600, 1000, kSmeared},
+        {"largest scores", 512, 600, 640, kBlackOrWhite},
+        {"near ties", 512, 728, 650, kEqualBlocks},
+        {"small, noise", 16, 203, 119, kNoise},
+        {"small, odd number of blocks", 24, 8 * 7 + 5, 8 * 5 + 3, kNoise},
+        {"small, ties", 32, 330, 150, kEqualBlocks},
+        {"small, smooth", 64, 97, 250, kSmeared},
+        {"one block", 8, 17, 300, kSmeared},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
@@ -59,9 +59,9 @@ TEST_P(EstRegionTest, TheBusiestSquareIsTheFirstOfTheBest) {
 TEST_P(EstRegionTest, TheEdgeMapIsTheDistanceFromTheMean) {
     using Row = std::tuple<int, int, int, Fill>;
     for (const auto& [width, height, threshold, fill] :
-         {Row(40, 30, 20, Noise), Row(40, 30, 1, Constant), Row(64, 21, 0, Smeared), Row(33, 25, 256, Noise),
-          Row(50, 10, 60, Noise), Row(11, 11, 10, Noise), Row(12, 12, -5, Noise), Row(10, 20, 7, Noise),
-          Row(5, 13, 3, Noise), Row(1, 40, 3, Noise), Row(6, 11, 0, Constant), Row(300, 40, 90, BlackOrWhite)}) {
+         {Row(40, 30, 20, kNoise), Row(40, 30, 1, kConstant), Row(64, 21, 0, kSmeared), Row(33, 25, 256, kNoise),
+          Row(50, 10, 60, kNoise), Row(11, 11, 10, kNoise), Row(12, 12, -5, kNoise), Row(10, 20, 7, kNoise),
+          Row(5, 13, 3, kNoise), Row(1, 40, 3, kNoise), Row(6, 11, 0, kConstant), Row(300, 40, 90, kBlackOrWhite)}) {
         const auto count = static_cast<std::size_t>(width * height);
         GuardedBuffer<std::uint8_t> plane(count, 1);
         GuardedBuffer<std::uint8_t> map(count, 5);

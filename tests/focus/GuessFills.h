@@ -15,27 +15,27 @@ inline std::uint32_t Hash(int x, int y) {
     return h ^ h >> 15;
 }
 
-inline constexpr Fill Noise = [](int x, int y) { return static_cast<std::uint8_t>(Hash(x, y)); };
-inline constexpr Fill Constant = [](int, int) { return std::uint8_t{137}; };
-inline constexpr Fill BlackOrWhite = [](int x, int y) { return static_cast<std::uint8_t>(Hash(x, y) % 2 * 255); };
-inline constexpr Fill Rows = [](int, int y) { return static_cast<std::uint8_t>(y % 2 == 0 ? 40 : 201); };
-inline constexpr Fill Columns = [](int x, int) { return Rows(0, x); };
-inline constexpr Fill RisingLines = [](int x, int y) { return Noise(x + y, 0); };
-inline constexpr Fill FallingLines = [](int x, int y) { return Noise(x - y, 0); };
+inline constexpr Fill kNoise = [](int x, int y) { return static_cast<std::uint8_t>(Hash(x, y)); };
+inline constexpr Fill kConstant = [](int, int) { return std::uint8_t{137}; };
+inline constexpr Fill kBlackOrWhite = [](int x, int y) { return static_cast<std::uint8_t>(Hash(x, y) % 2 * 255); };
+inline constexpr Fill kRows = [](int, int y) { return static_cast<std::uint8_t>(y % 2 == 0 ? 40 : 201); };
+inline constexpr Fill kColumns = [](int x, int) { return kRows(0, x); };
+inline constexpr Fill kRisingLines = [](int x, int y) { return kNoise(x + y, 0); };
+inline constexpr Fill kFallingLines = [](int x, int y) { return kNoise(x - y, 0); };
 // Smooth in places: many pixels lie between their neighbours, or equal them.
-inline constexpr Fill Smeared = [](int x, int y) {
+inline constexpr Fill kSmeared = [](int x, int y) {
     int sum = 0;
     for (int k = 0; k < 8; ++k) {
-        sum += Noise((3 * x + y) / 4 + k, y / 3);
+        sum += kNoise((3 * x + y) / 4 + k, y / 3);
     }
     return static_cast<std::uint8_t>(sum / 8);
 };
 // Flat but for a patch.
-inline constexpr Fill BusyPatch = [](int x, int y) {
-    return x >= 470 && x < 690 && y >= 610 && y < 830 ? Noise(x, y) : std::uint8_t{90};
+inline constexpr Fill kBusyPatch = [](int x, int y) {
+    return x >= 470 && x < 690 && y >= 610 && y < 830 ? kNoise(x, y) : std::uint8_t{90};
 };
 // The same in every block, so that windows tie but for a step of the mean.
-inline constexpr Fill EqualBlocks = [](int x, int y) {
+inline constexpr Fill kEqualBlocks = [](int x, int y) {
     return static_cast<std::uint8_t>(x % 8 * 9 + y % 8 * 5 + (x / 64 + y / 72) % 2);
 };
 

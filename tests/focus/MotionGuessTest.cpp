@@ -37,23 +37,23 @@ TEST_P(MotionGuessTest, CostsAreExact) {
         Fill fill;
         int expected = -1; // degree
     } rows[] = {
-        {"one pixel", 3, 3, {0, 0, 3, 3}, Noise},
-        {"no column", 9, 9, {3, 0, 5, 9}, Noise, 0},
-        {"no row", 9, 9, {0, 4, 9, 2}, Noise, 0},
-        {"a vector and one", 67, 9, {0, 0, 67, 9}, Noise},
-        {"a pixel less than a vector", 70, 9, {2, 1, 19, 8}, Noise},
-        {"several pieces", 1100, 6, {5, 0, 1090, 6}, Smeared},
-        {"one piece", 514, 5, {0, 0, 514, 5}, BlackOrWhite},
-        {"smooth", 150, 90, {3, 7, 140, 80}, Smeared},
-        {"noise", 131, 71, {0, 0, 130, 70}, Noise},
-        {"extremes", 131, 71, {0, 0, 130, 70}, BlackOrWhite},
-        {"beyond the width", 40, 60, {20, 10, 100, 58}, Noise},
-        {"all beyond the width", 40, 60, {200, 10, 300, 53}, Smeared},
-        {"one value", 90, 50, {0, 0, 89, 49}, Constant, 0},
-        {"rows", 90, 50, {0, 0, 89, 49}, Rows, 44},
-        {"columns", 90, 50, {0, 0, 89, 49}, Columns, 45},
-        {"rising lines", 90, 50, {0, 0, 89, 49}, RisingLines, 0},
-        {"falling lines", 90, 50, {0, 0, 89, 49}, FallingLines, 90},
+        {"one pixel", 3, 3, {0, 0, 3, 3}, kNoise},
+        {"no column", 9, 9, {3, 0, 5, 9}, kNoise, 0},
+        {"no row", 9, 9, {0, 4, 9, 2}, kNoise, 0},
+        {"a vector and one", 67, 9, {0, 0, 67, 9}, kNoise},
+        {"a pixel less than a vector", 70, 9, {2, 1, 19, 8}, kNoise},
+        {"several pieces", 1100, 6, {5, 0, 1090, 6}, kSmeared},
+        {"one piece", 514, 5, {0, 0, 514, 5}, kBlackOrWhite},
+        {"smooth", 150, 90, {3, 7, 140, 80}, kSmeared},
+        {"noise", 131, 71, {0, 0, 130, 70}, kNoise},
+        {"extremes", 131, 71, {0, 0, 130, 70}, kBlackOrWhite},
+        {"beyond the width", 40, 60, {20, 10, 100, 58}, kNoise},
+        {"all beyond the width", 40, 60, {200, 10, 300, 53}, kSmeared},
+        {"one value", 90, 50, {0, 0, 89, 49}, kConstant, 0},
+        {"rows", 90, 50, {0, 0, 89, 49}, kRows, 44},
+        {"columns", 90, 50, {0, 0, 89, 49}, kColumns, 45},
+        {"rising lines", 90, 50, {0, 0, 89, 49}, kRisingLines, 0},
+        {"falling lines", 90, 50, {0, 0, 89, 49}, kFallingLines, 90},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.what);
@@ -114,24 +114,24 @@ TEST(MotionGuess, OfPackedPixelsIsThatOfThePlainForm) {
         Fill fill;
         reference::Region kept = {}; // what an earlier picture left
     } rows[] = {
-        {{97, 61}, Smeared},
-        {{97, 61, FoPixelFmt_BGRX32, 12, true}, Noise},
-        {{97, 61}, Constant},
-        {{1, 1}, Noise},
-        {{2, 700}, Noise, {0, 8}},
-        {{512, 300, FoPixelFmt_BGR24, 1}, Smeared},
-        {{513, 513}, Noise, {40, 24}}, // reaches beyond the plane at the right and bottom
-        {{600, 300, FoPixelFmt_BGRX32, 0, true}, RisingLines, {320, 48}},
-        {{600, 640, FoPixelFmt_BGRX32, 4}, Smeared},
-        {{1699999, 1}, Noise},
-        {{1709, 995, FoPixelFmt_BGR24, 2}, Smeared},        // 1700455: half size, odd
-        {{1307, 1300}, Smeared},                            // 1699100: the largest kind of full size
-        {{1700, 1000, FoPixelFmt_BGR24, 0, true}, Smeared}, // 1700000: half size, its rectangle leaves the plane
-        {{2200, 800, FoPixelFmt_BGRX32, 8}, Smeared},       // the same, further
-        {{800, 2200}, Columns},                             // to the right of the plane
-        {{800000, 3}, Noise},
-        {{3, 800000}, Noise},
-        {{1, 1700000}, Noise}, // half of it has no columns
+        {{97, 61}, kSmeared},
+        {{97, 61, FoPixelFmt_BGRX32, 12, true}, kNoise},
+        {{97, 61}, kConstant},
+        {{1, 1}, kNoise},
+        {{2, 700}, kNoise, {0, 8}},
+        {{512, 300, FoPixelFmt_BGR24, 1}, kSmeared},
+        {{513, 513}, kNoise, {40, 24}}, // reaches beyond the plane at the right and bottom
+        {{600, 300, FoPixelFmt_BGRX32, 0, true}, kRisingLines, {320, 48}},
+        {{600, 640, FoPixelFmt_BGRX32, 4}, kSmeared},
+        {{1699999, 1}, kNoise},
+        {{1709, 995, FoPixelFmt_BGR24, 2}, kSmeared},        // 1700455: half size, odd
+        {{1307, 1300}, kSmeared},                            // 1699100: the largest kind of full size
+        {{1700, 1000, FoPixelFmt_BGR24, 0, true}, kSmeared}, // 1700000: half size, its rectangle leaves the plane
+        {{2200, 800, FoPixelFmt_BGRX32, 8}, kSmeared},       // the same, further
+        {{800, 2200}, kColumns},                             // to the right of the plane
+        {{800000, 3}, kNoise},
+        {{3, 800000}, kNoise},
+        {{1, 1700000}, kNoise}, // half of it has no columns
     };
     const simd::VectorClass before = simd::ActiveVectorClass();
     for (const auto& [picture, fill, kept] : rows) {
@@ -168,7 +168,7 @@ TEST_P(MotionGuessTest, LuminanceIsWeighedWith256PartsAndPicked) {
         SCOPED_TRACE(picture);
         GuardedBuffer<std::uint8_t> pixels(picture.Bytes(), 1);
         unsigned char* const top = picture.TopRow(pixels.data());
-        Paint(picture, Noise, top);
+        Paint(picture, kNoise, top);
         constexpr std::uint8_t kColours[] = {255, 255, 255, 0, 0, 255}; // white, then red
         std::copy_n(kColours, 3, top);
         std::copy_n(kColours + 3, 3, top + 2 * picture.PixelBytes());

@@ -10,20 +10,20 @@
 
 namespace {
 
-constexpr std::size_t Misalignments[] = {0, 1, 6, 13};
-constexpr float Infinity = std::numeric_limits<float>::infinity();
+constexpr std::size_t kMisalignments[] = {0, 1, 6, 13};
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
 struct FloatRow {
     float value;
     std::uint8_t byte;
     float storedBack; ///< by PackComplexToU8
 };
-const FloatRow FloatRows[] = {
+const FloatRow kFloatRows[] = {
     {10.7f, 10, 10.7f},        {11.5f, 11, 11.5f},       {0.99999994f, 0, 0.99999994f}, {-0.0f, 0, 0.0f},
     {-0.5f, 0, 0.0f},          {-1.0f, 0, 0.0f},         {254.99998f, 254, 254.99998f}, {255.0f, 255, 255.0f},
     {255.00002f, 255, 255.0f}, {256.0f, 255, 255.0f},    {300.0f, 255, 255.0f},         {1e10f, 255, 255.0f},
-    {-3e9f, 0, 0.0f},          {FLT_MAX, 255, 255.0f},   {-FLT_MAX, 0, 0.0f},           {Infinity, 255, 255.0f},
-    {-Infinity, 0, 0.0f},      {std::nanf(""), 0, 0.0f}, {1e-42f, 0, 1e-42f},
+    {-3e9f, 0, 0.0f},          {FLT_MAX, 255, 255.0f},   {-FLT_MAX, 0, 0.0f},           {kInfinity, 255, 255.0f},
+    {-kInfinity, 0, 0.0f},     {std::nanf(""), 0, 0.0f}, {1e-42f, 0, 1e-42f},
 };
 
 /// Runs `member` on every count from 0 to 67 and several misalignments of both pointers, over an input made by
@@ -31,8 +31,8 @@ const FloatRow FloatRows[] = {
 template <typename In, typename Out>
 void CheckRows(void (*member)(In*, Out*, std::uint32_t), auto input, auto output, auto after) {
     using Element = std::remove_const_t<In>;
-    for (const std::size_t sourceAt : Misalignments) {
-        for (const std::size_t destinationAt : Misalignments) {
+    for (const std::size_t sourceAt : kMisalignments) {
+        for (const std::size_t destinationAt : kMisalignments) {
             for (std::uint32_t count = 0; count <= 67; ++count) {
                 GuardedBuffer<Element> source(count, sourceAt);
                 GuardedBuffer<Element> sourceAfter(count);
@@ -53,7 +53,7 @@ void CheckRows(void (*member)(In*, Out*, std::uint32_t), auto input, auto output
 }
 
 const FloatRow& Float(std::size_t k) {
-    return FloatRows[k % std::size(FloatRows)];
+    return kFloatRows[k % std::size(kFloatRows)];
 }
 std::uint8_t Byte(std::size_t k) {
     return static_cast<std::uint8_t>(k * 83 + 5);

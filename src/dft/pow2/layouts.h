@@ -75,13 +75,13 @@ struct Separated {
 
     Separated operator+(std::ptrdiff_t vectors) const { return {at + 2 * kLines<V> * vectors}; }
     friend LaneComplex<V> Load(Separated from, std::ptrdiff_t k) {
-        const Real<V>* const at = (from + k).at;
-        return {simd::CLARIBOX_VECTOR_CLASS::Load<V>(at), simd::CLARIBOX_VECTOR_CLASS::Load<V>(at + kLines<V>)};
+        const Real<V>* const re = (from + k).at;
+        return {simd::CLARIBOX_VECTOR_CLASS::Load<V>(re), simd::CLARIBOX_VECTOR_CLASS::Load<V>(re + kLines<V>)};
     }
     friend void Store(Separated to, std::ptrdiff_t k, LaneComplex<V> x) {
-        Real<V>* const at = (to + k).at;
-        simd::CLARIBOX_VECTOR_CLASS::Store(at, x.re);
-        simd::CLARIBOX_VECTOR_CLASS::Store(at + kLines<V>, x.im);
+        Real<V>* const re = (to + k).at;
+        simd::CLARIBOX_VECTOR_CLASS::Store(re, x.re);
+        simd::CLARIBOX_VECTOR_CLASS::Store(re + kLines<V>, x.im);
     }
 };
 

@@ -80,8 +80,8 @@ ChMatrix<double> SolveWeights(const ChMatrix<float>& normal, const ChMatrix<floa
     ChMatrixToDouble(solution, right);
     ChMatrixToDouble(matrix, normal);
     const std::unique_ptr<int[]> pivots(new int[static_cast<std::size_t>(matrix.m_Rows)]);
-    int info =
-        0; // ignored: a singular matrix is required to leave the right-hand side (DeconvMatrixTest)
+    // Ignored: a singular matrix is required to leave the right-hand side (DeconvMatrixTest pins it).
+    int info = 0;
     const kernels::DefaultFloatingMode mode;
     dgesv_(&matrix.m_Rows, &right.m_Cols, matrix.m_Data, &matrix.m_Rows, pivots.get(), solution.m_Data, &right.m_Rows,
            &info);
