@@ -66,8 +66,10 @@ void CheckRun(const Layout& layout, const Lines& lines, DftCode format, DftCode 
         if (sign > 0 && isInPlace && format == DFT_PACK_FULL) {
             restored.push_back(0); // the element behind the line is cleared
         }
-        append(input, sign < 0 ? line : Packed<Real>(format, lines.spectra[t], 1, kNotLooked));
-        append(expected, sign < 0 ? Packed<Real>(format, lines.spectra[t], scale, 0 * scale) : restored);
+        const std::vector<Real> packed =
+            Packed<Real>(format, lines.spectra[t], sign < 0 ? scale : 1, sign < 0 ? 0 * scale : kNotLooked);
+        append(input, sign < 0 ? std::as_const(line) : packed);
+        append(expected, sign < 0 ? packed : std::as_const(restored));
     }
     const Job job(kPrecisionOf<Real>, DFT_REAL, layout.lengths, placement);
     job->packed_format = format;
