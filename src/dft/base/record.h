@@ -42,7 +42,7 @@ enum DftStatus : std::int32_t {
     DFT_KERNEL_FAILURE = 7, ///< a plan refused for another reason than memory
 };
 
-inline constexpr int kMaximumRank = 7;
+inline constexpr int kMaximumRank = 7; ///< given; pinned by Descriptor.StatusesOfCreation
 
 struct DftDescriptor;
 template <typename Real>

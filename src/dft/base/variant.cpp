@@ -10,7 +10,7 @@ std::atomic<std::int32_t> dft_variant_code{-1};
 
 namespace {
 
-constexpr std::size_t kOverrideCharacters = 32;
+constexpr std::size_t kOverrideCharacters = 32; // given; pinned by Dispatch.VariantOfOverride
 
 ProcessorIdentity ThisProcessor() {
     ProcessorIdentity processor = {};
@@ -75,6 +75,9 @@ std::int32_t dft_select_variant() {
 
 namespace {
 
+// All given. Limits of blocks decide how passes pair up, so other values change bytes; groups are a matter of caches
+// alone. Pinned by Pow2.LengthsFallIntoGroupsAndBlocks and Pow2.CommitTable (the alignment); those of one-shot jobs by
+// JobLife.OneShotByVariant, those of threads by Driver.ThreadsOfALineByVariant and Driver.RegionsFromLimitsOfElements.
 // Double precision runs by one set of pass limits in all variants.
 constexpr DftTuning kDefault = {
     .name = "default",

@@ -160,7 +160,7 @@ void engine_free_buffers() {
 }
 
 namespace {
-constexpr std::size_t kPlanAlignment = 32;
+constexpr std::size_t kPlanAlignment = 32; // given; EngineMemory.PlanMemoryIsAlignedAndKnowsItsHeapBlock pins it
 // Room for the word below the result and for moving it up to a multiple of the alignment.
 constexpr std::size_t kPlanHeader = kPlanAlignment + sizeof(void*);
 } // namespace

@@ -10,8 +10,8 @@
 
 namespace dft {
 
-inline constexpr int kThreadSlots = 64;
-inline constexpr int kBlocksPerThread = 32;
+inline constexpr int kThreadSlots = 64;     ///< given; pinned by EngineMemory.The65thThreadGetsNullAndTheLockIsFree
+inline constexpr int kBlocksPerThread = 32; ///< given; the tests of EngineMemory fill all of them
 
 /// The cached blocks of one thread. Only `owner_thread` is shared; it changes under `engine_table_lock`.
 struct EngineBlockSlot {

@@ -11,12 +11,20 @@
 
 namespace dft {
 
-inline constexpr int kDftPlanTag = 13;
+inline constexpr int kDftPlanTag = 13; ///< given, as the next: hosts may look at a plan's tag
 inline constexpr int kRealPlanTag = 15;
-inline constexpr int kLargestTiny = 4; ///< up to it a plan needs no table
+inline constexpr int kLargestTiny = 4; ///< given: up to it a plan needs no table
+
+/// Given, and enough: a length below 2^31 has at most 19 odd factors (3^20 > 2^31), or a 2 and fifteen fours.
 inline constexpr int kMaximumStages = 20;
-inline constexpr int kLargestFactor = 150; ///< no prime above it enters the mixed-radix method
-inline constexpr int kGroupPoints = 2000;  ///< a block of at most so many points stays in the first-level cache
+
+/// Given: no prime above it enters the mixed-radix method, since the direct sum over it would cost more than
+/// Bluestein's convolution. Pinned by DftPlan.LengthChoosesTheMethod.
+inline constexpr int kLargestFactor = 150;
+
+/// Given: a group of blocks has at most so many points, 16,000 bytes in single precision, half of a first-level cache
+/// of 32 KiB. Pinned by DftPlan.StagesAndDigitReversal.
+inline constexpr int kGroupPoints = 2000;
 
 /// One radix of the mixed-radix method, in the order of the factor list.
 template <typename Real>

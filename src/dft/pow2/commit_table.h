@@ -24,9 +24,10 @@
 
 namespace dft {
 
-inline constexpr int kFirstListBits = 5;
-inline constexpr int kFirstTripleBits = 15;
-inline constexpr int kLastStageBits = 11; ///< log2 of the points of the shortest radix-2 stage in the table
+// Given: what a host reads in a committed table. Pinned by Pow2.CommitTable.
+inline constexpr int kFirstListBits = 5;    ///< log2 of the shortest line whose table has lists of the bit reversal
+inline constexpr int kFirstTripleBits = 15; ///< log2 of the shortest line whose table has radix-4 triples
+inline constexpr int kLastStageBits = 11;   ///< log2 of the points of the shortest radix-2 stage in the table
 
 /// A table as its transforms read it.
 template <typename Real>

@@ -11,8 +11,8 @@
 namespace dft {
 namespace {
 
-constexpr int kLargestOrder = 30;
-constexpr int kLargestTinyOrder = 3;
+constexpr int kLargestOrder = 30;    // the largest power of two among 32-bit lengths; pinned by DftPlan.Refusals
+constexpr int kLargestTinyOrder = 3; // given: plans up to 8 points have no tables
 
 std::int32_t* MakeBitReversal(int order) {
     if (order >= kBlockedOrder) {

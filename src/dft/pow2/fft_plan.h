@@ -9,10 +9,10 @@
 
 namespace dft {
 
-inline constexpr int kFftPlanTag = 4;
+inline constexpr int kFftPlanTag = 4; ///< given
 
-inline constexpr int kBlockedOrder = 15;   ///< from it on the bit reversal works in place
-inline constexpr int kLastSmallStage = 15; ///< log2 of the points of the last stage in `stage_tables`
+inline constexpr int kBlockedOrder = 15;   ///< given: from it on the bit reversal works in place
+inline constexpr int kLastSmallStage = 15; ///< given: log2 of the points of the last stage in `stage_tables`
 
 /// Log2 of the elements of the blocks that the first pass makes. Always inlined: vector sources share no function.
 [[gnu::always_inline]] constexpr int FirstBlockBits(int order) {

@@ -8,7 +8,7 @@
 namespace dft {
 namespace {
 
-constexpr int kShortestSubtransformBits = 4;
+constexpr int kShortestSubtransformBits = 4; // derived: the passes of a block need 16 points
 
 /// Log2 of the number of sub-transforms: as many as threads, rounded down to a power of two.
 int LevelsFor(std::int32_t threads, int log2_length) {

@@ -24,7 +24,7 @@ Real* WriteStage(Real* group, std::int64_t count, int powers, Root root) {
     return group;
 }
 
-inline constexpr int kStaticBits = 12; ///< log2 of the longest stage
+inline constexpr int kStaticBits = 12; ///< given: log2 of the longest stage
 
 template <typename Real>
 struct StaticTables {

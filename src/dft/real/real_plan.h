@@ -10,7 +10,9 @@
 
 namespace dft {
 
-inline constexpr int kLargestRealDirect = 180; ///< odd lengths without a factorisation, up to it: the direct method
+/// Given: up to it an odd length without a factorisation takes the direct method, beyond it Bluestein's. Above the 150
+/// of complex lines, as the direct sum over real elements is half the work. Pinned by DftPlan.LengthChoosesTheMethod.
+inline constexpr int kLargestRealDirect = 180;
 
 /// Plan for `length` real elements. Its BasicDftPlan has the tag kRealPlanTag and the method, tables and `work_bytes`
 /// of the complex transform inside, of n/2 elements for an even length n, else of n; the direct method of an odd
