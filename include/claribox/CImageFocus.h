@@ -114,7 +114,7 @@ public:
     void GetEstRect(int& left, int& top, int& right, int& bottom) const;
 
     /// The same in the coordinates of the full picture: all four doubled above `FoHalfSizePixels`, with no bound by
-    /// the picture's size. A picture of exactly so many pixels, already looked at in half size, still reports the
+    /// the picture's size. A picture of exactly that many pixels, though examined at half size, still reports the
     /// half-size coordinates: required (EstRectTest).
     void GetEstRectActSize(int& left, int& top, int& right, int& bottom) const;
 

@@ -1,4 +1,4 @@
-// Exported free functions: builders of point spread functions and of the deconvolution kernel, and the road into the
+// Exported free functions: builders of point spread functions and of the deconvolution kernel, and the way into the
 // frequency domain and back. Exhausted memory is not reported: the call faults or throws what the global `new` throws.
 // A transform that finds none does neither: what it was to fill is then undefined.
 #pragma once

@@ -30,7 +30,7 @@ struct Ranges {
     Span Middle(int r) const { return r > H / 8 && r < H / 2 ? Span{0, W} : Span{W / 8 + 1, W / 2}; }
     Span Low(int r) const { return r < H / 8 ? Span{0, W / 8} : Span{0, 0}; }
 
-    // What is left out of the picture when one range is shown alone. The middle one leaves two spans.
+    // What is removed from the picture when one range is shown alone. For the middle one that is two spans.
     Span AllButFinest(int r) const { return r < H / 2 ? Span{0, W / 2} : Span{0, 0}; }
     Span BelowMiddle(int r) const { return r > H / 8 && r < H / 2 ? Span{0, 0} : Span{0, std::min(W / 8 + 1, W)}; }
     Span AboveMiddle(int r) const { return r > H / 8 && r < H / 2 ? Span{0, 0} : Span{std::max(W / 8 + 1, W / 2), W}; }

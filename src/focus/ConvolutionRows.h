@@ -8,7 +8,7 @@
 
 namespace focus {
 
-/// The row functions may read and, unless told otherwise, write up to this many elements past their count, so that
+/// The row functions may read and, unless stated otherwise, write up to this many elements past their count, so that
 /// they need no tail loops. Sums and folded samples of a row stand in an order of each class's own within this many
 /// columns.
 inline constexpr int kRowSlack = 64;

@@ -27,7 +27,7 @@ int PlaneCount(const MirroredKernel& layout) {
     return layout.pairCount + (layout.hasBox ? 1 : 0);
 }
 
-// All but the coefficients.
+// Everything but the coefficients.
 MirroredKernel LayoutOf(const QuantisedKernel& kernel) {
     MirroredKernel layout{};
     layout.halfRows = kernel.RowsAbove();

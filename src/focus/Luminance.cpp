@@ -13,7 +13,7 @@ namespace focus {
 namespace {
 
 constexpr int kAlignment = 64;
-constexpr int kPiece = 2048; // pixels that are split at a time, and stay in the first cache
+constexpr int kPiece = 2048; // pixels split at a time; they stay in the first-level cache
 
 std::size_t SampleCount(int width, int height) {
     return static_cast<std::size_t>(std::max(width, 0)) * static_cast<std::size_t>(std::max(height, 0));

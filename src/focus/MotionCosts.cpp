@@ -64,7 +64,7 @@ public:
             Unpack();
         }
         m_PackedPixels += count;
-        // A pixel after the other and not an octant after the other: neighbouring pixels often meet in the same place,
+        // Pixel by pixel rather than octant by octant: neighbouring pixels often meet in the same place,
         // and one would wait for the other.
         for (int x = 0; x < count; ++x) {
             for (std::size_t octant = 0; octant < kOctants; ++octant) {
@@ -74,7 +74,7 @@ public:
         }
     }
 
-    // Empties the packed sums into the wide ones; has to be the last call before those are read.
+    // Adds the packed sums to the wide ones; must be the last call before those are read.
     void Unpack() {
         for (std::size_t octant = 0; octant < kOctants; ++octant) {
             for (std::size_t point = 0; point <= kEntries; ++point) {
@@ -94,7 +94,7 @@ public:
     const std::array<Distances, kEntries + 1>& Between(std::size_t octant) const { return m_Between[octant]; }
 
 private:
-    // A sum of two distances is packed into one number: one addition instead of two. Half of it holds so many of 255.
+    // A sum of two distances is packed into one number: one addition instead of two. Half of it holds this many of 255.
     static constexpr int kMostPacked = 1 << 24;
 
     static const TurningPoints& Points() {

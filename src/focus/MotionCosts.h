@@ -28,7 +28,7 @@ struct MotionCost {
 inline constexpr int kMotionDegrees = 360;
 
 /// For each degree the sum, over the measured pixels of a plane with rows of `width` bytes, of |A + (B - A) * t - P|:
-/// P is the pixel, A a neighbour at a corner and B one at a side of it, and t an entry of MotionTanTable, all told by
+/// P is the pixel, A a neighbour at a corner and B one at a side of it, and t an entry of MotionTanTable, all chosen by
 /// the degree. Exact for every plane that fits into memory. A rectangle may reach beyond the width: rows are then read
 /// on into the next.
 std::array<MotionCost, kMotionDegrees> MotionCosts(const std::uint8_t* plane, int width, const EstRect& rect);

@@ -4,7 +4,7 @@
 namespace focus {
 
 /// Given: tangents of 0 to 44 degrees to six places. Some last digits are off the true tangent; required as they stand,
-/// since ties between degrees hang on them. MotionGuessTest pins the table.
+/// since ties between degrees depend on them. MotionGuessTest pins the table.
 inline constexpr float MotionTanTable[45] = {
     0.000000f, 0.017455f, 0.034921f, 0.052408f, 0.069927f, 0.087489f, 0.105104f, 0.122784f, 0.140541f,
     0.158384f, 0.176327f, 0.194380f, 0.212556f, 0.230868f, 0.249328f, 0.267949f, 0.286745f, 0.305730f,

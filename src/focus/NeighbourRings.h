@@ -11,7 +11,7 @@ namespace focus {
 /// Octant o lies between neighbours o and o + 1 (mod 8).
 inline constexpr int kNeighbours = 8;
 
-/// Pixels of one piece of a row. Sums of so many distances in 16-bit lanes stay below 2^15 in every class.
+/// Pixels of one piece of a row. Sums of that many distances in 16-bit lanes stay below 2^15 in every class.
 inline constexpr int kRingColumns = 512;
 
 /// Samples past the piece that the row function reads and disregards.

@@ -24,8 +24,9 @@ private:
     const QuantisedKernel& m_Kernel;
     int m_Width;
     int m_Height;
-    std::vector<double> m_Reciprocals; // of the last piece, which those below it mostly share; one if it is interior
-    std::array<int, 3> m_Known{};      // column of that piece, -1 if it is interior, and the kernel rows that weigh
+    std::vector<double>
+        m_Reciprocals;            // of the last piece, mostly shared by those below it; a single one if it is interior
+    std::array<int, 3> m_Known{}; // column of that piece, -1 if it is interior, and the kernel rows that weigh
     const ConvolutionRows& m_Rows = ActiveConvolutionRows();
 };
 

@@ -32,7 +32,7 @@ std::uint64_t Microseconds(std::uint64_t ticks, std::uint64_t frequency) {
     return ticks * 100000 / (frequency / 10);
 }
 
-/// Returns ticks a second, or 0 where there is no counter; so counts one too slow to be divided by a tenth of.
+/// Returns ticks a second, or 0 where there is no counter; likewise for one too slow to divide by ten.
 std::uint64_t UsableFrequency(ProcessorPort& port) {
     const std::uint64_t frequency = port.CounterFrequency();
     return frequency < 10 ? 0 : frequency;
@@ -42,7 +42,7 @@ std::uint32_t Megahertz(std::uint64_t cycles, std::uint64_t microseconds) {
     return microseconds == 0 ? 0 : static_cast<std::uint32_t>(cycles / microseconds);
 }
 
-/// True if the last three estimates, oldest first, are as good as one.
+/// True if the last three estimates, oldest first, agree.
 bool Agree(std::int64_t first, std::int64_t second, std::int64_t third) {
     const std::int64_t sum = first + second + third;
     return std::abs(2 * third - (first + second)) <= kTolerance && std::abs(3 * second - sum) <= kTolerance &&
@@ -70,7 +70,7 @@ std::uint32_t MeasureTimeStampClock(ProcessorPort& port) {
         if (priorityKnown) {
             port.SetThreadPriority(priority);
         }
-        // The low halves alone: a pass is far shorter than the time in which they come round.
+        // The low halves alone: a pass is far shorter than the time in which they wrap around.
         const std::uint32_t passCycles =
             static_cast<std::uint32_t>(end.timeStamp) - static_cast<std::uint32_t>(start.timeStamp);
         const std::uint64_t passMicroseconds = Microseconds(end.counter - start.counter, frequency);

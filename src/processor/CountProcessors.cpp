@@ -5,7 +5,7 @@
 namespace processor {
 namespace {
 
-/// Returns the cores of one package, 1..64; 1 where the processor does not tell.
+/// Returns the cores of one package, 1..64; 1 if the processor does not report it.
 int CoresPerPackage(ProcessorPort& port) {
     CpuidRegisters leaf0;
     port.ReadCpuid(0, 0, leaf0);

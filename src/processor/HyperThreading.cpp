@@ -27,7 +27,7 @@ bool SecondSiblingRuns(ProcessorPort& port, const ProcessorSet& process, std::ui
         mask = static_cast<std::uint8_t>(mask << 1);
     }
     bool seen = false;
-    // The first one seen decides, and each visit is a move between processors: the rest is spared.
+    // The first one seen decides, and each visit is a move between processors: the rest is skipped.
     for (std::size_t number = 0; number < process.size() && !seen; ++number) {
         if (process[number] && port.SetAffinity(ProcessorSet().set(number))) {
             port.Yield();

@@ -5,8 +5,8 @@
 
 namespace processor {
 
-/// Stores in `siblings` the logical processors of one package, 1..255 (0 where they cannot be told), and in `packages`
-/// the packages that the logical processors of the system make up (-1 where that cannot be told).
+/// Stores in `siblings` the logical processors of one package, 1..255 (0 if unknown), and in `packages`
+/// the packages that the logical processors of the system make up (-1 if unknown).
 ///
 /// Only where the processor is a "GenuineIntel" whose family field is 15 or whose extended family is not 0, with the
 /// feature bit of hyper-threading, does it

@@ -3,7 +3,7 @@
 
 #include "claribox/KernelTable.h"
 
-/// Processors by the widest of the instruction sets told apart here, in rising order.
+/// Processors by the widest of the instruction sets distinguished here, in rising order.
 enum class ProcessorClass { Plain, MMX, SSE, SSE2 };
 
 inline constexpr ProcessorClass ProcessorClasses[] = {ProcessorClass::Plain, ProcessorClass::MMX, ProcessorClass::SSE,

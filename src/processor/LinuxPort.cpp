@@ -45,7 +45,7 @@ public:
         }
         system = process;
         // The kernel names no processor here that is not in use, so equal numbers mean equal sets. Where some are
-        // missing, which ones does not matter, and the first that the process lacks stand for them.
+        // missing, which ones does not matter: the first that the process lacks are taken for them.
         const auto inUse = std::min(static_cast<std::size_t>(ProcessorCount()), kMaxProcessors);
         for (std::size_t number = 0; system.count() < inUse; ++number) {
             system.set(number);

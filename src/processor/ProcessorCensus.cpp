@@ -42,7 +42,7 @@ std::uint32_t ProcessorHasSSE2() {
 namespace processor {
 namespace {
 
-/// What Intel's processors tell in leaf 1 beyond the fields all vendors share.
+/// What Intel's processors report in leaf 1 beyond the fields all vendors share.
 void ReadIntelFields(const CpuidRegisters& leaf1, CensusResults& results) {
     results.family += Field(leaf1.eax, 20, 8);
     results.model += Field(leaf1.eax, 16, 4) << 4;

@@ -63,7 +63,7 @@ extern int CensusPackages;
 /// Cores in one package, 1..64 once counted.
 extern int CensusCoresPerPackage;
 
-/// Logical processors of one core, 0..255. By the rule of `CountProcessors` 0 wherever a package tells fewer logical
+/// Logical processors of one core, 0..255. By the rule of `CountProcessors` 0 wherever a package reports fewer logical
 /// processors than cores, on processors of several cores without hyper-threading among others, and where the packages
 /// are unknown.
 extern int CensusThreadsPerCore;
@@ -81,7 +81,7 @@ int ProcessorCensus(processor::ProcessorPort& port, processor::CensusResults& re
 ///
 /// On "GenuineIntel" processors whose family field is 15 or whose extended family is not 0, and that report
 /// hyper-threading with two or more logical processors in a package, the calling thread visits one
-/// processor after the other and is then free to run where it was before. On all others it is never moved.
+/// processor after another and is then free to run where it was before. On all others it is never moved.
 int CountProcessors(int& packages, int& coresPerPackage, int& threadsPerCore);
 
 /// The same for the machine behind `port`.

@@ -103,7 +103,7 @@ void* StreamingCopy(void* destination, const void* source, std::uint32_t bytes) 
         CopyOne<std::uint8_t>(at);
     }
     _mm_empty();
-    _mm_sfence(); // streamed stores are not ordered otherwise, and another thread may be told of the copy next
+    _mm_sfence(); // streamed stores are not ordered otherwise, and another thread may be notified of the copy next
     return destination;
 }
 

@@ -1,4 +1,4 @@
-// The members of `KernelTable` in vector instructions. The contract of each slot is told in claribox/KernelTable.h;
+// The members of `KernelTable` in vector instructions. The contract of each slot is in claribox/KernelTable.h;
 // here stands what is particular to the member. All take pointers of any alignment and leave the MMX state clear.
 //
 // Each runs its vector body over the whole passes and leaves the rest to the scalar rule of its slot, which differs

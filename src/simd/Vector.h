@@ -94,7 +94,7 @@ inline U16 LoadWidenedU8(const std::uint8_t* address) {
 
 /// Two vectors of 32-bit lanes that hold the columns 0 .. 2 * kLanes - 1 of a row in split order: `even` those of the
 /// fours 0, 2, 4 .. of columns, `odd` those of the fours 1, 3, 5 .. . It is the order in which the instructions that
-/// interleave and pack, each within 16 bytes, come and go.
+/// interleave and pack within 16 bytes produce and expect.
 template <typename Vector>
 struct SplitColumns {
     Vector even;

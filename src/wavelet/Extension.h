@@ -1,4 +1,4 @@
-// How a line goes on beyond its ends. The buffer holds `size` samples from index `margin` on and `margin` cells on
+// How a line is extended beyond its ends. The buffer holds `size` samples from index `margin` on and `margin` cells on
 // either side. Templates, since the columns of a plane extend lines of row numbers instead of samples.
 #pragma once
 

@@ -9,7 +9,7 @@
 
 namespace wavelet {
 
-/// How a line goes on beyond its ends: repeated, or mirrored with the kinds of the line itself in the forward
+/// How a line is extended beyond its ends: repeated, or mirrored with the kinds of the line itself in the forward
 /// direction and of its low and high samples in the inverse.
 struct LineEnds {
     bool mirrored;

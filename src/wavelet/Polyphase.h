@@ -3,7 +3,7 @@
 //
 //     forward:  even and odd samples -> low and high samples        inverse:  low and high samples -> even and odd
 //
-// so that lines along rows and lines along columns, there and back, are all weighted sums of shifted sequences.
+// so that rows and columns, forward and inverse, are all weighted sums of shifted sequences.
 #pragma once
 
 #include "WaveletFilterSet.h"

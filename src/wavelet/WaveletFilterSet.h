@@ -15,11 +15,11 @@ struct WaveletFilter {
     float* taps;  ///< owned
 };
 
-/// An analysis and a synthesis pair of filters, and how lines go on beyond their ends. Given low-pass filters sum to
-/// the square root of 2, so that one level in both directions multiplies a flat area by 2.
+/// An analysis and a synthesis pair of filters, and how lines are extended beyond their ends. Given low-pass filters
+/// sum to the square root of 2, so that one level in both directions multiplies a flat area by 2.
 struct WaveletFilterSet {
     /// Builds the high-pass filters from the low-pass ones (quadrature mirrors: H[1 - k] = (-1)^(k+1) L[k], the
-    /// analysis filter from the synthesis one and the other way round; Cohen, Daubechies and Feauveau 1992). A null
+    /// analysis filter from the synthesis one and vice versa; Cohen, Daubechies and Feauveau 1992). A null
     /// `synthesisTaps` makes the set orthogonal: synthesis then uses the analysis filters.
     WaveletFilterSet(int mirrorExtension, const float* analysisTaps, int analysisCount, int analysisFirst,
                      const float* synthesisTaps, int synthesisCount, int synthesisFirst);

@@ -22,7 +22,7 @@ inline constexpr int kMaximumStages = 20;
 /// Bluestein's convolution. Pinned by DftPlan.LengthChoosesTheMethod.
 inline constexpr int kLargestFactor = 150;
 
-/// Given: a group of blocks has at most so many points, 16,000 bytes in single precision, half of a first-level cache
+/// Given: a group of blocks has at most this many points, 16,000 bytes in single precision, half of a first-level cache
 /// of 32 KiB. Pinned by DftPlan.StagesAndDigitReversal.
 inline constexpr int kGroupPoints = 2000;
 

@@ -20,7 +20,7 @@
 
 extern "C" {
 // LAPACK: solves A X = B by LU factorisation with partial pivoting. Matrices are stored column after column; `a`
-// and `ipiv` receive the factors, `b` the solution. A positive `info` tells a singular matrix and leaves `b` alone.
+// and `ipiv` receive the factors, `b` the solution. A positive `info` means a singular matrix, and `b` is unchanged.
 void dgesv_(const int* n, const int* nrhs, double* a, const int* lda, int* ipiv, double* b, const int* ldb, int* info);
 }
 

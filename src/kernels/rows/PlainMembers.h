@@ -1,5 +1,5 @@
 // The plain members of the ten slots of `KernelTable`: element by element, in index order, for any processor. The
-// contract of each is told at its slot in claribox/KernelTable.h.
+// contract of each stands at its slot in claribox/KernelTable.h.
 #pragma once
 
 #include "claribox/KernelTable.h"

@@ -8,7 +8,7 @@
 
 namespace kernels {
 
-/// Arithmetic goes in double precision; a stored part is rounded to float once, unless told otherwise. Every class
+/// Arithmetic goes in double precision; a stored part is rounded to float once, unless stated otherwise. Every class
 /// gives the same bytes, all but the x87 unit, which computes in more than double precision. Pointers need no
 /// alignment.
 struct SpectrumPasses {
