@@ -25,7 +25,7 @@ endfunction()
 function(claribox_add_vector_objects plain_objects)
   get_property(sources GLOBAL PROPERTY CLARIBOX_VECTOR_SOURCES)
   # In loops that it vectorises itself g++ 12 fuses the multiplications and additions of complex numbers, in spite of
-  # -ffp-contract=off. The transforms' vectors are written out; DriverTest.EveryLayoutOnEveryRoad would notice.
+  # -ffp-contract=off. The transforms' vectors are written out; DriverTest.EveryLayoutEqualsTheDefinition... would notice.
   set(transforms ${sources})
   list(FILTER transforms INCLUDE REGEX "/src/dft/")
   set(flags $<$<CXX_COMPILER_ID:GNU>:-fno-tree-loop-vectorize>)

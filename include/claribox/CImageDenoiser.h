@@ -52,7 +52,7 @@ public:
     void GetEstRect(int& left, int& top, int& right, int& bottom) const;
 
     /// Denoises in place: the luminance plane by shrinkage of its wavelet coefficients, the chrominance planes by a
-    /// mean of like neighbours. With the measurement on, stores the measured threshold and its region. Takes 8 bytes
+    /// mean of like neighbours. With the measurement on, stores the measured threshold and its region. Takes 4 bytes
     /// a pixel and below 2 MiB of working memory. Throws what the global `new` throws where memory runs out; each
     /// plane is then either as it was or finished, and what was measured until then is stored.
     void Denoise_YUV(unsigned char* y, unsigned char* u, unsigned char* v);
@@ -62,7 +62,7 @@ public:
 
     /// Replaces a plane by what it holds in one range of frequencies: 0 the finest detail, 1 the middle, 2 the coarse
     /// rest; any other value keeps everything. Ranges without the coarse rest have a mean near 0, and
-    /// only their positive swings show. Memory and exceptions as `Denoise_YUV`.
+    /// only their positive swings show. Takes 8 bytes a pixel; exceptions as `Denoise_YUV`.
     void ShowFreqBand(unsigned char* plane, int band);
 
 private:

@@ -4,10 +4,11 @@
 // of them overlap: both required, and pinned by CoefficientShapingTest.
 #include <claribox/CImageDenoiser.h>
 
+#include "CoefficientShaping.h"
 #include "NeighbourMeans.h"
+#include "SampleRows.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
 
 namespace denoise {
@@ -47,43 +48,9 @@ void ForEachSpan(float* coefficients, const Ranges& ranges, Span (Ranges::*range
     }
 }
 
-// Shrinkage rules (D. L. Donoho, 1995; H.-Y. Gao, 1998, for the garrote). What is below the threshold becomes 0; for
-// the rest the rule is rounded to float once, for which the soft rule needs no wider type.
-struct Soft {
-    static float Shrink(float x, float a, float t) {
-        const float sign = x > 0.0f ? 1.0f : x < 0.0f ? -1.0f : 0.0f;
-        return sign * (a - t);
-    }
-};
-struct Hard {
-    static float Shrink(float x, float, float) { return x; }
-};
-struct Garrote {
-    static float Shrink(float x, float a, float t) {
-        const double wide = static_cast<double>(a);
-        const double threshold = static_cast<double>(t);
-        return static_cast<float>(static_cast<double>(x) * (1.0 - threshold * threshold / (wide * wide)));
-    }
-};
-
-template <typename Rule>
-void ShrinkSpan(float* begin, float* end, float threshold) {
-    for (float* at = begin; at < end; ++at) {
-        const float magnitude = std::fabs(*at);
-        *at = magnitude < threshold ? 0.0f : Rule::Shrink(*at, magnitude, threshold);
-    }
-}
-
 void Shrink(int type, float* begin, float* end, float threshold) {
-    switch (type) {
-    case 0:
-        return ShrinkSpan<Soft>(begin, end, threshold);
-    case 1:
-        return ShrinkSpan<Hard>(begin, end, threshold);
-    case 2:
-        return ShrinkSpan<Garrote>(begin, end, threshold);
-    default:
-        return;
+    if (type >= 0 && type <= 2 && begin < end) {
+        ActiveSampleRows().Shrink[type](begin, threshold, end - begin);
     }
 }
 
@@ -93,6 +60,17 @@ void ShrinkRange(float* coefficients, const Ranges& ranges, Span (Ranges::*range
 }
 
 } // namespace
+
+void ShrinkHighAndMiddle(const ShrinkingRule& rule, int row, int begin, int end, float* values) {
+    const Ranges ranges{rule.width, rule.height};
+    const auto shrink = [&](const Span& span, float threshold) {
+        const int first = std::max(span.begin, begin);
+        Shrink(rule.type, values + (first - begin), values + (std::min(span.end, end) - begin), threshold);
+    };
+    shrink(ranges.High(row), rule.high);
+    shrink(ranges.Middle(row), rule.middle);
+}
+
 } // namespace denoise
 
 void CImageDenoiser::_coeff_thresholding(float& coefficient, float threshold) {

@@ -29,14 +29,14 @@ struct ByteCells {
             sum += sample & like;
             count -= like;
         }
-        // Sums are at most 9 * 255, for which multiplying by ceil(65536 / count) and dropping 16 bits divides exactly.
-        U16 quotient = reinterpret_cast<U16>(sum);
+        // 2 * sum * ceil(32768 / count) / 65536 is above sum / count by less than 2 * 9 * 255 / 65536, and that by less
+        // than 1/9 from the next whole number: dropping 16 bits divides exactly.
+        U16 reciprocals = U16{} + std::uint16_t{32768};
         for (int n = 2; n <= 9; ++n) {
-            const auto reciprocal = static_cast<std::uint16_t>((65536 + n - 1) / n);
             const U16 isCount = reinterpret_cast<U16>(count == static_cast<Element>(n));
-            const U16 divided = MultiplyHigh(reinterpret_cast<U16>(sum), U16{} + reciprocal);
-            quotient = (divided & isCount) | (quotient & ~isCount);
+            reciprocals = (static_cast<std::uint16_t>((32768 + n - 1) / n) & isCount) | (reciprocals & ~isCount);
         }
+        const U16 quotient = MultiplyHigh(reinterpret_cast<U16>(sum + sum), reciprocals);
         return reinterpret_cast<Vector>(quotient);
     }
 };

@@ -3,7 +3,6 @@
 
 #include "Extension.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -52,13 +51,14 @@ public:
         }
     }
 
-    /// Takes (size + 1) / 2 low samples and the size / 2 high ones behind them. A periodic line of one sample has no
-    /// high one, and its low one stands in: required (the rows 1 wide and 1 high of tests/wavelet pin it).
-    void TakeBands(const T* samples) {
+    /// The place of the (size + 1) / 2 low samples (0) or of the size / 2 high ones (1).
+    T* Band(int sequence) { return m_Sequences[sequence].data() + m_Margin; }
+
+    /// Continues both bands. A periodic line of one sample has no high one, and its low one stands in: required (the
+    /// rows 1 wide and 1 high of tests/wavelet pin it).
+    void ExtendBands() {
         const int low = (m_Size + 1) / 2;
         m_Origin = m_Margin;
-        std::copy_n(samples, low, m_Sequences[0].data() + m_Margin);
-        std::copy_n(samples + low, m_Size - low, m_Sequences[1].data() + m_Margin);
         Extend(m_Sequences[0].data(), low, m_Margin, m_Ends.mirrored, m_Ends.low);
         if (m_Size == 1 && !m_Ends.mirrored) {
             m_Sequences[1] = m_Sequences[0];

@@ -19,8 +19,8 @@ public:
     /// Transforms width * height floats of `input` into `output`, another array, through `levels` levels; 0 copies.
     /// `extension` is 0 for periodic lines, -1 for the choice of the set, 1 or any other value for mirrored ones. Rows
     /// go first. With mirrored lines a level that starts from 2 samples or fewer in a direction prints two warnings and
-    /// an error and goes on all the same. Needs a few lines and a strip of columns of working memory, below 2 MiB up to
-    /// 16000 samples a side.
+    /// an error and goes on all the same. Needs about ten rows of each level as working memory, below 2 MiB up to 16000
+    /// columns; where lines repeat, whole levels.
     void Forward2D(const float* input, float* output, int width, int height, int levels, int extension) const;
 
     /// The inverse: columns first, from the deepest level out. `levels` must be at least 1. Exact up to the rounding of
