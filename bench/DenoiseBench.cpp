@@ -108,7 +108,7 @@ void Measure(benchmark::State& state, const Scene& scene, const Denoise& denoise
     {
         const MemoryMeter meter; // this first run also brings in code and memory
         denoise(work);
-        const double floats = 2.0 * sizeof(float) * static_cast<double>(scene.clean.size());
+        const double floats = 1.0 * sizeof(float) * static_cast<double>(scene.clean.size());
         if (ours) {
             state.counters["working_KiB"] = (static_cast<double>(meter.PeakBytes()) - floats) / 1024.0;
         }

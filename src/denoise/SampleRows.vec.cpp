@@ -1,4 +1,4 @@
-// Plain loops: the compiler vectorises them.
+// Where a loop is plain the compiler vectorises it.
 #include "SampleRows.h"
 
 #include "simd/Vector.h"
@@ -6,7 +6,9 @@
 namespace denoise::CLARIBOX_VECTOR_CLASS {
 namespace {
 
-void Load(const std::uint8_t* __restrict pixels, float* __restrict samples, std::ptrdiff_t count) {
+using namespace simd::CLARIBOX_VECTOR_CLASS;
+
+void LoadPixels(const std::uint8_t* __restrict pixels, float* __restrict samples, std::ptrdiff_t count) {
     for (std::ptrdiff_t i = 0; i < count; ++i) {
         samples[i] = pixels[i];
     }
@@ -25,35 +27,57 @@ void Restore(float* __restrict samples, std::uint8_t* __restrict pixels, std::pt
     }
 }
 
+F32 Bits(I32 mask, F32 x) {
+    return reinterpret_cast<F32>(mask & reinterpret_cast<I32>(x));
+}
+
 struct Soft {
-    static float Shrink(float x, float a, float t) {
-        const float sign = x > 0.0f ? 1.0f : x < 0.0f ? -1.0f : 0.0f;
+    static F32 Shrink(F32 x, F32 a, F32 t) {
+        const F32 one = F32{} + 1.0f;
+        const F32 sign = Bits(x > 0.0f, one) - Bits(x < 0.0f, one);
         return sign * (a - t);
     }
 };
 struct Hard {
-    static float Shrink(float x, float, float) { return x; }
+    static F32 Shrink(F32 x, F32, F32) { return x; }
 };
 struct Garrote {
-    static float Shrink(float x, float a, float t) {
-        const double wide = static_cast<double>(a);
-        const double threshold = static_cast<double>(t);
-        return static_cast<float>(static_cast<double>(x) * (1.0 - threshold * threshold / (wide * wide)));
+    static F32 Shrink(F32 x, F32 a, F32 t) {
+        const auto shrink = [](F64 wide, F64 magnitude, F64 threshold) {
+            return wide * (1.0 - threshold * threshold / (magnitude * magnitude));
+        };
+        const F64Pair wide = Widen(x);
+        const F64Pair magnitude = Widen(a);
+        const F64Pair threshold = Widen(t);
+        return Narrow(
+            {shrink(wide.low, magnitude.low, threshold.low), shrink(wide.high, magnitude.high, threshold.high)});
     }
 };
 
 template <typename Rule>
 void Shrink(float* samples, float threshold, std::ptrdiff_t count) {
-    for (std::ptrdiff_t i = 0; i < count; ++i) {
-        const float x = samples[i];
-        const float magnitude = __builtin_fabsf(x);
-        const float shrunk = Rule::Shrink(x, magnitude, threshold);
-        samples[i] = magnitude < threshold ? 0.0f : shrunk;
+    constexpr std::ptrdiff_t kStep = kLanes<float>;
+    const F32 t = F32{} + threshold;
+    const auto shrink = [t](float* address) {
+        const F32 x = Load<F32>(address);
+        const F32 magnitude = reinterpret_cast<F32>(reinterpret_cast<I32>(x) & INT32_MAX);
+        Store(address, Bits(~(magnitude < t), Rule::Shrink(x, magnitude, t)));
+    };
+    std::ptrdiff_t i = 0;
+    for (; i + kStep <= count; i += kStep) {
+        shrink(samples + i);
+    }
+    if (i < count) { // through a copy, so that the last ones get the same instructions
+        float last[kStep] = {};
+        const std::size_t bytes = static_cast<std::size_t>(count - i) * sizeof(float);
+        __builtin_memcpy(last, samples + i, bytes);
+        shrink(last);
+        __builtin_memcpy(samples + i, last, bytes);
     }
 }
 
 } // namespace
 
-const SampleRows kSampleRows = {Load, Restore, {Shrink<Soft>, Shrink<Hard>, Shrink<Garrote>}};
+const SampleRows kSampleRows = {LoadPixels, Restore, {Shrink<Soft>, Shrink<Hard>, Shrink<Garrote>}};
 
 } // namespace denoise::CLARIBOX_VECTOR_CLASS
