@@ -147,11 +147,11 @@ int LargestDifference(const Picture& picture, int half, const std::uint8_t* firs
     return largest;
 }
 
-// Peak of heap memory beyond the three byte planes of an operation of ours.
+// Peak of heap memory of an operation of ours.
 double WorkingKiB(const Run& run, Picture& picture) {
     const MemoryMeter meter;
     run(picture);
-    return (static_cast<double>(meter.PeakBytes()) - 3.0 * static_cast<double>(picture.PixelCount())) / 1024.0;
+    return static_cast<double>(meter.PeakBytes()) / 1024.0;
 }
 
 void Measure(benchmark::State& state, const Subject& subject, const Picture& original, Picture& work) {

@@ -22,15 +22,16 @@ struct TapPair {
 
 /// A kernel that equals its mirror images, and the layout of its folded rows.
 ///
-/// A folded row is made of planes of `columns` elements. Plane p holds, for each column, the sum of the two samples at
+/// A folded row is made of planes of `samples` elements. Plane p holds, for each sample, the sum of the two samples at
 /// distance 2p to its left and right and that at distance 2p + 1, two 16-bit numbers side by side, the first in the
 /// low half (at distance 0: the sample alone). With a box there is one more plane: 65536 times the sum of all samples
 /// that the kernel's width covers, added up over all folded rows so far, modulo 2^32.
 struct MirroredKernel {
     int halfRows; ///< rows above the middle, and below
     int halfCols;
+    int step;                          ///< samples from a column to the next: of packed pixels 3
     int pairCount;                     ///< halfCols / 2 + 1
-    int columns;                       ///< a multiple of kRowSlack
+    int samples;                       ///< a multiple of kRowSlack
     bool hasBox;                       ///< every coefficient is 65536 more than it says
     const std::uint32_t* coefficients; ///< for each pair of distances, for each row from the middle: the two
 };
@@ -40,7 +41,7 @@ struct ConvolutionRows {
     void (*FoldRow)(const MirroredKernel& kernel, const std::uint8_t* samples, const std::uint32_t* before,
                     std::uint32_t* folded, int count);
 
-    /// upperSums[x] and lowerSums[x] = the mirrored kernel's sums of products at column x of two successive rows,
+    /// upperSums[x] and lowerSums[x] = the mirrored kernel's sums of products at sample x of two successive rows,
     /// modulo 2^32. `rows` are the 2 * halfRows + 2 folded rows that the kernel covers there, from the top down, after
     /// the one above them.
     void (*SumFolded)(const MirroredKernel& kernel, const std::uint32_t* const* rows, std::int32_t* upperSums,

@@ -35,8 +35,8 @@ void FoldRowWith(const MirroredKernel kernel, const std::uint8_t* samples, const
         SplitColumns<U16> box = {}; // sums of even and odd distances apart, modulo 2^16
         std::uint32_t* plane = folded + x;
         U16 even = LoadWidenedU8(samples + x);
-        for (int j = 1;; j += 2, plane += kernel.columns) {
-            const U16 odd = j <= kernel.halfCols ? LoadPair(samples + x, j) : U16{};
+        for (int j = 1;; j += 2, plane += kernel.samples) {
+            const U16 odd = j <= kernel.halfCols ? LoadPair(samples + x, j * kernel.step) : U16{};
             const SplitColumns<U32> pairs = Interleave(even, odd);
             Store(plane, pairs.even);
             Store(plane + kLane32, pairs.odd);
@@ -47,10 +47,10 @@ void FoldRowWith(const MirroredKernel kernel, const std::uint8_t* samples, const
             if (j >= kernel.halfCols) {
                 break;
             }
-            even = LoadPair(samples + x, j + 1);
+            even = LoadPair(samples + x, (j + 1) * kernel.step);
         }
         if (hasBox) {
-            const std::ptrdiff_t at = kernel.pairCount * kernel.columns + x;
+            const std::ptrdiff_t at = kernel.pairCount * kernel.samples + x;
             Store(folded + at, Load<U32>(before + at) + HighSum(box.even));
             Store(folded + at + kLane32, Load<U32>(before + at + kLane32) + HighSum(box.odd));
         }
@@ -70,7 +70,7 @@ void SumFoldedBlock(const MirroredKernel& kernel, const std::uint32_t* const* ro
     I32 upper[kBlock] = {};
     I32 lower[kBlock] = {};
     if (kernel.hasBox) {
-        const std::ptrdiff_t at = kernel.pairCount * kernel.columns + x;
+        const std::ptrdiff_t at = kernel.pairCount * kernel.samples + x;
         const auto box = [&](int endRow, int k) {
             return Load<U32>(rows[endRow] + at + k * kLane32) -
                    Load<U32>(rows[endRow - 2 * kernel.halfRows - 1] + at + k * kLane32);
@@ -83,7 +83,7 @@ void SumFoldedBlock(const MirroredKernel& kernel, const std::uint32_t* const* ro
     const std::uint32_t* const* const middle = rows + kernel.halfRows + 1;
     const std::uint32_t* coefficients = kernel.coefficients;
     for (int p = 0; p < kernel.pairCount; ++p) {
-        const std::ptrdiff_t at = p * kernel.columns + x;
+        const std::ptrdiff_t at = p * kernel.samples + x;
         I16 above[kBlock];
         I16 below[kBlock];
         const I16 middleWeights = reinterpret_cast<I16>(U32{} + *coefficients++);

@@ -9,7 +9,7 @@ constexpr std::int32_t kBoxCoefficient = 65536;
 
 // What one output row needs of the folded rows should leave room in a first-level cache of 32 KiB or more.
 constexpr int kCachedBytes = 24 << 10;
-constexpr int kMostColumns = 512;
+constexpr int kMostSamples = 512;
 
 bool FitsInto16Bits(const QuantisedKernel& kernel, std::int32_t base) {
     for (int i = 0; i < kernel.Rows(); ++i) {
@@ -28,14 +28,15 @@ int PlaneCount(const MirroredKernel& layout) {
 }
 
 // Everything but the coefficients.
-MirroredKernel LayoutOf(const QuantisedKernel& kernel) {
+MirroredKernel LayoutOf(const QuantisedKernel& kernel, int step) {
     MirroredKernel layout{};
     layout.halfRows = kernel.RowsAbove();
     layout.halfCols = kernel.ColsLeft();
+    layout.step = step;
     layout.pairCount = layout.halfCols / 2 + 1;
     layout.hasBox = !FitsInto16Bits(kernel, 0);
     const int cached = kCachedBytes / (kernel.Rows() * PlaneCount(layout) * static_cast<int>(sizeof(std::uint32_t)));
-    layout.columns = std::clamp(cached / kRowSlack * kRowSlack, kRowSlack, kMostColumns);
+    layout.samples = std::clamp(cached / kRowSlack * kRowSlack, kRowSlack, kMostSamples);
     return layout;
 }
 
@@ -64,13 +65,13 @@ bool MirroredSums::Serves(const QuantisedKernel& kernel) {
 }
 
 MirroredSums::MirroredSums(const QuantisedKernel& kernel, const SourceBand& band)
-    : m_Band(band), m_Layout(LayoutOf(kernel)) {
+    : m_Band(band), m_Layout(LayoutOf(kernel, band.Step())) {
     m_Coefficients = PairedCoefficients(kernel, m_Layout);
     m_Layout.coefficients = m_Coefficients.data();
     const std::size_t rowSize =
-        static_cast<std::size_t>(PlaneCount(m_Layout)) * static_cast<std::size_t>(m_Layout.columns);
+        static_cast<std::size_t>(PlaneCount(m_Layout)) * static_cast<std::size_t>(m_Layout.samples);
     const auto ringRows = static_cast<std::size_t>(kernel.Rows()) + 2;
-    m_UpperSums.resize(static_cast<std::size_t>(m_Layout.columns));
+    m_UpperSums.resize(static_cast<std::size_t>(m_Layout.samples));
     m_LowerSums.resize(m_UpperSums.size());
     m_Ring.resize(ringRows * rowSize);
     for (std::size_t row = 0; row < 2 * ringRows; ++row) {
@@ -106,7 +107,7 @@ const std::int32_t* MirroredSums::SumNextRow() {
     return m_LowerSums.data();
 }
 
-TapSums::TapSums(const QuantisedKernel& kernel, const SourceBand& band) : m_Band(band), m_Sums(kMostColumns) {
+TapSums::TapSums(const QuantisedKernel& kernel, const SourceBand& band) : m_Band(band), m_Sums(kMostSamples) {
     int taps = 0;
     for (int i = 0; i < kernel.Rows(); ++i) {
         for (int j = 0; j < kernel.Cols(); ++j) {
@@ -115,8 +116,8 @@ TapSums::TapSums(const QuantisedKernel& kernel, const SourceBand& band) : m_Band
                 continue;
             }
             const std::ptrdiff_t offset =
-                std::ptrdiff_t{i - kernel.RowsAbove()} * static_cast<std::ptrdiff_t>(band.Stride()) + j -
-                kernel.ColsLeft();
+                std::ptrdiff_t{i - kernel.RowsAbove()} * static_cast<std::ptrdiff_t>(band.Stride()) +
+                std::ptrdiff_t{j - kernel.ColsLeft()} * band.Step();
             const auto low = static_cast<std::int16_t>(coefficient);
             const auto high = static_cast<std::uint16_t>((std::int64_t{coefficient} - low) >> 16);
             const int side = taps++ % 2;
@@ -131,8 +132,8 @@ TapSums::TapSums(const QuantisedKernel& kernel, const SourceBand& band) : m_Band
     }
 }
 
-int TapSums::TileColumns() const {
-    return kMostColumns;
+int TapSums::TileSamples() const {
+    return kMostSamples;
 }
 
 void TapSums::StartTile(int x, int count) {

@@ -1,8 +1,8 @@
 // The two ways in which the spatial filter forms its sums of products, chosen by the shape of the kernel.
 //
-// Both work down a tile: some columns of a band of rows, few enough that what they need stays in the first-level cache.
-// StartTile() takes the column where the tile begins and their number, at most TileColumns(); SumNextRow() then returns
-// the sums of the tile's rows, one at a call from the top down, valid until the next call.
+// Both work down a tile: some samples of each row of a band, few enough that what they need stays in the first-level
+// cache. StartTile() takes the sample where the tile begins and their number, at most TileSamples(); SumNextRow() then
+// returns the sums of the tile's rows, one at a call from the top down, valid until the next call.
 #pragma once
 
 #include "ConvolutionRows.h"
@@ -25,10 +25,13 @@ public:
     /// True if the kernel is mirrored and its coefficients, or what is left of them after 65536, fit into 16 bits.
     static bool Serves(const QuantisedKernel& kernel);
 
+    /// What the band has to hold about each pixel.
+    static Reach ReachOf(const QuantisedKernel& kernel) { return kernel.FullReach(); }
+
     MirroredSums(const QuantisedKernel& kernel, const SourceBand& band);
     MirroredSums(const MirroredSums&) = delete; // holds addresses of its own parts
 
-    int TileColumns() const { return m_Layout.columns; }
+    int TileSamples() const { return m_Layout.samples; }
     void StartTile(int x, int count);
     const std::int32_t* SumNextRow();
 
@@ -53,9 +56,11 @@ private:
 /// among its 961. Two at a time, each split into two parts of 16 bits.
 class TapSums {
 public:
+    static Reach ReachOf(const QuantisedKernel& kernel) { return kernel.NonzeroReach(); }
+
     TapSums(const QuantisedKernel& kernel, const SourceBand& band);
 
-    int TileColumns() const;
+    int TileSamples() const;
     void StartTile(int x, int count);
     const std::int32_t* SumNextRow();
 

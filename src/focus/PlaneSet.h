@@ -15,11 +15,14 @@ public:
     FoPlaneSet(const FoPlaneSet&) = delete;
     FoPlaneSet& operator=(const FoPlaneSet&) = delete;
 
-    /// Takes packed pixels apart; nothing happens for a format that is not known.
-    void Split(const unsigned char* pixels, FoPixelFmt format, int pitch);
+    /// Takes packed pixels apart; nothing happens for a format that is not known. With rows firstRow .. endRow - 1
+    /// alone, several threads may each do a part.
+    void Split(const unsigned char* pixels, FoPixelFmt format, int pitch) { Split(pixels, format, pitch, 0, m_Height); }
+    void Split(const unsigned char* pixels, FoPixelFmt format, int pitch, int firstRow, int endRow);
 
     /// Writes the planes over packed pixels, all but the fourth byte; nothing happens for a format that is not known.
-    void Merge(unsigned char* pixels, FoPixelFmt format, int pitch) const;
+    void Merge(unsigned char* pixels, FoPixelFmt format, int pitch) const { Merge(pixels, format, pitch, 0, m_Height); }
+    void Merge(unsigned char* pixels, FoPixelFmt format, int pitch, int firstRow, int endRow) const;
 
     /// First, second and third plane.
     unsigned char* const (&All() const)[3] { return m_Planes; }

@@ -27,18 +27,22 @@ inline int& WorkersLeftOut() {
 }
 
 /// Starts one thread a job on `entry`, in order, and joins them in the same order. A job whose thread could not be
-/// started is left undone, without a word.
+/// started is left undone, without a word; if it has a `LeaveOut()`, that is called here at once.
 template <typename Job>
-void RunOnThreads(void* (*entry)(void*), Job (&jobs)[3]) {
+void RunOnThreads(void* (*entry)(void*), Job (&jobs)[3], bool (&started)[3]) {
     pthread_attr_t attributes;
     pthread_attr_init(&attributes);
     pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_JOINABLE);
     pthread_t threads[3];
-    bool started[3];
     WorkersLeftOut() = 0;
     for (int k = 0; k < 3; ++k) {
         started[k] = pthread_create(&threads[k], &attributes, entry, &jobs[k]) == 0;
         WorkersLeftOut() += started[k] ? 0 : 1;
+        if constexpr (requires { jobs[k].LeaveOut(); }) {
+            if (!started[k]) {
+                jobs[k].LeaveOut();
+            }
+        }
     }
     pthread_attr_destroy(&attributes);
     for (int k = 0; k < 3; ++k) {
@@ -46,6 +50,12 @@ void RunOnThreads(void* (*entry)(void*), Job (&jobs)[3]) {
             pthread_join(threads[k], nullptr);
         }
     }
+}
+
+template <typename Job>
+void RunOnThreads(void* (*entry)(void*), Job (&jobs)[3]) {
+    bool started[3];
+    RunOnThreads(entry, jobs, started);
 }
 
 } // namespace focus

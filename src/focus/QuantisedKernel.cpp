@@ -31,6 +31,19 @@ QuantisedKernel::QuantisedKernel(const ChMatrix<float>& kernel)
     }
 }
 
+Reach QuantisedKernel::NonzeroReach() const {
+    Reach reach = {};
+    for (int i = 0; i < m_Rows; ++i) {
+        for (int j = 0; j < m_Cols; ++j) {
+            if (At(i, j) != 0) {
+                reach = {std::max(reach.above, RowsAbove() - i), std::max(reach.below, i - RowsAbove()),
+                         std::max(reach.left, ColsLeft() - j), std::max(reach.right, j - ColsLeft())};
+            }
+        }
+    }
+    return reach;
+}
+
 bool QuantisedKernel::IsMirrored() const {
     if (m_Rows % 2 == 0 || m_Cols % 2 == 0) {
         return false;

@@ -8,6 +8,17 @@
 
 namespace focus {
 
+/// How far a kernel reaches from the pixel under it, in rows and columns, each 0 or more.
+struct Reach {
+    int above;
+    int below;
+    int left;
+    int right;
+
+    int Rows() const { return above + 1 + below; }
+    int Cols() const { return left + 1 + right; }
+};
+
 /// Integer coefficients of a kernel, row after row: each is 65536 times the float, truncated toward zero. Their sum
 /// is the divisor of the filter, so that a kernel needs no normalisation. All sums wrap at 32 bits.
 class QuantisedKernel {
@@ -25,6 +36,10 @@ public:
         return m_Coefficients[static_cast<std::size_t>(row) * static_cast<std::size_t>(m_Cols) +
                               static_cast<std::size_t>(col)];
     }
+
+    /// As far as its sides, and as far as its coefficients are not zero: those of a motion line are on one side.
+    Reach FullReach() const { return {RowsAbove(), Rows() - 1 - RowsAbove(), ColsLeft(), Cols() - 1 - ColsLeft()}; }
+    Reach NonzeroReach() const;
 
     /// True if both sides are odd and the kernel equals its mirror images left to right and top to bottom.
     bool IsMirrored() const;

@@ -10,23 +10,25 @@
 
 namespace focus {
 
-/// Divides the sums of a picture's pixels, a piece of a row at a time. Away from the left and right edges one divisor
+/// Divides the sums of a picture's samples, a piece of a row at a time. Away from the left and right edges one divisor
 /// serves the whole piece.
 class Quotients {
 public:
-    /// For pieces of at most `columns` pixels of a picture of `width` by `height`. The kernel must outlive the object.
-    Quotients(const QuantisedKernel& kernel, int width, int height, int columns);
+    /// For pieces of at most `samples` samples of a picture of `width` by `height` pixels, each of `step` samples. The
+    /// kernel must outlive the object.
+    Quotients(const QuantisedKernel& kernel, int width, int height, int step, int samples);
 
-    /// Stores the quotients of pixels x .. x + count - 1 of row y, truncated toward zero and saturated to 0..255.
+    /// Stores the quotients of samples x .. x + count - 1 of row y, truncated toward zero and saturated to 0..255.
     void Store(const std::int32_t* sums, int x, int y, int count, std::uint8_t* samples);
 
 private:
     const QuantisedKernel& m_Kernel;
     int m_Width;
     int m_Height;
+    int m_Step;
     std::vector<double>
         m_Reciprocals;            // of the last piece, mostly shared by those below it; a single one if it is interior
-    std::array<int, 3> m_Known{}; // column of that piece, -1 if it is interior, and the kernel rows that weigh
+    std::array<int, 3> m_Known{}; // first sample of that piece, -1 if it is interior, and the kernel rows that weigh
     const ConvolutionRows& m_Rows = ActiveConvolutionRows();
 };
 

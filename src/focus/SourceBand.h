@@ -1,7 +1,8 @@
-// The source rows that a band of output rows needs, kept while the plane is overwritten from the top down.
+// The source rows that a band of output rows needs, kept while the picture is overwritten from the top down.
 #pragma once
 
 #include "ConvolutionRows.h"
+#include "PictureSamples.h"
 #include "QuantisedKernel.h"
 
 #include <algorithm>
@@ -11,18 +12,18 @@
 
 namespace focus {
 
-/// Copies of successive rows of a plane: those of a band of output rows, and above and below them as many as the
+/// Copies of successive rows of samples: those of a band of output rows, and above and below them as many as the
 /// kernel reaches. A band has an even number of rows, so that they can be worked on two at once; the last may reach
-/// below the plane. Samples outside the plane read as zeros. Memory: about (band + kernel rows) * (width + kernel
-/// columns) bytes, whatever the plane's height.
+/// below the picture. Samples outside the picture read as zeros. Memory: about (band + kernel rows) * (width + kernel
+/// columns) samples, whatever the height.
 class SourceBand {
 public:
-    SourceBand(const std::uint8_t* plane, int width, int height, const QuantisedKernel& kernel)
-        : m_Plane(plane), m_Width(width), m_Height(height), m_Above(kernel.RowsAbove()), m_Left(kernel.ColsLeft()),
-          m_Kept(kernel.Rows() - 1),
-          m_Stride(static_cast<std::size_t>(width) + static_cast<std::size_t>(kernel.Cols() - 1) + kRowSlack),
+    SourceBand(const PictureSamples& picture, const Reach& reach)
+        : m_Picture(picture), m_Above(reach.above),
+          m_Left(static_cast<std::size_t>(reach.left) * static_cast<std::size_t>(picture.Step())),
+          m_Kept(reach.Rows() - 1), m_Stride(StrideOf(picture, reach)),
           m_Count(EvenAbove(
-              std::min(height, std::clamp(static_cast<int>(kUsualBytes / m_Stride) - m_Kept, kFewest, kMost)))),
+              std::min(picture.height, std::clamp(static_cast<int>(kUsualBytes / m_Stride) - m_Kept, kFewest, kMost)))),
           m_First(-m_Count), m_Rows(m_Stride * static_cast<std::size_t>(m_Kept + m_Count), 0) {
         CopyRows(m_Count, m_Kept);
     }
@@ -35,43 +36,53 @@ public:
         CopyRows(m_Kept, m_Count);
     }
 
-    /// The output rows of the band that lie inside the plane.
+    /// The output rows of the band that lie inside the picture.
     int First() const { return m_First; }
-    int End() const { return std::min(m_First + m_Count, m_Height); }
+    int End() const { return std::min(m_First + m_Count, m_Picture.height); }
 
-    /// Column 0 of row y, which the kernel reaches from the band. Rows are Stride() bytes apart.
+    /// Sample 0 of row y, which the kernel reaches from the band. Rows are Stride() bytes apart, samples of
+    /// neighbouring pixels Step().
     const std::uint8_t* Row(int y) const {
-        return m_Rows.data() + static_cast<std::size_t>(y - m_First + m_Above) * m_Stride +
-               static_cast<std::size_t>(m_Left);
+        return m_Rows.data() + static_cast<std::size_t>(y - m_First + m_Above) * m_Stride + m_Left;
     }
     std::size_t Stride() const { return m_Stride; }
+    int Step() const { return m_Picture.Step(); }
+
+    /// The bytes of the smallest band.
+    static std::size_t FewestBytes(const PictureSamples& picture, const Reach& reach) {
+        return StrideOf(picture, reach) * static_cast<std::size_t>(reach.Rows() - 1 + kFewest);
+    }
 
 private:
-    // More rows a band cost fewer copies of the rows that two bands share, and more memory.
+    // More rows a band cost fewer copies of the rows that two bands share, and more memory; a second-level cache of
+    // 1 MiB should hold them. Tuned on pictures of 4000x3000.
+    static constexpr std::size_t kUsualBytes = std::size_t{640} << 10;
     static constexpr int kMost = 64;
     static constexpr int kFewest = 8;
-    static constexpr std::size_t kUsualBytes = std::size_t{384} << 10;
 
     static int EvenAbove(int count) { return count + count % 2; }
+
+    static std::size_t StrideOf(const PictureSamples& picture, const Reach& reach) {
+        return (static_cast<std::size_t>(picture.width) + static_cast<std::size_t>(reach.Cols() - 1)) *
+                   static_cast<std::size_t>(picture.Step()) +
+               kRowSlack;
+    }
 
     // Fills `count` of the rows held, from the one at `index` on.
     void CopyRows(int index, int count) {
         for (int y = m_First - m_Above + index; count > 0; ++y, --count) {
             std::uint8_t* const row = const_cast<std::uint8_t*>(Row(y));
-            const auto width = static_cast<std::size_t>(m_Width);
-            if (y >= 0 && y < m_Height) {
-                std::memcpy(row, m_Plane + static_cast<std::size_t>(y) * width, width);
+            if (y >= 0 && y < m_Picture.height) {
+                m_Picture.Load(y, row);
             } else {
-                std::memset(row, 0, width);
+                std::memset(row, 0, static_cast<std::size_t>(m_Picture.Count()));
             }
         }
     }
 
-    const std::uint8_t* m_Plane;
-    int m_Width;
-    int m_Height;
+    PictureSamples m_Picture;
     int m_Above;
-    int m_Left;
+    std::size_t m_Left;
     int m_Kept; // rows that a band shares with the next
     std::size_t m_Stride;
     int m_Count;

@@ -33,6 +33,9 @@ TEST_P(FocusOperationsTest, EqualSplitPlainFilterAndMerge) {
         {195, 7, FoPixelFmt_BGRX32, 8},      {37, 31, FoPixelFmt_BGR24, 0, true}, {37, 31, FoPixelFmt_BGRX32, 5, true},
         {32, 33, FoPixelFmt_BGR24, 7, true}, {5, 3, FoPixelFmt_BGR24, 2},         {3, 1, FoPixelFmt_BGRX32},
         {1, 40, FoPixelFmt_BGR24, 4},        {4, 40, FoPixelFmt_BGRX32, 0, true}, {1, 1, FoPixelFmt_BGR24},
+        {345, 70, FoPixelFmt_BGRX32, 3}, // several tiles and bands
+        {10901, 3, FoPixelFmt_BGR24},    // one colour at a time for the largest kernel
+        {10901, 3, FoPixelFmt_BGRX32},
     };
     for (const auto& job : jobs) {
         for (const Picture& picture : pictures) {
