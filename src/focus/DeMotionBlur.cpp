@@ -31,7 +31,7 @@ private:
     DFT_Buffer m_Spectrum;
 };
 
-// An extended plane that the caller of InvFilter provides.
+// An extended plane for the filter to work in.
 class ScratchPlane {
 public:
     explicit ScratchPlane(const ExtendedSize& extended)
@@ -75,10 +75,11 @@ void CImageFocus::DeMotionBlur(unsigned char* pixels, FoPixelFmt format, int pit
     planes.Split(pixels, format, pitch);
     m_NoiseFactor = focus::kNoise;
     focus::MotionInverse inverse(extended, m_MotionLength, m_MotionDegree, m_NoiseFactor);
-    {
+    if (extended.Count() > 0) {
         const focus::ScratchPlane scratch(extended);
+        kernels::InverseFilter filter(extended.width, extended.height);
         for (unsigned char* const plane : planes.All()) {
-            InvFilter(plane, scratch.Bytes(), inverse.Spectrum());
+            focus::FilterInMargin(filter, extended, plane, scratch.Bytes(), inverse.Spectrum());
         }
     }
     planes.Merge(pixels, format, pitch);

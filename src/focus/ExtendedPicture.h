@@ -5,6 +5,7 @@
 #include <claribox/ChFunctions.h>
 
 #include "kernels/numbers/WrappingArithmetic.h"
+#include "kernels/spectra/InverseFilter.h"
 #include "kernels/spectra/PictureTransform.h"
 
 namespace focus {
@@ -30,5 +31,10 @@ inline void MakeInverse(DFT_Buffer& inverse, ChMatrix<float>& psf, const Extende
     ChPSF2OTF(inverse, psf, size.width, size.height);
     ChInverseOTF(inverse, size.width, size.height, noise);
 }
+
+/// Restores a plane, of the picture's size, by `inverse`. What CImageFocus::InvFilter does with its own filter;
+/// `filter`, of the extended size, may serve several planes one after the other.
+void FilterInMargin(kernels::InverseFilter& filter, const ExtendedSize& extended, unsigned char* plane,
+                    unsigned char* scratch, const DFT_Buffer& inverse);
 
 } // namespace focus

@@ -3,15 +3,41 @@
 #include <claribox/ChFunctions.h>
 
 #include "ExtendedPicture.h"
+#include "kernels/spectra/SpectrumPadding.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <initializer_list>
 #include <memory>
+#include <vector>
+
+namespace focus {
+
+void FilterInMargin(kernels::InverseFilter& filter, const ExtendedSize& extended, unsigned char* plane,
+                    unsigned char* scratch, const DFT_Buffer& inverse) {
+    const int width = extended.width - 2 * FoTransformMargin;
+    const int height = extended.height - 2 * FoTransformMargin;
+    if (width <= 0 || height <= 0) { // there is no pixel to repeat
+        return;
+    }
+    std::vector<unsigned char> row(static_cast<std::size_t>(extended.width));
+    for (int y = 0; y < extended.height; ++y) {
+        const int nearest = std::clamp(y - FoTransformMargin, 0, height - 1);
+        kernels::ExtendRow(plane + static_cast<std::ptrdiff_t>(nearest) * width, width, row.data(), FoTransformMargin);
+        filter.Take(row.data());
+    }
+    filter.Restore(inverse.m_Spectrum, scratch);
+    ChCropBuffer(plane, width, height, scratch, FoTransformMargin);
+}
+
+} // namespace focus
 
 void CImageFocus::InvFilter(unsigned char* plane, unsigned char* scratch, DFT_Buffer& inverse) {
     const focus::ExtendedSize extended(m_Width, m_Height);
-    ChEntendBuffer(plane, m_Width, m_Height, scratch, FoTransformMargin);
-    ChInverseFilter(scratch, extended.width, extended.height, inverse);
-    ChCropBuffer(plane, m_Width, m_Height, scratch, FoTransformMargin);
+    if (extended.Count() > 0) {
+        kernels::InverseFilter filter(extended.width, extended.height);
+        focus::FilterInMargin(filter, extended, plane, scratch, inverse);
+    }
 }
 
 // The alternative to DeBlur_Deconv in the frequency domain. DeBlur never takes it, and no other operation calls it: it

@@ -1,3 +1,5 @@
+#include "kernels/spectra/SpectrumPadding.h"
+
 #include "claribox/ChFunctions.h"
 
 #include <algorithm>
@@ -24,18 +26,27 @@ void CopyRow(unsigned char* to, const unsigned char* from, std::size_t bytes) {
 
 } // namespace
 
+namespace kernels {
+
+void ExtendRow(const unsigned char* from, int width, unsigned char* to, int pad) {
+    const auto margin = static_cast<std::size_t>(pad);
+    const auto columns = static_cast<std::size_t>(width);
+    std::memset(to, from[0], margin);
+    CopyRow(to + margin, from, columns);
+    std::memset(to + margin + columns, from[columns - 1], margin);
+}
+
+} // namespace kernels
+
 void ChEntendBuffer(unsigned char* src, int width, int height, unsigned char* dst, int pad) {
     if (width <= 0 || height <= 0) { // there is no pixel to repeat
         return;
     }
     const PaddedPlane plane(width, height, pad);
-    for (std::size_t y = 0; y < plane.height + 2 * plane.pad; ++y) {
-        const std::size_t nearest = std::min(std::max(y, plane.pad) - plane.pad, plane.height - 1);
-        const unsigned char* const from = src + nearest * plane.width;
-        unsigned char* const to = dst + y * plane.stride;
-        std::memset(to, from[0], plane.pad);
-        CopyRow(to + plane.pad, from, plane.width);
-        std::memset(to + plane.pad + plane.width, from[plane.width - 1], plane.pad);
+    for (int y = 0; y < height + 2 * pad; ++y) {
+        const int nearest = std::clamp(y - pad, 0, height - 1);
+        kernels::ExtendRow(src + static_cast<std::ptrdiff_t>(nearest) * width, width,
+                           dst + static_cast<std::size_t>(y) * plane.stride, pad);
     }
 }
 

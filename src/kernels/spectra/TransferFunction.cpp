@@ -1,6 +1,7 @@
 #include "claribox/ChFunctions.h"
 
 #include "kernels/spectra/PictureTransform.h"
+#include "kernels/spectra/RowColumnTransform.h"
 #include "kernels/spectra/SpectrumPasses.h"
 
 #include <algorithm>
@@ -49,7 +50,17 @@ void PlaceKernel(const ChMatrix<float>& psf, ChComplex* spectrum, int width, int
 
 void ChPSF2OTF(DFT_Buffer& otf, ChMatrix<float> psf, int width, int height) {
     PlaceKernel(psf, otf.m_Spectrum, width, height);
-    kernels::PictureTransform(width, height).Forward(otf.m_Spectrum);
+    if (width <= 0 || height <= 0) {
+        return;
+    }
+    // The rows without a part of the kernel are zeros, and so are their transforms.
+    const FittingPart rows(psf.m_Rows, height);
+    const int below = psf.Count() == 0 ? 0 : rows.end - rows.centre;
+    const int above = psf.Count() == 0 ? 0 : rows.centre - rows.begin;
+    kernels::RowColumnTransform transform(width, height);
+    transform.ForwardRows(otf.m_Spectrum, below);
+    transform.ForwardRows(otf.m_Spectrum + static_cast<std::ptrdiff_t>(height - above) * width, above);
+    transform.ForwardColumns(otf.m_Spectrum);
 }
 
 void ChInverseOTF(DFT_Buffer& otf, int width, int height, float noise) {
