@@ -5,6 +5,7 @@
 #include "Repetitions.h"
 #include "dft/dft.h"
 #include "dft/memory/engine_memory.h"
+#include "kernels/spectra/RealTransform.h"
 
 #include <claribox/KernelTable.h>
 
@@ -86,6 +87,7 @@ public:
     explicit Elements(std::size_t count) : m_Parts(2 * count), m_Block(ChAlignedAlloc(2 * count * sizeof(Real), 64)) {
         std::memset(m_Block.get(), 0, 2 * count * sizeof(Real));
     }
+    Elements(const Elements& other) : Elements(other.m_Parts / 2) { std::copy(other.begin(), other.end(), begin()); }
     Real* begin() const { return static_cast<Real*>(m_Block.get()); }
     Real* end() const { return begin() + m_Parts; }
 
@@ -209,6 +211,86 @@ void RegisterTimes(const std::string& operation, const Lengths& lengths, const s
     });
 }
 
+/// A real plane and its half spectrum, both filled: FFTW's out-of-place transform may overwrite its input as well.
+struct RealArena {
+    explicit RealArena(int planeWidth, int planeHeight)
+        : width(planeWidth), height(planeHeight), plane(Samples() / 2 + 1),
+          spectrum(static_cast<std::size_t>(width / 2 + 1) * static_cast<std::size_t>(height)) {}
+
+    std::size_t Samples() const { return static_cast<std::size_t>(width) * static_cast<std::size_t>(height); }
+    ChComplex* Spectrum() const { return reinterpret_cast<ChComplex*>(spectrum.begin()); }
+
+    const FftwRealTransform& Peer() {
+        if (!peer) {
+            fftwf_import_wisdom_from_filename(kWisdomFile);
+            peer = std::make_unique<FftwRealTransform>(Lengths{height, width}, plane.begin(), spectrum.begin(),
+                                                       FFTW_MEASURE);
+            fftwf_export_wisdom_to_filename(kWisdomFile);
+        }
+        return *peer;
+    }
+
+    /// Holds our transform in the class in force to the peer's.
+    bool IsRight() {
+        const FftwRealTransform& wanted = Peer();
+        plane.Fill(7, 1.0f);
+        wanted.Run();
+        Elements<float> expected(spectrum);
+        plane.Fill(7, 1.0f);
+        kernels::RealTransform(width, height).Forward(plane.begin(), Spectrum());
+        return RelativeError(spectrum, expected) < 2e-6;
+    }
+
+    int width;
+    int height;
+    Elements<float> plane;
+    Elements<float> spectrum;
+    std::unique_ptr<FftwRealTransform> peer;
+};
+
+/// `run()` of a filled plane.
+template <typename Run>
+void MeasureReal(benchmark::State& state, RealArena& arena, const Run& run) {
+    double total = 0.0;
+    for ([[maybe_unused]] auto _ : state) {
+        arena.plane.Fill(1, 1.0f);
+        const double start = ProcessorSeconds();
+        run();
+        const double seconds = ProcessorSeconds() - start;
+        state.SetIterationTime(seconds);
+        total += seconds;
+    }
+    state.counters["ns_per_pixel"] =
+        1e9 * total / (static_cast<double>(state.iterations()) * static_cast<double>(arena.Samples()));
+}
+
+void RegisterReal(int width, int height, const std::vector<simd::VectorClass>& classes, int repetitions) {
+    const std::string name = "DFT_real/" + SizeName({height, width}) + "/";
+    const auto arena = std::make_shared<std::unique_ptr<RealArena>>(); // made when it is first needed
+    const auto made = [=]() -> RealArena& {
+        if (!*arena) {
+            *arena = std::make_unique<RealArena>(width, height);
+        }
+        return **arena;
+    };
+    for (const simd::VectorClass vectorClass : classes) {
+        RegisterRepeated(name + SubjectName(vectorClass), benchmark::kMillisecond, 1, repetitions,
+                         [=](benchmark::State& state) {
+                             simd::ForceVectorClass(vectorClass);
+                             if (!made().IsRight()) {
+                                 state.SkipWithError("the transform differs from FFTW's");
+                                 return;
+                             }
+                             kernels::RealTransform ours(width, height);
+                             MeasureReal(state, made(), [&] { ours.Forward(made().plane.begin(), made().Spectrum()); });
+                         });
+    }
+    RegisterRepeated(name + "FFTW", benchmark::kMillisecond, 1, repetitions, [=](benchmark::State& state) {
+        const FftwRealTransform& peer = made().Peer();
+        MeasureReal(state, made(), [&] { peer.Run(); });
+    });
+}
+
 void RegisterCommit(const Lengths& lengths, simd::VectorClass vectorClass) {
     const std::string name = "DFT_commit/" + SizeName(lengths) + "/" + SubjectName(vectorClass);
     RegisterRepeated(name, benchmark::kMillisecond, 1, 21, [=](benchmark::State& state) {
@@ -282,6 +364,7 @@ void RegisterDftBenchmarks(const std::vector<simd::VectorClass>& classes) {
     dft::serial_switch = 1;
     for (const auto& [width, height] : kPlaneSizes) {
         RegisterTimes("DFT_2D", {height, width}, classes, 1, 1, width > 2500 ? 11 : 21);
+        RegisterReal(width, height, classes, width > 2500 ? 11 : 21);
     }
     for (int log2 = 8; log2 <= 16; ++log2) {
         // Long enough that the microseconds in which a processor wakes its wide units are lost among them.

@@ -44,4 +44,20 @@ private:
     typename Names::Plan m_Plan;
 };
 
+/// The forward transform of a real plane in single precision, out of place, to half spectra.
+class FftwRealTransform {
+public:
+    FftwRealTransform(const std::vector<int>& lengths, float* plane, void* spectrum, unsigned flags)
+        : m_Plan(fftwf_plan_dft_r2c(static_cast<int>(lengths.size()), lengths.data(), plane,
+                                    static_cast<fftwf_complex*>(spectrum), flags)) {}
+    ~FftwRealTransform() { fftwf_destroy_plan(m_Plan); }
+    FftwRealTransform(const FftwRealTransform&) = delete;
+    FftwRealTransform& operator=(const FftwRealTransform&) = delete;
+
+    void Run() const { fftwf_execute(m_Plan); }
+
+private:
+    fftwf_plan m_Plan;
+};
+
 } // namespace bench

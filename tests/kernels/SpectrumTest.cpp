@@ -1,6 +1,8 @@
 // The free functions of the frequency road, each against its definition in wide precision.
+#include "common/ForcedVectorClass.h"
 #include "common/GuardedBuffer.h"
 #include "common/VectorClassTest.h"
+#include "kernels/spectra/RealTransform.h"
 #include "kernels/spectra/SpectrumPasses.h"
 #include "reference/spectrum_slow.h"
 
@@ -235,6 +237,46 @@ TEST_P(SpectrumTest, PowerSpectra) {
             const double share = peak > 0.0 ? std::log(1.0 + static_cast<double>(std::norm(wide[k]))) / peak : 0.0;
             ASSERT_NEAR(plane.Read(k), 255.0 * share - 0.5, value < 0 ? 0.51 : 0.5) << "pixel " << k;
         }
+    }
+}
+
+// Blocks of rows, a last row without another, and vectors in rows of every rest; each class as the portable one.
+TEST_P(SpectrumTest, RealPlanesThereAndBack) {
+    for (const auto& [width, height] :
+         {std::tuple(1, 1), {1, 7}, {2, 2}, {7, 1}, {3, 5}, {33, 4}, {64, 31}, {131, 70}}) {
+        SCOPED_TRACE(testing::Message() << width << "x" << height);
+        const Plane source = Noise(width, height, 6);
+        const spectrum_slow::WideLine wide = spectrum_slow::Spectrum(source, width, height);
+        const std::vector<float> samples(source.begin(), source.end());
+        kernels::RealTransform transform(width, height);
+        const auto columns = static_cast<std::size_t>(width / 2 + 1);
+        ASSERT_EQ(transform.Count(), columns * static_cast<std::size_t>(height));
+        GuardedBuffer<float> plane(samples.size(), 4);
+        GuardedBuffer<ChComplex> spectrum(transform.Count(), 8);
+        const auto run = [&] {
+            std::copy(samples.begin(), samples.end(), plane.data());
+            transform.Forward(plane.data(), spectrum.data());
+            std::vector<ChComplex> forward(spectrum.data(), spectrum.data() + spectrum.size());
+            transform.Backward(spectrum.data(), plane.data());
+            return forward;
+        };
+        const std::vector<ChComplex> forward = run();
+        const double tolerance = 2e-7 * 255.0 * std::sqrt(static_cast<double>(wide.size())) * 8;
+        for (std::size_t k = 0; k < forward.size(); ++k) {
+            const auto exact = wide[k / columns * static_cast<std::size_t>(width) + k % columns];
+            ASSERT_NEAR(forward[k].re, static_cast<double>(exact.real()), tolerance) << k;
+            ASSERT_NEAR(forward[k].im, static_cast<double>(exact.imag()), tolerance) << k;
+        }
+        const auto count = static_cast<float>(samples.size());
+        for (std::size_t k = 0; k < samples.size(); ++k) {
+            ASSERT_NEAR(plane.Read(k) / count, samples[k], 5e-4) << k;
+        }
+        EXPECT_TRUE(plane.GuardsIntact() && spectrum.GuardsIntact());
+        const std::vector<float> restored(plane.data(), plane.data() + plane.size());
+        const ForcedVectorClass portable(simd::VectorClass::Portable);
+        const std::vector<ChComplex> expected = run();
+        EXPECT_TRUE(SameBytes(expected.data(), forward.data(), forward.size()));
+        EXPECT_TRUE(SameBytes(plane.data(), restored.data(), restored.size()));
     }
 }
 

@@ -10,12 +10,14 @@
 
 namespace kernels {
 
-/// Transforms the rows and the columns of spectra of `height` rows of `width` elements, both 1 or more: rows first,
-/// then columns, has the bytes of PictureTransform. Statuses of the engine are not looked at, as there.
+/// Transforms rows of `width` elements, and columns of `height` elements in rows of `columns`; all are 1 or more. Rows
+/// first, then as many columns as a row is wide, has the bytes of PictureTransform. Statuses of the engine are not
+/// looked at, as there.
 class RowColumnTransform {
 public:
-    RowColumnTransform(int width, int height)
-        : m_Rows(Job(width, 1, width, RowsInCache(width))), m_Columns(Job(height, width, 1, width)) {}
+    RowColumnTransform(int width, int height) : RowColumnTransform(width, height, width) {}
+    RowColumnTransform(int width, int height, int columns)
+        : m_Rows(Job(width, 1, width, RowsInCache(width))), m_Columns(Job(height, columns, 1, columns)) {}
     ~RowColumnTransform() {
         dft::dfti_free_descriptor(&m_Rows);
         dft::dfti_free_descriptor(&m_Columns);
