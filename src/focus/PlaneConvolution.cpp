@@ -21,9 +21,6 @@
 namespace focus {
 namespace {
 
-// What the rows of all colours under a kernel may take. Radii up to 10 stay below it up to a width of 10000 pixels.
-constexpr std::size_t kMostBandBytes = std::size_t{896} << 10;
-
 // Brings back the samples of row y of a plane that the mask keeps, from their copy in the band.
 void RestoreMasked(const PictureSamples& plane, const std::uint8_t* mask, const SourceBand& band, int y) {
     const std::uint8_t* const maskRow = mask + y * plane.pitch;
@@ -87,7 +84,7 @@ void ConvolvePixels(const PackedPicture& picture, const ChMatrix<float>& kernel)
     const Reach reach =
         MirroredSums::Serves(quantised) ? MirroredSums::ReachOf(quantised) : TapSums::ReachOf(quantised);
     const PictureSamples all = picture.Colours();
-    if (SourceBand::FewestBytes(all, reach) <= kMostBandBytes) {
+    if (!SourceBand::IsTooLarge(all, reach)) {
         Convolve(quantised, all);
         return;
     }

@@ -22,9 +22,8 @@ public:
         : m_Picture(picture), m_Above(reach.above),
           m_Left(static_cast<std::size_t>(reach.left) * static_cast<std::size_t>(picture.Step())),
           m_Kept(reach.Rows() - 1), m_Stride(StrideOf(picture, reach)),
-          m_Count(EvenAbove(
-              std::min(picture.height, std::clamp(static_cast<int>(kUsualBytes / m_Stride) - m_Kept, kFewest, kMost)))),
-          m_First(-m_Count), m_Rows(m_Stride * static_cast<std::size_t>(m_Kept + m_Count), 0) {
+          m_Count(EvenAbove(std::min(picture.height, BandRows(m_Stride, m_Kept)))), m_First(-m_Count),
+          m_Rows(m_Stride * static_cast<std::size_t>(m_Kept + m_Count), 0) {
         CopyRows(m_Count, m_Kept);
     }
 
@@ -48,17 +47,26 @@ public:
     std::size_t Stride() const { return m_Stride; }
     int Step() const { return m_Picture.Step(); }
 
-    /// The bytes of the smallest band.
-    static std::size_t FewestBytes(const PictureSamples& picture, const Reach& reach) {
-        return StrideOf(picture, reach) * static_cast<std::size_t>(reach.Rows() - 1 + kFewest);
+    /// Whether even the smallest band would take more than kMostBytes.
+    static bool IsTooLarge(const PictureSamples& picture, const Reach& reach) {
+        return StrideOf(picture, reach) * static_cast<std::size_t>(reach.Rows() - 1 + kFewest) > kMostBytes;
     }
 
 private:
-    // More rows a band cost fewer copies of the rows that two bands share, and more memory; a second-level cache of
-    // 1 MiB should hold them. Tuned on pictures of 4000x3000.
+    // More rows a band cost fewer copies and foldings of the rows that two bands share, and more memory; a second-level
+    // cache of 1 MiB should hold them. Tuned on pictures of 4000x3000 and 8000x6000.
     static constexpr std::size_t kUsualBytes = std::size_t{640} << 10;
+    // Narrower than 10000 pixels, the rows of all colours under a kernel of radius 10 stay below it.
+    static constexpr std::size_t kMostBytes = std::size_t{896} << 10;
     static constexpr int kMost = 64;
     static constexpr int kFewest = 8;
+
+    /// As many as fit into the usual bytes; of a tall kernel twice as many as it shares, if kMostBytes hold them.
+    static int BandRows(std::size_t stride, int kept) {
+        const int usual = static_cast<int>(kUsualBytes / stride) - kept;
+        const int most = static_cast<int>(kMostBytes / stride) - kept;
+        return std::clamp(std::max(usual, std::min(2 * kept, most)), kFewest, kMost);
+    }
 
     static int EvenAbove(int count) { return count + count % 2; }
 
