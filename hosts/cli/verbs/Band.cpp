@@ -26,7 +26,7 @@ Verb BandVerb() {
     return {"band", "show one range of frequencies of pictures, in grey",
             WithPictureOptions({{"--band", "N", "0 the finest detail, 1 the middle, 2 the coarse rest",
                                  WholeNumber{&Settings::band, 0, kLargestBand}, true}}),
-            PixelOperation{ShowBand, Misfit, DenoiserWorkingBytes}};
+            PixelOperation{ShowBand, Misfit, DenoiserWorkingBytes<2>}};
 }
 
 } // namespace cli

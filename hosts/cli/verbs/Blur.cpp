@@ -37,7 +37,7 @@ Report Blur(const Settings& settings, const PackedPixels& pixels) {
 
 std::int64_t WorkingBytes(const Settings& settings, const PictureShape& shape) {
     constexpr std::int64_t copy = 4; // bytes a pixel: where it is close whether a sum wraps, a copy is blurred
-    return copy * shape.Pixels() + PlanesAndKernelBytes(shape, settings.radius);
+    return copy * shape.Pixels() + RowsAndKernelBytes(shape, settings.radius);
 }
 
 } // namespace

@@ -186,7 +186,7 @@ Verb DenoiseVerb() {
                       side + " by " + side + " pixels; the less noise is measured, the less is changed",
                   ParsedText{ParseThreshold, "auto", {"auto"}}},
                  {"--rule", "", RuleHelp(), Choice{&Settings::rule, {"soft", "hard", "garrote"}}}}),
-            PixelOperation{Denoise, Misfit, DenoiserWorkingBytes}};
+            PixelOperation{Denoise, Misfit, DenoiserWorkingBytes<1>}};
 }
 
 } // namespace cli

@@ -15,9 +15,4 @@ std::string WaveletMisfit(const PictureShape& shape) {
                                           std::to_string(DnMinSide) + " or more on both sides";
 }
 
-std::int64_t DenoiserWorkingBytes(const Settings&, const PictureShape& shape) {
-    constexpr std::int64_t scratch = std::int64_t{2} << 20;
-    return (3 + 2 * 4) * shape.Pixels() + scratch;
-}
-
 } // namespace cli

@@ -17,7 +17,11 @@ CImageDenoiser DenoiserFor(const PackedPixels& pixels);
 /// Why a picture of this shape cannot be split by wavelets; empty if it can.
 std::string WaveletMisfit(const PictureShape& shape);
 
-/// Bytes that both verbs take beside the picture: three planes and the library's own.
-std::int64_t DenoiserWorkingBytes(const Settings& settings, const PictureShape& shape);
+/// Bytes that a verb takes beside the picture: three planes, and the library's own with `floats` planes of floats.
+template <int floats>
+std::int64_t DenoiserWorkingBytes(const Settings&, const PictureShape& shape) {
+    constexpr std::int64_t scratch = std::int64_t{2} << 20;
+    return (3 + 4 * floats) * shape.Pixels() + scratch;
+}
 
 } // namespace cli

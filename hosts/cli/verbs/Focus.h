@@ -28,4 +28,7 @@ std::string RadiusMisfit(const Settings& settings, const PictureShape& shape);
 /// Bytes of the three planes, and of a kernel of this half-size as floats and as integers.
 std::int64_t PlanesAndKernelBytes(const PictureShape& shape, std::int64_t halfSize);
 
+/// Bytes of the rows of a picture that such a kernel covers and of a band of 64 more, and of the kernel.
+std::int64_t RowsAndKernelBytes(const PictureShape& shape, std::int64_t halfSize);
+
 } // namespace cli

@@ -18,7 +18,7 @@ std::string Misfit(const Settings& settings, const PictureShape& shape) {
 }
 
 std::int64_t WorkingBytes(const Settings& settings, const PictureShape& shape) {
-    return PlanesAndKernelBytes(shape, settings.length);
+    return RowsAndKernelBytes(shape, settings.length);
 }
 
 } // namespace
