@@ -2,6 +2,8 @@
 
 #include "Verb.h"
 
+#include <algorithm>
+
 namespace cli {
 
 CImageFocus FocusFor(const PackedPixels& pixels) {
@@ -31,7 +33,7 @@ std::int64_t PlanesAndKernelBytes(const PictureShape& shape, std::int64_t halfSi
 std::int64_t RowsAndKernelBytes(const PictureShape& shape, std::int64_t halfSize) {
     constexpr std::int64_t band = 64;
     const std::int64_t reach = 2 * halfSize;
-    return 3 * (band + reach) * (shape.width + reach) + KernelBytes(halfSize);
+    return 3 * (band + reach) * (std::max(shape.width, shape.height) + reach) + KernelBytes(halfSize);
 }
 
 } // namespace cli
