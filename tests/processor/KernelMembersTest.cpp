@@ -1,5 +1,5 @@
-// Every vector member against the two rules it is made of: that of its body for the elements of whole passes, and that
-// of its tail for the rest.
+// Every member, plain or vector, against the two rules it is made of: that of its body for the elements of whole
+// passes, and that of its tail for the rest.
 #include "processor/KernelMembers.h"
 
 #include "common/GuardedBuffer.h"
@@ -11,6 +11,7 @@
 #include <cfloat>
 #include <climits>
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace {
@@ -23,12 +24,12 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 const std::int32_t kIntegers[] = {0,   1,     127,    128,   200,   254,     255,     256,   300,    32767,
                                   -1,  32768, 65535,  65536, 65544, INT_MAX, INT_MIN, -128,  -32768, -32769,
                                   -56, -256,  -65535, 77,    42,    -2,      99999,   70000, -99999};
-const float kFloats[] = {10.7f,      11.5f,         12.5f,      0.5f,     0.50000006f,   1.5f,     0.99999994f,
-                         254.5f,     255.0f,        255.49998f, 255.5f,   256.0f,        300.0f,   511.9f,
-                         -0.0f,      -0.4f,         -0.5f,      -1.0f,    -1.5f,         -300.0f,  32767.5f,
-                         32768.0f,   65580.0f,      -32769.0f,  16777260, 2147483520.0f, 0x1p31f,  -0x1p31f,
-                         -0x1.2p31f, 3e9f,          0x1p63f,    1e20f,    FLT_MAX,       -FLT_MAX, kInfinity,
-                         -kInfinity, std::nanf(""), 1e-42f,     97.25f};
+const float kFloats[] = {10.7f,      11.5f,         12.5f,      0.5f,     0.50000006f,   1.5f,      0.99999994f,
+                         254.5f,     255.0f,        255.49998f, 255.5f,   256.0f,        300.0f,    511.9f,
+                         -0.0f,      -0.4f,         -0.5f,      -1.0f,    -1.5f,         -300.0f,   32767.5f,
+                         32768.0f,   65580.0f,      -32769.0f,  16777260, 2147483520.0f, 0x1p31f,   -0x1p31f,
+                         -0x1.2p31f, 3e9f,          0x1p63f,    1e20f,    FLT_MAX,       -FLT_MAX,  kInfinity,
+                         -kInfinity, std::nanf(""), 1e-42f,     97.25f,   254.99998f,    255.00002f};
 
 /// What both conversion instructions can hold; beyond it, and for NaN, they give the lowest integer.
 bool FitsInteger(float value) {
@@ -50,6 +51,10 @@ std::uint8_t TruncateToLowByte(float value) {
 template <std::uint8_t (*Convert)(float)>
 std::uint8_t Real(ChComplex value) {
     return Convert(value.re);
+}
+/// What the plain PackComplexToU8 leaves in its source.
+ChComplex ClampReal(ChComplex value) {
+    return {value.re > 0.0f ? std::min(value.re, 255.0f) : 0.0f, value.im};
 }
 template <typename In>
 float ToFloat(In value) {
@@ -85,6 +90,7 @@ struct Rules {
     std::uint32_t perPass[4]; ///< elements, for each class
     Out (*body)(Element);
     Out (*tail)(Element);
+    Element (*after)(Element) = [](Element value) { return value; }; ///< what becomes of the source
 };
 
 template <typename In, typename Out>
@@ -92,7 +98,7 @@ void Check(const Rules<In, Out>& rules, ProcessorClass processorClass, std::uint
            std::size_t destinationAt) {
     using Element = std::remove_const_t<In>;
     GuardedBuffer<Element> source(count, sourceAt);
-    GuardedBuffer<Element> sourceBefore(count);
+    GuardedBuffer<Element> sourceAfter(count);
     GuardedBuffer<Out> destination(count, destinationAt);
     GuardedBuffer<Out> expected(count);
     const std::uint32_t perPass = rules.perPass[static_cast<int>(processorClass)];
@@ -101,13 +107,13 @@ void Check(const Rules<In, Out>& rules, ProcessorClass processorClass, std::uint
         Element value;
         Input(k + count, value); // each value comes by every lane, and by the tail
         source.Write(k, value);
-        sourceBefore.Write(k, value);
+        sourceAfter.Write(k, rules.after(value));
         expected.Write(k, (k < whole ? rules.body : rules.tail)(value));
     }
     (KernelMembers(processorClass).*rules.slot)(source.data(), destination.data(), count);
     ASSERT_TRUE(MMXStateIsClear());
     ASSERT_TRUE(SameBytes(expected, destination));
-    ASSERT_TRUE(SameBytes(sourceBefore, source)) << "source";
+    ASSERT_TRUE(SameBytes(sourceAfter, source)) << "source";
     ASSERT_TRUE(destination.GuardsIntact() && source.GuardsIntact());
 }
 
@@ -135,7 +141,10 @@ TEST_P(KernelMembersTest, BodiesAndTailsFollowTheirRules) {
     Sweep<const std::uint8_t, float>({SLOT(ExpandU8ToF32), {1, 1, 16, 16}, ToFloat, ToFloat});
     Sweep<const std::uint8_t, ChComplex>({SLOT(ExpandU8ToComplex), {1, 1, 16, 16}, ToComplex, ToComplex});
     Sweep<const float, ChComplex>({SLOT(ExpandF32ToComplex), {1, 1, 4, 4}, ToComplex, ToComplex});
-    if (GetParam() >= SSE) { // the plain one writes to its source
+    if (GetParam() < SSE) {
+        constexpr auto rule = Real<ClampAndTruncate>;
+        Sweep<ChComplex, std::uint8_t>({SLOT(PackComplexToU8), {1, 1}, rule, rule, ClampReal});
+    } else {
         Sweep<ChComplex, std::uint8_t>(
             {SLOT(PackComplexToU8), {0, 0, 16, 16}, Real<RoundAndSaturate>, Real<TruncateToLowByte>});
     }
@@ -218,6 +227,30 @@ TEST_P(KernelMembersTest, DotKeepsFourSumsAndTakesATailOfCountModulo3) {
             second.Write(k, 1.0f);
         }
         EXPECT_EQ(m_Members.DotF32(first.data(), second.data(), 4), DotInLanes(first, second, 4)) << large;
+    }
+}
+
+TEST(PlainMembersTest, DotSumsInExtendedPrecisionInIndexOrder) {
+    constexpr bool extended = LDBL_MANT_DIG >= 64;
+    constexpr struct {
+        float first[3], second[3];
+        std::int32_t count;
+        float sum;
+    } rows[] = {
+        {{1, 2, 3}, {4, 5, 6}, 3, 32},
+        {{1, 2, 3}, {4, 5, 6}, 2, 14},
+        {{1, 2, 3}, {4, 5, 6}, -1, 0},
+        {{0x1p30f, 1, -0x1p30f}, {0x1p30f, 1, 0x1p30f}, 3, extended ? 1.0f : 0.0f}, // a double sum loses the 1
+        {{0x1p60f, 1, -0x1p60f}, {0x1p60f, 1, 0x1p60f}, 3, 0},                      // and so does any in this order
+        {{0x1p60f, -0x1p60f, 1}, {0x1p60f, 0x1p60f, 1}, 3, 1},
+        {{FLT_MAX, -FLT_MAX, 1}, {2, 2, 1}, 3, 1}, // products beyond the range of float
+    };
+    for (const auto& row : rows) {
+        GuardedBuffer<float> first(3, 1);
+        GuardedBuffer<float> second(3, 3);
+        std::memcpy(first.bytes(), row.first, sizeof row.first);
+        std::memcpy(second.bytes(), row.second, sizeof row.second);
+        EXPECT_EQ(kernels::DotF32(first.data(), second.data(), row.count), row.sum) << "row " << &row - rows;
     }
 }
 

@@ -1,6 +1,5 @@
 #include "processor/KernelTable.h"
 
-#include "kernels/rows/PlainMembers.h"
 #include "processor/LoadOrder.h"
 #include "processor/MembersTest.h"
 
@@ -42,8 +41,6 @@ TEST(KernelMembers, EachClassChangesTheSlotsThatAreItsOwn) {
         EXPECT_EQ(slot.same(KernelMembers(SSE2), KernelMembers(SSE)), slot.changes[1] != SSE2);
         EXPECT_TRUE(slot.same(KernelTable, KernelMembers(ActiveProcessorClass())));
     }
-    // The rows of KernelMembersTest call all other plain members; this one also writes to its source.
-    EXPECT_EQ(KernelMembers(Plain).PackComplexToU8, kernels::PackComplexToU8);
 }
 
 TEST(ProcessorClassOf, FirstSetFlagOfSSE2AndSSEAndMMXDecides) {
