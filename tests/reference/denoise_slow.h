@@ -97,19 +97,8 @@ struct DenoiseSlow {
     void SmoothCoefficients(Floats& plane, int radius, int tolerance, int x0, int y0, int columns, int rows) const {
         for (int y = y0; y < y0 + rows; ++y) {
             for (int x = x0; x < x0 + columns; ++x) {
-                const double v = At(plane, y, x);
-                double sum = 0;
-                int count = 0;
-                for (int ny = y - radius; ny <= y + radius; ++ny) {
-                    for (int nx = x - radius; nx <= x + radius; ++nx) {
-                        if (Inside(ny, nx) && !(std::fabs(At(plane, ny, nx) - v) > static_cast<float>(tolerance))) {
-                            sum += At(plane, ny, nx);
-                            ++count;
-                        }
-                    }
-                }
-                if (v != 0.0 && count >= 1) {
-                    At(plane, y, x) = static_cast<float>(sum / count);
+                if (At(plane, y, x) != 0.0f) {
+                    SmoothSample<double>(plane, radius, tolerance, y, x);
                 }
             }
         }
@@ -118,18 +107,30 @@ struct DenoiseSlow {
     void SmoothPlane(Bytes& plane, int radius, int tolerance) const {
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x) {
-                int sum = 0;
-                int count = 0;
-                for (int ny = y - radius; ny <= y + radius; ++ny) {
-                    for (int nx = x - radius; nx <= x + radius; ++nx) {
-                        if (Inside(ny, nx) && std::abs(At(plane, ny, nx) - At(plane, y, x)) <= tolerance) {
-                            sum += At(plane, ny, nx);
-                            ++count;
-                        }
-                    }
-                }
-                At(plane, y, x) = static_cast<std::uint8_t>(sum / count);
+                SmoothSample<int>(plane, radius, tolerance, y, x);
             }
+        }
+    }
+
+    /// The mean of the neighbours that do not differ from the sample by more than the tolerance. NaNs do not differ.
+    template <typename Sum, typename Sample>
+    void SmoothSample(std::vector<Sample>& plane, int radius, int tolerance, int y, int x) const {
+        Sum sum = 0;
+        int count = 0;
+        for (int ny = y - radius; ny <= y + radius; ++ny) {
+            for (int nx = x - radius; nx <= x + radius; ++nx) {
+                if (!Inside(ny, nx)) {
+                    continue;
+                }
+                const Sum neighbour = At(plane, ny, nx);
+                if (!(std::abs(neighbour - static_cast<Sum>(At(plane, y, x))) > static_cast<Sum>(tolerance))) {
+                    sum += neighbour;
+                    ++count;
+                }
+            }
+        }
+        if (count > 0) {
+            At(plane, y, x) = static_cast<Sample>(sum / count);
         }
     }
 

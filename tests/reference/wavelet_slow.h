@@ -18,37 +18,21 @@ public:
         : m_Set(set), m_Margin(std::max(set.lowAnalysis->tapCount, set.highAnalysis->tapCount)) {}
 
     std::vector<float> Forward2D(std::vector<float> plane, int width, int height, int levels, bool mirror) const {
-        int columns = width;
-        int rows = height;
         for (int level = 0; level < levels; ++level) {
-            for (int y = 0; y < rows; ++y) {
-                OnLine(plane, y * width, 1, columns, [&](auto& line) { return ForwardLine(line, columns, mirror); });
-            }
-            for (int x = 0; x < columns; ++x) {
-                OnLine(plane, x, width, rows, [&](auto& line) { return ForwardLine(line, rows, mirror); });
-            }
-            columns = (columns + 1) / 2;
-            rows = (rows + 1) / 2;
+            const int w = SizeAt(level, width);
+            const int h = SizeAt(level, height);
+            OnLines(plane, h, width, w, 1, [&](auto& line) { return ForwardLine(line, w, mirror); });
+            OnLines(plane, w, 1, h, width, [&](auto& line) { return ForwardLine(line, h, mirror); });
         }
         return plane;
     }
 
     std::vector<float> Inverse2D(std::vector<float> plane, int width, int height, int levels, bool mirror) const {
-        std::vector<int> columns = {width};
-        std::vector<int> rows = {height};
-        for (int level = 1; level < levels; ++level) {
-            columns.push_back((columns.back() + 1) / 2);
-            rows.push_back((rows.back() + 1) / 2);
-        }
         for (int level = levels - 1; level >= 0; --level) {
-            const int w = columns[static_cast<std::size_t>(level)];
-            const int h = rows[static_cast<std::size_t>(level)];
-            for (int x = 0; x < w; ++x) {
-                OnLine(plane, x, width, h, [&](auto& line) { return InverseLine(line, h, mirror); });
-            }
-            for (int y = 0; y < h; ++y) {
-                OnLine(plane, y * width, 1, w, [&](auto& line) { return InverseLine(line, w, mirror); });
-            }
+            const int w = SizeAt(level, width);
+            const int h = SizeAt(level, height);
+            OnLines(plane, w, 1, h, width, [&](auto& line) { return InverseLine(line, h, mirror); });
+            OnLines(plane, h, width, w, 1, [&](auto& line) { return InverseLine(line, w, mirror); });
         }
         return plane;
     }
@@ -94,15 +78,21 @@ public:
     }
 
 private:
+    /// Of the low band that a level starts from: a half for each level above, rounded up.
+    static int SizeAt(int level, int size) { return (size + (1 << level) - 1) >> level; }
+
+    /// Filters `lines` lines, which start `lineStep` samples apart and hold `size` samples, `step` apart.
     template <typename Filter>
-    void OnLine(std::vector<float>& plane, int start, int step, int size, Filter filter) const {
+    void OnLines(std::vector<float>& plane, int lines, int lineStep, int size, int step, Filter filter) const {
         Line line(static_cast<std::size_t>(size + 2 * m_Margin));
-        for (int k = 0; k < size; ++k) {
-            line[static_cast<std::size_t>(m_Margin + k)] = plane[static_cast<std::size_t>(start + k * step)];
-        }
-        line = filter(line);
-        for (int k = 0; k < size; ++k) {
-            plane[static_cast<std::size_t>(start + k * step)] = line[static_cast<std::size_t>(m_Margin + k)];
+        for (int start = 0; start < lines * lineStep; start += lineStep) {
+            for (int k = 0; k < size; ++k) {
+                line[static_cast<std::size_t>(m_Margin + k)] = plane[static_cast<std::size_t>(start + k * step)];
+            }
+            const Line filtered = filter(line);
+            for (int k = 0; k < size; ++k) {
+                plane[static_cast<std::size_t>(start + k * step)] = filtered[static_cast<std::size_t>(m_Margin + k)];
+            }
         }
     }
 
