@@ -188,4 +188,21 @@ TEST_P(MotionGuessTest, LuminanceIsWeighedWith256PartsAndPicked) {
 
 CLARIBOX_INSTANTIATE_FOR_VECTOR_CLASSES(MotionGuessTest);
 
+TEST(TrimBottomTest, KeepsAsManyRowsAsLieInThePlane) {
+    for (int k = 0; k < 5 * 6 * 18 * 11; ++k) { // all of these sides, right and bottom edges
+        const int width = 1 + k % 5;
+        const int height = 1 + k / 5 % 6;
+        const int right = k / (5 * 6) % 18;
+        const int bottom = k / (5 * 6 * 18) - 1;
+        int expected = bottom;
+        while (expected > 0 && (expected - 1) * width + std::max(right, 1) - 1 >= width * height) {
+            --expected;
+        }
+        const focus::EstRect trimmed = focus::TrimBottom({0, 0, right, bottom}, width, height);
+        // Below 1 there are no pixels, however far.
+        ASSERT_EQ(std::pair(std::max(trimmed.bottom, 0), trimmed.right), std::pair(std::max(expected, 0), right))
+            << width << " by " << height << ", right " << right << ", bottom " << bottom;
+    }
+}
+
 } // namespace
