@@ -33,8 +33,9 @@ struct ByteCells {
         // than 1/9 from the next whole number: dropping 16 bits divides exactly.
         U16 reciprocals = U16{} + std::uint16_t{32768};
         for (int n = 2; n <= 9; ++n) {
+            const auto reciprocal = static_cast<std::uint16_t>((32768 + n - 1) / n);
             const U16 isCount = reinterpret_cast<U16>(count == static_cast<Element>(n));
-            reciprocals = (static_cast<std::uint16_t>((32768 + n - 1) / n) & isCount) | (reciprocals & ~isCount);
+            reciprocals = ((U16{} + reciprocal) & isCount) | (reciprocals & ~isCount);
         }
         const U16 quotient = MultiplyHigh(reinterpret_cast<U16>(sum + sum), reciprocals);
         return reinterpret_cast<Vector>(quotient);

@@ -14,7 +14,7 @@
 namespace restore {
 namespace {
 
-constexpr int n = 16;
+constexpr int kSide = 16;
 constexpr std::int64_t kMostBlocks = 4000;
 
 /// The flattest of them, by the power at some frequencies, for the measurement of others.
@@ -38,13 +38,13 @@ constexpr double kMostRise = 1.1;
 constexpr double kMostShape = 300.0;
 
 /// The mean power of a block's coefficients (u, v) by max(u, v).
-using Rings = std::array<double, n>;
+using Rings = std::array<double, kSide>;
 
-Rings RingsOf(const Block<n>& coefficients) {
+Rings RingsOf(const Block<kSide>& coefficients) {
     Rings rings{};
-    for (std::size_t v = 0; v < n; ++v) {
-        for (std::size_t u = 0; u < n; ++u) {
-            const auto power = static_cast<double>(coefficients[v * n + u] * coefficients[v * n + u]);
+    for (std::size_t v = 0; v < kSide; ++v) {
+        for (std::size_t u = 0; u < kSide; ++u) {
+            const auto power = static_cast<double>(coefficients[v * kSide + u] * coefficients[v * kSide + u]);
             const std::size_t ring = std::max(u, v);
             rings[ring] += power / static_cast<double>(2 * ring + 1);
         }
@@ -66,13 +66,13 @@ std::array<std::vector<Rings>, 3> Measure(const claribox::PictureView& picture, 
         step += 4;
     }
     const auto width = static_cast<std::size_t>(picture.width);
-    std::vector<float> planes[3] = {std::vector<float>(n * width), std::vector<float>(n * width),
-                                    std::vector<float>(n * width)};
+    std::vector<float> planes[3] = {std::vector<float>(kSide * width), std::vector<float>(kSide * width),
+                                    std::vector<float>(kSide * width)};
     std::array<std::vector<Rings>, 3> found;
     std::vector<int> cut;
-    std::vector<bool> isAtEnd(n * width);
-    for (int y = 0; y + n <= picture.height; y += step) {
-        for (std::size_t r = 0; r < n; ++r) {
+    std::vector<bool> isAtEnd(kSide * width);
+    for (int y = 0; y + kSide <= picture.height; y += step) {
+        for (std::size_t r = 0; r < kSide; ++r) {
             float* const rows[3] = {planes[0].data() + r * width, planes[1].data() + r * width,
                                     planes[2].data() + r * width};
             ReadRow(picture, y + static_cast<int>(r), 0, picture.width, rows);
@@ -89,19 +89,19 @@ std::array<std::vector<Rings>, 3> Measure(const claribox::PictureView& picture, 
                 ToOpponents(rows[0], rows[1], rows[2], picture.width);
             }
         }
-        for (std::size_t x = 0; x + n <= width; x += static_cast<std::size_t>(step)) {
+        for (std::size_t x = 0; x + kSide <= width; x += static_cast<std::size_t>(step)) {
             cut.push_back(0);
-            for (std::size_t r = 0; r < n; ++r) {
+            for (std::size_t r = 0; r < kSide; ++r) {
                 const auto row = isAtEnd.begin() + static_cast<std::ptrdiff_t>(r * width + x);
-                cut.back() += static_cast<int>(std::count(row, row + n, true));
+                cut.back() += static_cast<int>(std::count(row, row + kSide, true));
             }
             for (std::size_t k = 0; k < colours; ++k) {
-                Block<n> samples;
-                for (std::size_t r = 0; r < n; ++r) {
-                    std::copy_n(planes[k].begin() + static_cast<std::ptrdiff_t>(r * width + x), n,
-                                samples.begin() + static_cast<std::ptrdiff_t>(r * n));
+                Block<kSide> samples;
+                for (std::size_t r = 0; r < kSide; ++r) {
+                    std::copy_n(planes[k].begin() + static_cast<std::ptrdiff_t>(r * width + x), kSide,
+                                samples.begin() + static_cast<std::ptrdiff_t>(r * kSide));
                 }
-                found[k].push_back(RingsOf(TransformBlock<n>(samples)));
+                found[k].push_back(RingsOf(TransformBlock<kSide>(samples)));
             }
         }
     }
@@ -126,7 +126,7 @@ Rings MedianOfFlattest(std::vector<Rings> blocks, std::size_t first, std::size_t
                       [&](const Rings& a, const Rings& b) { return power(a) < power(b); });
     Rings median{};
     std::vector<double> powers(count);
-    for (std::size_t ring = 0; ring < n; ++ring) {
+    for (std::size_t ring = 0; ring < kSide; ++ring) {
         std::transform(blocks.begin(), end, powers.begin(), [&](const Rings& rings) { return rings[ring]; });
         const auto middle = powers.begin() + static_cast<std::ptrdiff_t>(count / 2);
         std::nth_element(powers.begin(), middle, powers.end());
@@ -166,7 +166,7 @@ void MeasureShape(const claribox::PictureView& picture, claribox::Noise& noise) 
     if (!blocks[1].empty()) {
         const Rings second = ShapeOf(blocks[1]);
         const Rings third = ShapeOf(blocks[2]);
-        for (std::size_t ring = 0; ring < n; ++ring) {
+        for (std::size_t ring = 0; ring < kSide; ++ring) {
             noise.shape[1][ring] = (second[ring] + third[ring]) / 2;
         }
     }

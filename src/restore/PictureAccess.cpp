@@ -7,8 +7,10 @@
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <stdexcept>
 #include <string>
+#include <type_traits>
 
 namespace restore {
 namespace {
@@ -50,17 +52,21 @@ void ReadAs(const PictureView& picture, int y, int left, int count, float* const
 }
 
 template <typename Sample>
+Sample FromFloat(float level) {
+    if constexpr (std::is_integral_v<Sample>) {
+        constexpr auto kWhite = static_cast<float>(std::numeric_limits<Sample>::max());
+        return static_cast<Sample>(std::lrint(std::clamp(level, 0.0f, kWhite)));
+    } else {
+        return level;
+    }
+}
+
+template <typename Sample>
 void WriteAs(const PictureView& picture, int y, int left, int count, const float* const (&samples)[3]) {
-    const auto white = static_cast<float>(WhiteLevel(picture.type));
     for (int colour = 0; colour < Colours(picture); ++colour) {
         const float* const from = samples[colour];
-        ForEachSample(picture, y, left, count, colour, [from, white](unsigned char* at, int k) {
-            Sample sample;
-            if constexpr (std::is_integral_v<Sample>) {
-                sample = static_cast<Sample>(std::lrint(std::clamp(from[k], 0.0f, white)));
-            } else {
-                sample = from[k];
-            }
+        ForEachSample(picture, y, left, count, colour, [from](unsigned char* at, int k) {
+            const Sample sample = FromFloat<Sample>(from[k]);
             std::memcpy(at, &sample, sizeof sample);
         });
     }

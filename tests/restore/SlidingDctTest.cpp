@@ -13,7 +13,7 @@
 
 namespace {
 
-constexpr int n = restore::kBlockSide;
+constexpr int kSide = restore::kBlockSide;
 constexpr int kMargin = restore::kBlockOverlap;
 constexpr double kPi = 3.14159265358979323846;
 
@@ -27,22 +27,24 @@ struct Samples {
 };
 
 double Cosine(int k, int i) {
-    return std::sqrt((k == 0 ? 1.0 : 2.0) / n) * std::cos(kPi * k * (2 * i + 1) / (2.0 * n));
+    return std::sqrt((k == 0 ? 1.0 : 2.0) / kSide) * std::cos(kPi * k * (2 * i + 1) / (2.0 * kSide));
 }
 
 using Block = std::vector<double>;
 
 // With `isInverse`, from coefficients to samples.
 Block Transformed(const Block& block, bool isInverse) {
-    Block half(n * n), result(n * n);
+    Block half(kSide * kSide), result(kSide * kSide);
     const auto factor = [&](int to, int from) { return isInverse ? Cosine(from, to) : Cosine(to, from); };
-    for (int k = 0; k < n * n * n; ++k) {
-        half[static_cast<std::size_t>(k / n)] +=
-            factor(k / n % n, k % n) * block[static_cast<std::size_t>(k / n / n * n + k % n)];
+    for (int k = 0; k < kSide * kSide * kSide; ++k) {
+        half[static_cast<std::size_t>(k / kSide)] +=
+            factor(k / kSide % kSide, k % kSide) *
+            block[static_cast<std::size_t>(k / kSide / kSide * kSide + k % kSide)];
     }
-    for (int k = 0; k < n * n * n; ++k) {
-        result[static_cast<std::size_t>(k / n)] +=
-            factor(k / n / n, k % n) * half[static_cast<std::size_t>(k % n * n + k / n % n)];
+    for (int k = 0; k < kSide * kSide * kSide; ++k) {
+        result[static_cast<std::size_t>(k / kSide)] +=
+            factor(k / kSide / kSide, k % kSide) *
+            half[static_cast<std::size_t>(k % kSide * kSide + k / kSide % kSide)];
     }
     return result;
 }
@@ -56,7 +58,7 @@ double Bessel(double x) {
 }
 
 double Window(int i) {
-    const double place = (2 * i + 1.0) / n - 1;
+    const double place = (2 * i + 1.0) / kSide - 1;
     return Bessel(2 * std::sqrt(1 - place * place)) / Bessel(2);
 }
 
@@ -65,10 +67,10 @@ std::vector<double> Plain(const Samples& source, const Samples* pilot, int colum
     const auto count = static_cast<std::size_t>(columns * rows);
     std::vector<double> sums(count), weights(count);
     const auto blockAt = [&](const Samples& samples, int left, int top) {
-        Block block(n * n);
-        for (int k = 0; k < n * n; ++k) {
+        Block block(kSide * kSide);
+        for (int k = 0; k < kSide * kSide; ++k) {
             block[static_cast<std::size_t>(k)] =
-                static_cast<double>(samples.values[samples.Index(left + k % n, top + k / n)]);
+                static_cast<double>(samples.values[samples.Index(left + k % kSide, top + k / kSide)]);
         }
         return Transformed(block, false);
     };
@@ -77,9 +79,9 @@ std::vector<double> Plain(const Samples& source, const Samples* pilot, int colum
             Block block = blockAt(source, left, top);
             const Block guide = pilot == nullptr ? block : blockAt(*pilot, left, top);
             double kept = 0.0;
-            for (int k = 0; k < n * n; ++k) {
+            for (int k = 0; k < kSide * kSide; ++k) {
                 const auto at = static_cast<std::size_t>(k);
-                const auto variance = static_cast<double>(noise.variance[k / n][k % n]);
+                const auto variance = static_cast<double>(noise.variance[k / kSide][k % kSide]);
                 const double power = guide[at] * guide[at];
                 const double gain = pilot != nullptr                                      ? power / (power + variance)
                                     : k == 0 || power >= threshold * threshold * variance ? 1.0
@@ -88,11 +90,11 @@ std::vector<double> Plain(const Samples& source, const Samples* pilot, int colum
                 kept += gain * gain * variance;
             }
             block = Transformed(block, true);
-            for (int k = 0; k < n * n; ++k) {
-                const int x = left + k % n;
-                const int y = top + k / n;
+            for (int k = 0; k < kSide * kSide; ++k) {
+                const int x = left + k % kSide;
+                const int y = top + k / kSide;
                 if (x >= 0 && x < columns && y >= 0 && y < rows) {
-                    const double weight = Window(k % n) * Window(k / n) / kept;
+                    const double weight = Window(k % kSide) * Window(k / kSide) / kept;
                     sums[static_cast<std::size_t>(y * columns + x)] += weight * block[static_cast<std::size_t>(k)];
                     weights[static_cast<std::size_t>(y * columns + x)] += weight;
                 }
@@ -109,11 +111,17 @@ class SlidingDctTest : public VectorClassTest {};
 
 TEST_P(SlidingDctTest, EqualsTheDefinitionAndThePortableClass) {
     restore::BlockNoise noise;
-    for (int k = 0; k < n * n; ++k) {
-        noise.variance[k / n][k % n] = 1.0f / static_cast<float>(1 + k % 5 + k / n);
+    for (int k = 0; k < kSide * kSide; ++k) {
+        noise.variance[k / kSide][k % kSide] = 1.0f / static_cast<float>(1 + k % 5 + k / kSide);
     }
-    for (const auto& [columns, rows, threshold] :
-         {std::tuple(2, 2, 2.7f), {16, 18, 2.7f}, {36, 20, 0.5f}, {restore::kTileColumns, 4, 2.7f}}) {
+    const struct {
+        int columns, rows;
+        float threshold;
+    } tiles[] = {{2, 2, 2.7f}, {16, 18, 2.7f}, {36, 20, 0.5f}, {restore::kTileColumns, 4, 2.7f}};
+    for (const auto& size : tiles) {
+        const int columns = size.columns;
+        const int rows = size.rows;
+        const float threshold = size.threshold;
         SCOPED_TRACE(testing::Message() << columns << " by " << rows);
         Samples source(columns, rows), pilot(columns, rows);
         std::mt19937 generator(3);
