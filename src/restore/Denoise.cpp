@@ -21,8 +21,7 @@ using claribox::DenoiseOptions;
 using claribox::Noise;
 using claribox::PictureView;
 
-// Of hard thresholding, in standard deviations: BM3D has 2.7 (Dabov et al., 2007), and on the photographs of
-// docs/quality.md no other from 2.3 to 3.1 does better for all kinds of noise.
+// Of hard thresholding, in standard deviations, as in BM3D (Dabov et al., 2007).
 constexpr float kThreshold = 2.7f;
 
 // Rows of a tile: the blocks above and below it cost 14 rows more.

@@ -26,7 +26,8 @@ constexpr std::size_t kFlattest = 80;
 constexpr double kShareOfWhite = 0.6;
 
 // Below, such noise has the same power at all frequencies, while texture has ever more: a shape that rises by more than
-// this factor from ring 7 to ring 4 is no noise's.
+// this factor from ring 7 to ring 4 is no noise's. Tuned on those photographs, and on four of them through a Bayer
+// mosaic and JPEG.
 constexpr double kMostSlope = 1.6;
 constexpr std::size_t kLowRings = 4;
 
