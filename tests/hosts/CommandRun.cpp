@@ -77,6 +77,9 @@ void Limit(decltype(RLIMIT_AS) what, std::size_t bytes) {
         if (!options.outFile.empty()) {
             dup2(open(options.outFile.c_str(), O_WRONLY | O_CLOEXEC), STDOUT_FILENO);
         }
+        if (options.fileSize + options.addressSpace + options.processes > 0) {
+            putenv(strdup("ASAN_OPTIONS=detect_leaks=0")); // it takes a process, and libraries that fail leak
+        }
         Limit(RLIMIT_FSIZE, options.fileSize);
         Limit(RLIMIT_AS, options.addressSpace);
         Limit(RLIMIT_NPROC, options.processes);

@@ -175,6 +175,11 @@ TEST(Picture, ComesBackFromEachFormat) {
     const TemporaryFolder folder;
     Save(PlainPicture(colour, VIPS_FORMAT_UCHAR, VIPS_INTERPRETATION_sRGB), folder / "in.png");
     for (const std::string ending : {"jpg", "JPEG", "png", "tif", "webp", "gif", "heic", "avif", "jxl", "ppm", "pnm"}) {
+#if defined(__SANITIZE_ADDRESS__)
+        if (ending == "heic" || ending == "avif") {
+            continue; // libvips 8.14 reads EXIF data that it has freed, which ends the command
+        }
+#endif
         SCOPED_TRACE(ending);
         const std::string out = "out." + ending;
         EXPECT_EQ(RunCommand(folder, "blur in.png -o " + out).status, 0);
