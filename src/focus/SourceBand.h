@@ -61,11 +61,11 @@ private:
     static constexpr int kMost = 64;
     static constexpr int kFewest = 8;
 
-    /// As many as fit into the usual bytes; of a tall kernel twice as many as it shares, if kMostBytes hold them.
+    /// As many as fit into the usual bytes; of a tall kernel up to four times as many as it shares, if kMostBytes hold.
     static int BandRows(std::size_t stride, int kept) {
         const int usual = static_cast<int>(kUsualBytes / stride) - kept;
         const int most = static_cast<int>(kMostBytes / stride) - kept;
-        return std::clamp(std::max(usual, std::min(2 * kept, most)), kFewest, kMost);
+        return std::clamp(std::max(usual, std::min(4 * kept, most)), kFewest, kMost);
     }
 
     static int EvenAbove(int count) { return count + count % 2; }
